@@ -1,0 +1,33 @@
+// The state that the operating system holds about printers, read from $VLX_HOME/system.toml
+// (default folder: $XDG_CONFIG_HOME/vlx, then ~/.config/vlx). A missing file means one printer,
+// "Label Printer" with the driver "VLX Label"; a malformed one is one log line and counts as missing;
+// a changed one is read again.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/types.h"
+
+struct PlatformLabelBounds {
+  DWORD minWidthUm = 0;
+  DWORD maxWidthUm = 0;
+  DWORD minLengthUm = 0;
+  DWORD maxLengthUm = 0;
+
+  bool operator==(const PlatformLabelBounds&) const = default;
+};
+
+struct PlatformPrinter {
+  std::u16string name;
+  std::u16string driver;
+  std::optional<PlatformLabelBounds> label;  // [printer.label]; none: no configuration record
+};
+
+// The folder of the state files, UTF-8, without a trailing slash.
+__attribute__((visibility("default"))) std::string PlatformHomeFolder();
+
+// The printer behind a handle from OpenPrinterW, as the file describes it now; none for a handle that
+// is not open or a printer that the file no longer names.
+__attribute__((visibility("default"))) std::optional<PlatformPrinter> PlatformPrinterFromHandle(
+    HANDLE hPrinter);
