@@ -1,0 +1,96 @@
+// The state of one device context, from EnablePDEV to DisablePDEV. The driver calls one device
+// context from one thread at a time, so nothing here is locked. It stands in this folder because
+// the capture of bands, the page pipeline and the command writers all work on it.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "config/oemdev.h"
+#include "platform/driver.h"
+#include "platform/gdiplus.h"
+
+// What the writers of one job count. Never shared between two jobs of a process.
+struct JobState {
+  DWORD dwJobBytesWritten = 0;  // bytes handed to the spooler since the job header began
+  DWORD dwPageNumber = 0;       // 1-based page whose set-up commands were composed last
+};
+
+// One entry of a band's colour table.
+struct RGBQUAD {
+  BYTE rgbBlue;
+  BYTE rgbGreen;
+  BYTE rgbRed;
+  BYTE rgbReserved;
+};
+static_assert(sizeof(RGBQUAD) == 4);
+
+// Copying a state (ResetPDEV) makes both states holders of the page buffer, the colour table and
+// the kept bitmaps: each is freed when its last holder lets go of it, by the functions below or by
+// being destroyed. The raw fields are what the calls of the driver see; the owners behind them are
+// set together with them, so they are changed through these functions only.
+class COemPDEV {
+ public:
+  COemPDEV() = default;
+  COemPDEV(const COemPDEV&) = default;
+  COemPDEV& operator=(const COemPDEV&) = default;
+  virtual ~COemPDEV() = default;
+
+  // Takes over a block from LocalAlloc as page buffer (size in bytes) or colour table (count of
+  // entries), and lets go of the one before. Return false, the block freed and the state as before,
+  // when there is no memory for the bookkeeping.
+  bool SetPageBuffer(BYTE* buffer, DWORD size);
+  bool SetColorTable(RGBQUAD* table, LONG entries);
+
+  // Take over a bitmap that the shared library made (null: none) as the kept background or
+  // highlight. On failure the bitmap is deleted and the kept one stays.
+  bool KeepBackground(Gdiplus::Bitmap* bitmap);
+  bool KeepHighlight(Gdiplus::Bitmap* bitmap);
+
+  // Lets go of the page buffer and zeroes its description; the next band starts a page.
+  void ResetPage();
+
+  PFN_DrvStartDoc pfnDrvStartDoc = nullptr;
+  PFN_DrvStartPage pfnDrvStartPage = nullptr;
+  PFN_DrvSendPage pfnDrvSendPage = nullptr;
+  PFN_DrvEndDoc pfnDrvEndDoc = nullptr;
+  PFN_DrvStartBanding pfnDrvStartBanding = nullptr;
+  PFN_DrvNextBand pfnDrvNextBand = nullptr;
+  BYTE* pBitmapBuffer = nullptr;  // 24-bit rows padded to 4 bytes; null while no band is captured
+  DWORD dwBitmapBufferSize = 0;
+  BITMAPINFOHEADER bmiPage = {};
+  LONG cColorTableEntries = 0;
+  HPALETTE hDevicePalette = nullptr;  // the driver's
+  RGBQUAD* pColorTable = nullptr;     // only for bands below 24 bits
+  BOOL bPageStarted = FALSE;
+  BOOL bHasColorTable = FALSE;
+  DWORD dwPageCount = 0;  // pages started in the current document
+  BOOL bJobHeaderSent = FALSE;
+  DWORD dwJobId = 0;
+  Gdiplus::Bitmap* pPrevPageBitmap1 = nullptr;  // last background with content
+  Gdiplus::Bitmap* pPrevPageBitmap2 = nullptr;  // last highlight with content
+  LONG gdiHorzSize = 0;                         // micrometres when negative
+  LONG gdiVertSize = 0;
+  LONG gdiHorzRes = 0;  // pixels, as the four that follow
+  LONG gdiVertRes = 0;
+  LONG gdiPhysSizeCx = 0;
+  LONG gdiPhysSizeCy = 0;
+  LONG gdiPhysOffsetX = 0;
+  LONG gdiPhysOffsetY = 0;
+  DEVMODEW dmPublicCopy = {};  // both as they were when the coming page was prepared
+  OEMDEV dmPrivateCopy = {};
+  std::string strPageSetup;
+
+  JobState job;
+
+ private:
+  std::shared_ptr<void> m_pageBufferOwner;
+  std::shared_ptr<void> m_colorTableOwner;
+  std::shared_ptr<void> m_backgroundOwner;
+  std::shared_ptr<void> m_highlightOwner;
+};
+
+// The state behind a device object; null when there is none.
+inline COemPDEV* DeviceState(PDEVOBJ pdevobj) {
+  return pdevobj == nullptr ? nullptr : static_cast<COemPDEV*>(pdevobj->pdevOEM);
+}
