@@ -1,0 +1,84 @@
+#include "config/log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <new>
+
+#include "platform/text.h"
+
+namespace {
+
+constexpr int kShortLine = 512;  // units; nearly every line fits
+
+using LevelFunction = void (*)(CLoggerClient&, LPCWSTR, LPCWSTR);
+
+constexpr LevelFunction kLevelFunctions[] = {CLogger::LOG_TRACE, CLogger::LOG_INFO,
+                                             CLogger::LOG_WARNING, CLogger::LOG_ERROR};
+
+// Widens length bytes into wide, which has room for as many units and a terminator.
+void Widen(const char* text, int length, WCHAR* wide) {
+  INT units = 0;
+  if (length > 0) units = MultiByteToWideChar(CP_UTF8, 0, text, length, wide, length);
+  if (units == 0) {  // the line must not be lost; its fixed text is ASCII
+    for (; units < length; ++units) wide[units] = static_cast<unsigned char>(text[units]);
+  }
+  wide[units] = 0;
+}
+
+void Log(LogLevel level, LPCWSTR category, const char* format, va_list arguments) noexcept {
+  if (!CLogger::IsEnabled(g_logClient, level)) return;
+  const LevelFunction write = kLevelFunctions[static_cast<int>(level)];
+  const DWORD lastError = GetLastError();
+
+  va_list again;
+  va_copy(again, arguments);
+  char line[kShortLine];
+  int length = std::vsnprintf(line, sizeof line, format, arguments);
+  if (length < 0) length = 0;
+  std::unique_ptr<char[]> longLine;
+  std::unique_ptr<WCHAR[]> longWide;
+  if (length >= kShortLine) {
+    longLine.reset(new (std::nothrow) char[length + 1]);
+    longWide.reset(new (std::nothrow) WCHAR[length + 1]);
+  }
+  if (longLine && longWide) {
+    std::vsnprintf(longLine.get(), length + 1, format, again);
+    Widen(longLine.get(), length, longWide.get());
+    write(g_logClient, longWide.get(), category);
+  } else {
+    WCHAR wide[kShortLine];
+    Widen(line, length < kShortLine ? length : kShortLine - 1, wide);
+    write(g_logClient, wide, category);
+  }
+  va_end(again);
+  SetLastError(lastError);
+}
+
+}  // namespace
+
+#define DEFINE_LOG(name, level)                                   \
+  void name(LPCWSTR category, const char* format, ...) noexcept { \
+    va_list arguments;                                            \
+    va_start(arguments, format);                                  \
+    Log(level, category, format, arguments);                      \
+    va_end(arguments);                                            \
+  }
+
+DEFINE_LOG(LogTrace, LogLevel::Trace)
+DEFINE_LOG(LogInfo, LogLevel::Info)
+DEFINE_LOG(LogWarning, LogLevel::Warning)
+DEFINE_LOG(LogError, LogLevel::Error)
+#undef DEFINE_LOG
+
+std::string LogText(LPCWSTR text) {
+  if (text == nullptr) return {};
+  const INT size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 1) return {};
+  std::string narrow(size, '\0');
+  if (WideCharToMultiByte(CP_UTF8, 0, text, -1, narrow.data(), size, nullptr, nullptr) != size) {
+    return {};
+  }
+  narrow.resize(size - 1);
+  return narrow;
+}

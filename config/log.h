@@ -1,0 +1,24 @@
+// Formatted log lines of the plug-in, through g_logClient. The format is the narrow printf one, its
+// texts are UTF-8; nothing is formatted for a level that is not written. Nothing throws: without
+// memory a line longer than the stack buffer is cut.
+#pragma once
+
+#include <string>
+
+#include "config/process.h"
+
+inline constexpr LPCWSTR kRendering = WTEXT("Rendering");
+inline constexpr LPCWSTR kRenderingPaper = WTEXT("Rendering#Paper");
+inline constexpr LPCWSTR kNoCategory = nullptr;
+
+#define VLX_PRINTF __attribute__((format(printf, 2, 3)))
+
+void LogTrace(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
+void LogInfo(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
+void LogWarning(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
+void LogError(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
+
+#undef VLX_PRINTF
+
+// The wide text as UTF-8, for a %s above; null and what cannot be converted give an empty text.
+std::string LogText(LPCWSTR text);

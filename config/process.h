@@ -1,0 +1,8 @@
+// The process-wide objects of the plug-in. They are defined beside the module entry, which starts
+// and stops them with the module.
+#pragma once
+
+#include "config/vlx_shared.h"
+
+extern CLoggerClient g_logClient;
+extern ConfigsCache* g_configsCache;  // null outside attach and detach
