@@ -1,0 +1,10 @@
+// The option line (command O) and the P command of a page.
+#pragma once
+
+#include <string>
+
+#include "config/oemdev.h"
+
+// Returns the option line, empty when no option is set; *pAndCutText receives the P command, if
+// any, followed by the page's cut commands (which may set the record's dwInitialCutSent).
+std::string BuildOptionCommands(OEMDEV& devmode, std::string* pAndCutText);
