@@ -41,16 +41,14 @@ bool COemPDEV::SetColorTable(RGBQUAD* table, LONG entries) {
   return true;
 }
 
-bool COemPDEV::KeepBackground(Gdiplus::Bitmap* bitmap) {
-  if (!Own(m_backgroundOwner, bitmap, FreeBitmap)) return false;
-  pPrevPageBitmap1 = bitmap;
-  return true;
+void COemPDEV::KeepBackground(Gdiplus::Bitmap* bitmap) {
+  if (!Own(m_backgroundOwner, bitmap, FreeBitmap)) m_backgroundOwner.reset();
+  pPrevPageBitmap1 = static_cast<Gdiplus::Bitmap*>(m_backgroundOwner.get());
 }
 
-bool COemPDEV::KeepHighlight(Gdiplus::Bitmap* bitmap) {
-  if (!Own(m_highlightOwner, bitmap, FreeBitmap)) return false;
-  pPrevPageBitmap2 = bitmap;
-  return true;
+void COemPDEV::KeepHighlight(Gdiplus::Bitmap* bitmap) {
+  if (!Own(m_highlightOwner, bitmap, FreeBitmap)) m_highlightOwner.reset();
+  pPrevPageBitmap2 = static_cast<Gdiplus::Bitmap*>(m_highlightOwner.get());
 }
 
 void COemPDEV::ResetPage() {

@@ -36,16 +36,17 @@ class COemPDEV {
   COemPDEV& operator=(const COemPDEV&) = default;
   virtual ~COemPDEV() = default;
 
-  // Takes over a block from LocalAlloc as page buffer (size in bytes) or colour table (count of
-  // entries), and lets go of the one before. Return false, the block freed and the state as before,
+  // Take over a block from LocalAlloc as page buffer (size in bytes) or colour table (count of
+  // entries), and let go of the one before. Return false, the block freed and the state as before,
   // when there is no memory for the bookkeeping.
   bool SetPageBuffer(BYTE* buffer, DWORD size);
   bool SetColorTable(RGBQUAD* table, LONG entries);
 
   // Take over a bitmap that the shared library made (null: none) as the kept background or
-  // highlight. On failure the bitmap is deleted and the kept one stays.
-  bool KeepBackground(Gdiplus::Bitmap* bitmap);
-  bool KeepHighlight(Gdiplus::Bitmap* bitmap);
+  // highlight. Without memory for the bookkeeping nothing is kept, so that the next page is
+  // compared with nothing rather than with a page that the printer no longer holds.
+  void KeepBackground(Gdiplus::Bitmap* bitmap);
+  void KeepHighlight(Gdiplus::Bitmap* bitmap);
 
   // Lets go of the page buffer and zeroes its description; the next band starts a page.
   void ResetPage();

@@ -1,0 +1,212 @@
+#include "imaging/page_pipeline.h"
+
+#include <cstring>
+#include <new>
+
+#include "commands/page_commands.h"
+#include "config/log.h"
+#include "imaging/bitmap_owner.h"
+#include "imaging/image_emission.h"
+#include "platform/memory.h"
+
+namespace {
+
+using Gdiplus::PixelFormat1bppIndexed;
+using Gdiplus::PixelFormat24bppRGB;
+
+// One page in the pipeline.
+struct Page {
+  SURFOBJ* surface;
+  PDEVOBJ device;
+  COemPDEV* state;
+  OEMDEV* devmode;
+  BitmapOwner bitmap;  // the 24-bit result of the last stage
+};
+
+void SaveStage(const Page& page, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
+  BitmapHelper::DevTestSaveBitmapAs(bitmap, page.state->dwJobId, page.state->dwPageCount, stage,
+                                    g_logClient);
+}
+
+// A driver may leave the last rows of a page out. What is missing of the picture is paper: white.
+bool CompleteBuffer(COemPDEV& state, std::uint64_t neededBytes) {
+  if (state.dwBitmapBufferSize >= neededBytes) return true;
+  auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, neededBytes));
+  if (buffer == nullptr) return false;
+  std::memcpy(buffer, state.pBitmapBuffer, state.dwBitmapBufferSize);
+  std::memset(buffer + state.dwBitmapBufferSize, 0xFF, neededBytes - state.dwBitmapBufferSize);
+  return state.SetPageBuffer(buffer, static_cast<DWORD>(neededBytes));
+}
+
+bool CopyPage(Page& page) {
+  const UINT width = static_cast<UINT>(page.state->bmiPage.biWidth);
+  const UINT height = static_cast<UINT>(page.state->bmiPage.biHeight);
+  BitmapOwner bitmap =
+      MakeBitmap(width, height, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_Orig"));
+  if (bitmap == nullptr) return false;
+  const std::uint64_t strideBytes = (std::uint64_t{24} * width + 31) / 32 * 4;
+  if (!CompleteBuffer(*page.state, strideBytes * height)) return false;
+  BitmapHelper::Copy24BPPBufferToBitmap(page.state->pBitmapBuffer, static_cast<INT>(width),
+                                        static_cast<INT>(height), bitmap.get());
+  page.state->ResetPage();
+  SaveStage(page, bitmap.get(), WTEXT("a_OriginalBuffer"));
+  page.bitmap = std::move(bitmap);
+  return true;
+}
+
+// The bands hold the printable area only: puts the page where it is on the paper.
+bool AddBorders(Page& page) {
+  const INT offsetX = page.state->gdiPhysOffsetX;
+  const INT offsetY = page.state->gdiPhysOffsetY;
+  if (offsetX == 0 && offsetY == 0) return true;
+  const UINT width = page.bitmap->GetWidth();
+  const UINT height = page.bitmap->GetHeight();
+  BitmapOwner bordered =
+      MakeBitmap(width, height, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_NonprintableBorders"));
+  if (bordered == nullptr) return false;
+  if (const GraphicsOwner graphics = DrawOn(bordered.get())) {
+    graphics->Clear(kOpaqueWhite);
+    graphics->DrawImage(page.bitmap.get(), offsetX, offsetY,
+                        Gdiplus::Rect{0, 0, static_cast<INT>(width), static_cast<INT>(height)});
+  }
+  SaveStage(page, bordered.get(), WTEXT("b_NonprintableBorders"));
+  page.bitmap = std::move(bordered);
+  return true;
+}
+
+// A landscape page is turned 90 degrees clockwise: (x, y) lands at (height - 1 - y, x).
+bool CorrectOrientation(Page& page) {
+  if (page.device->pPublicDM->dmOrientation == DMORIENT_PORTRAIT) return true;
+  const UINT width = page.bitmap->GetWidth();
+  const UINT height = page.bitmap->GetHeight();
+  BitmapOwner turned =
+      MakeBitmap(height, width, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_Orientation"));
+  if (turned == nullptr) return false;
+  GraphicsOwner graphics = DrawOn(turned.get());
+  if (graphics == nullptr) return false;
+  graphics->Clear(kOpaqueWhite);
+  graphics->RotateTransform(90.0f, Gdiplus::MatrixOrderAppend);
+  graphics->TranslateTransform(static_cast<float>(height), 0.0f, Gdiplus::MatrixOrderAppend);
+  graphics->DrawImage(page.bitmap.get(), 0, 0);
+  graphics.reset();
+  SaveStage(page, turned.get(), WTEXT("c_CorrectedOrientation"));
+  page.bitmap = std::move(turned);
+  return true;
+}
+
+// The 1-bit image of a 24-bit one that is already black and white; none without memory.
+BitmapOwner ReduceToOneBit(const Page& page, Gdiplus::Bitmap* source, LPCWSTR name, LPCWSTR stage) {
+  BitmapOwner oneBit =
+      MakeBitmap(source->GetWidth(), source->GetHeight(), PixelFormat1bppIndexed, name);
+  if (oneBit == nullptr) return nullptr;
+  BitmapHelper::GetMonochromeImage1BPP(source, oneBit.get());
+  SaveStage(page, oneBit.get(), stage);
+  return oneBit;
+}
+
+INT SendOneColor(const Page& page) {
+  const BitmapOwner dithered(BitmapRasterizer::Dither(
+      page.bitmap.get(), eBitmapDitherer{page.devmode->wDitherer}, page.devmode->byDitherParam));
+  if (dithered == nullptr) return 0;
+  SaveStage(page, dithered.get(), WTEXT("d_1C_Background24BPP"));
+  const BitmapOwner oneBit =
+      ReduceToOneBit(page, dithered.get(), WTEXT("pMonochrome1BPP"), WTEXT("e_1C_Background1BPP"));
+  if (oneBit == nullptr) return 0;
+  return SendImageToPrinter(page.surface, oneBit.get(), nullptr, false, false);
+}
+
+Gdiplus::ARGB OpaqueColor(COLORREF color) {
+  const DWORD red = color & 0xFF;
+  const DWORD green = color >> 8 & 0xFF;
+  const DWORD blue = color >> 16 & 0xFF;
+  return 0xFF000000 | red << 16 | green << 8 | blue;
+}
+
+INT SendTwoColors(const Page& page) {
+  Gdiplus::Bitmap* backgroundOut = nullptr;
+  Gdiplus::Bitmap* highlightOut = nullptr;
+  const INT split =
+      BitmapHelper::SplitImage(page.bitmap.get(), OpaqueColor(page.devmode->crHighlightColor),
+                               static_cast<double>(page.devmode->nColorTolerance) / 100.0,
+                               eBitmapDitherer{page.devmode->wDitherer},
+                               page.devmode->byDitherParam, &backgroundOut, &highlightOut);
+  const BitmapOwner background24(backgroundOut);
+  const BitmapOwner highlight24(highlightOut);
+  if (split == 0) return 0;
+  SaveStage(page, background24.get(), WTEXT("d_2C_Background24BPP"));
+  SaveStage(page, highlight24.get(), WTEXT("d_2C_Highlight24BPP"));
+
+  BitmapOwner background = ReduceToOneBit(page, background24.get(), WTEXT("pNewBackground1BPP"),
+                                          WTEXT("e_2C_Background1BPP"));
+  if (background == nullptr) return 0;
+  BitmapOwner highlight = ReduceToOneBit(page, highlight24.get(), WTEXT("pNewHighlight1BPP"),
+                                         WTEXT("e_2C_Highlight1BPP"));
+  if (highlight == nullptr) return 0;
+
+  const bool backgroundEmpty = BitmapHelper::GetFirstContentColumn1BPP(background.get()) < 0;
+  const bool highlightEmpty = BitmapHelper::GetFirstContentColumn1BPP(highlight.get()) < 0;
+  const INT result = SendImageToPrinter(page.surface, background.get(), highlight.get(),
+                                        backgroundEmpty, highlightEmpty);
+  // An empty image leaves the one that the printer holds in place.
+  if (!backgroundEmpty) page.state->KeepBackground(background.release());
+  if (!highlightEmpty) page.state->KeepHighlight(highlight.release());
+  return result;
+}
+
+DWORD Clamp(DWORD tenthsMm, DWORD minimumUm, DWORD maximumUm) {
+  if (tenthsMm > maximumUm / 100) return maximumUm / 100;
+  if (tenthsMm < minimumUm / 100) return minimumUm / 100;
+  return tenthsMm;
+}
+
+void PrepareComingPage(const Page& page) {
+  const DEVMODEW& publicDevmode = *page.device->pPublicDM;
+  DWORD width = static_cast<DWORD>(LONG{publicDevmode.dmPaperWidth});
+  DWORD length = static_cast<DWORD>(LONG{publicDevmode.dmPaperLength});
+  const Config* config = nullptr;
+  if (CConfigParser::Load(page.device->hPrinter, &config, g_configsCache, g_logClient)) {
+    width = Clamp(width, config->dwMinLabelWidth, config->dwMaxLabelWidth);
+    length = Clamp(length, config->dwMinLabelLength, config->dwMaxLabelLength);
+  }
+  page.state->strPageSetup =
+      BuildPageCommands(page.state->job, *page.devmode, width, length,
+                        static_cast<LONG>(page.state->dwPageCount), page.devmode->dwColorMode);
+  page.state->dmPrivateCopy = *page.devmode;
+  page.state->dmPublicCopy = publicDevmode;
+}
+
+INT ProcessPage(Page& page) {
+  if (page.state->pBitmapBuffer == nullptr) {
+    PrepareComingPage(page);
+    LogTrace(kRendering, "ProcessImageData END (no bitmap)");
+    return 1;
+  }
+  if (!CopyPage(page) || !AddBorders(page) || !CorrectOrientation(page)) return 0;
+  INT result = 1;
+  if (page.devmode->dwColorMode == 1) result = SendOneColor(page);
+  if (page.devmode->dwColorMode == 2) result = SendTwoColors(page);
+  page.bitmap.reset();
+  PrepareComingPage(page);
+  LogTrace(kRendering, "ProcessImageData END (%d)", result);
+  return result;
+}
+
+}  // namespace
+
+INT ProcessImageData(SURFOBJ* pso) {
+  LogTrace(kRendering, "ProcessImageData BEGIN");
+  auto* device = static_cast<PDEVOBJ>(pso == nullptr ? nullptr : pso->dhpdev);
+  COemPDEV* state = DeviceState(device);
+  if (state == nullptr || device->pOEMDM == nullptr || device->pPublicDM == nullptr) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    LogTrace(kRendering, "ProcessImageData END (%d)", 0);
+    return 0;
+  }
+  Page page{pso, device, state, static_cast<OEMDEV*>(device->pOEMDM), nullptr};
+  try {
+    return ProcessPage(page);
+  } catch (const std::bad_alloc&) {
+    LogTrace(kRendering, "ProcessImageData END (%d)", 0);
+    return 0;
+  }
+}
