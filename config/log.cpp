@@ -71,7 +71,7 @@ DEFINE_LOG(LogWarning, LogLevel::Warning)
 DEFINE_LOG(LogError, LogLevel::Error)
 #undef DEFINE_LOG
 
-std::string LogText(LPCWSTR text) {
+std::string LogText(LPCWSTR text) noexcept try {
   if (text == nullptr) return {};
   const INT size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
   if (size <= 1) return {};
@@ -81,4 +81,17 @@ std::string LogText(LPCWSTR text) {
   }
   narrow.resize(size - 1);
   return narrow;
+} catch (const std::bad_alloc&) {
+  return {};
+}
+
+std::string LogTextFromAnsi(const char* text) noexcept try {
+  if (text == nullptr) return {};
+  const INT size = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
+  if (size <= 1) return {};
+  std::u16string wide(size, u'\0');
+  if (MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, wide.data(), size) != size) return {};
+  return LogText(wide.c_str());
+} catch (const std::bad_alloc&) {
+  return {};
 }

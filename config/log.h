@@ -20,5 +20,7 @@ void LogError(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
 
 #undef VLX_PRINTF
 
-// The wide text as UTF-8, for a %s above; null and what cannot be converted give an empty text.
-std::string LogText(LPCWSTR text);
+// Texts as UTF-8, for a %s above: a wide one, and one in the thread's ANSI code page. Null and what
+// cannot be converted give an empty text.
+std::string LogText(LPCWSTR text) noexcept;
+std::string LogTextFromAnsi(const char* text) noexcept;

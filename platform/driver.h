@@ -231,7 +231,7 @@ static_assert(offsetof(DEVINFO, hpalDefault) == 296);
 static_assert(sizeof(DEVINFO) == 312);
 
 // A function of a driver, without its type.
-using PFN = LONG_PTR(APIENTRY*)();
+using PFN = void(APIENTRY*)();
 
 struct DRVFN {
   ULONG iFunc;

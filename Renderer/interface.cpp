@@ -1,0 +1,61 @@
+// The module: its process-wide objects, its entry and its two exported functions.
+
+#include <new>
+
+#include "Renderer/class_factory.h"
+#include "Renderer/gdiplus_guard.h"
+#include "Renderer/oem_uni2.h"
+#include "config/log.h"
+#include "platform/module.h"
+
+CLoggerClient g_logClient;
+ConfigsCache* g_configsCache = nullptr;
+CGdiPlusGuard g_gdiPlusGuard;
+
+BOOL APIENTRY DllMain(HMODULE hModule, DWORD dwReason, LPVOID) {
+  switch (dwReason) {
+    case DLL_PROCESS_ATTACH:
+      g_logClient.Initialize(hModule);
+      CLogger::StartLogging(g_logClient);
+      g_configsCache = ConfigsCache::GetInstance();
+      break;
+    case DLL_PROCESS_DETACH:
+      ConfigsCache::ReleaseInstance();
+      g_configsCache = nullptr;
+      CLogger::StopLogging(g_logClient);
+      break;
+  }
+  return TRUE;
+}
+
+PLATFORM_MODULE_ENTRY
+
+namespace {
+
+constexpr CLSID kPluginClass = {
+    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
+
+}  // namespace
+
+MODULE_EXPORT HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
+  if (ppv == nullptr) return E_POINTER;
+  *ppv = nullptr;
+  if (rclsid != kPluginClass) {
+    LogError(kNoCategory, "DllGetClassObject: Class not available!");
+    return CLASS_E_CLASSNOTAVAILABLE;
+  }
+  auto* factory = new (std::nothrow) COemCF;
+  if (factory == nullptr) {
+    LogError(kNoCategory, "DllGetClassObject: Out of Memory!");
+    return E_OUTOFMEMORY;
+  }
+  const HRESULT hr = factory->QueryInterface(riid, ppv);
+  factory->Release();
+  return hr;
+}
+
+MODULE_EXPORT HRESULT STDAPICALLTYPE DllCanUnloadNow() {
+  const bool inUse = __atomic_load_n(&g_cObjects, __ATOMIC_SEQ_CST) != 0 ||
+                     __atomic_load_n(&g_cLocks, __ATOMIC_SEQ_CST) != 0;
+  return inUse ? S_FALSE : S_OK;
+}
