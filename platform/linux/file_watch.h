@@ -1,0 +1,71 @@
+// A state file that is read when it is first asked for and again when it has changed.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/system_file.h"
+
+// The whole content of a regular file; false when there is none.
+bool ReadWholeFile(const std::string& path, std::string& content);
+
+// One line in the event log about a state file that cannot be used.
+void ReportMalformedFile(const std::string& path, const std::string& why);
+
+// Keeps what Parse made of the file of that name in the home folder. Thread-safe.
+template <typename Content>
+class WatchedFile {
+ public:
+  // parse gives the content for a file's path and text; missing stands for no file and for a
+  // malformed one, which parse reports by throwing std::exception.
+  using Parse = std::function<Content(const std::string& text)>;
+  WatchedFile(std::string name, Content missing, Parse parse)
+      : m_name(std::move(name)),
+        m_missing(std::make_shared<const Content>(std::move(missing))),
+        m_parse(std::move(parse)) {}
+
+  std::shared_ptr<const Content> Get() {
+    const std::string path = PlatformHomeFolder() + "/" + m_name;
+    struct stat status = {};
+    const bool exists = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    const std::lock_guard locked(m_mutex);
+    if (!exists) {
+      m_path.clear();
+      return m_missing;
+    }
+    if (path == m_path && SameFile(status)) return m_content;
+    m_content = Read(path);
+    m_path = path;
+    m_status = status;
+    return m_content;
+  }
+
+ private:
+  bool SameFile(const struct stat& status) const {
+    return status.st_ino == m_status.st_ino && status.st_size == m_status.st_size &&
+           status.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
+           status.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
+  }
+  std::shared_ptr<const Content> Read(const std::string& path) {
+    std::string text;
+    if (!ReadWholeFile(path, text)) return m_missing;
+    try {
+      return std::make_shared<const Content>(m_parse(text));
+    } catch (const std::exception& error) {
+      ReportMalformedFile(path, error.what());
+      return m_missing;
+    }
+  }
+
+  const std::string m_name;
+  const std::shared_ptr<const Content> m_missing;
+  const Parse m_parse;
+  std::mutex m_mutex;
+  std::string m_path;
+  struct stat m_status = {};
+  std::shared_ptr<const Content> m_content;
+};

@@ -1,0 +1,253 @@
+// The flat GDI+ calls.
+
+#include "platform/gdiplus.h"
+
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "platform/fault.h"
+#include "platform/linux/gdiplus_image.h"
+
+namespace Gdiplus {
+
+namespace {
+
+constexpr ULONG_PTR kToken = 0x6D1;
+constexpr std::int64_t kMostBytes = 0x7FFFFFFF;
+
+constexpr CLSID kPngEncoder = {
+    0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+constexpr GUID kPngFormat = {
+    0xB96B3CAF, 0x0728, 0x11D3, {0x9D, 0x7B, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+constexpr BYTE kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr BYTE kPngMask[] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+constexpr ImageCodecInfo kEncoders[] = {{kPngEncoder, kPngFormat, WTEXT("Built-in PNG Codec"),
+                                         nullptr, WTEXT("PNG"), WTEXT("*.PNG"), WTEXT("image/png"),
+                                         0x10007,  // encoder, decoder, bitmaps, built in
+                                         1, 1, sizeof kPngSignature, kPngSignature, kPngMask}};
+
+std::atomic<LONG> startCount{0};
+
+// Why a call cannot go on, Ok when it can.
+GpStatus Check(const char* call, bool argumentsValid) {
+  if (!IsStarted()) return GdiplusNotInitialized;
+  if (!argumentsValid) return InvalidParameter;
+  return PlatformShouldFail(call) ? OutOfMemory : Ok;
+}
+
+bool IsWhole(REAL value) {
+  return std::floor(value) == value && value >= -16777216.0f && value <= 16777216.0f;
+}
+
+// first, then second: the product of row-vector matrices.
+Transform Combine(const Transform& first, const Transform& second) {
+  return {first.xx * second.xx + first.xy * second.yx,
+          first.xx * second.xy + first.xy * second.yy,
+          first.yx * second.xx + first.yy * second.yx,
+          first.yx * second.xy + first.yy * second.yy,
+          first.dx * second.xx + first.dy * second.yx + second.dx,
+          first.dx * second.xy + first.dy * second.yy + second.dy};
+}
+
+void Apply(Transform& world, const Transform& change, GpMatrixOrder order) {
+  world = order == MatrixOrderAppend ? Combine(world, change) : Combine(change, world);
+}
+
+}  // namespace
+
+bool IsStarted() { return startCount.load(std::memory_order_relaxed) > 0; }
+
+Status GdiplusStartup(ULONG_PTR* token, const GdiplusStartupInput* input, GdiplusStartupOutput*) {
+  if (token == nullptr || input == nullptr || input->GdiplusVersion != 1) return InvalidParameter;
+  if (PlatformShouldFail("GdiplusStartup")) return OutOfMemory;
+  ++startCount;
+  *token = kToken;
+  return Ok;
+}
+
+void GdiplusShutdown(ULONG_PTR token) {
+  if (token == kToken && IsStarted()) --startCount;
+}
+
+namespace DllExports {
+
+void* GdipAlloc(SIZE_T size) {
+  return PlatformShouldFail("GdipAlloc") ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
+void GdipFree(void* ptr) { std::free(ptr); }
+
+GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat format, BYTE* scan0,
+                                   GpBitmap** bitmap) {
+  if (bitmap == nullptr) return InvalidParameter;
+  *bitmap = nullptr;
+  const bool known = format == PixelFormat1bppIndexed || format == PixelFormat24bppRGB;
+  const GpStatus status =
+      Check("GdipCreateBitmapFromScan0", width > 0 && height > 0 && known && scan0 == nullptr);
+  if (status != Ok) return status;
+  const std::int64_t bits = std::int64_t{width} * (format == PixelFormat24bppRGB ? 24 : 1);
+  const std::int64_t strideBytes = (bits + 31) / 32 * 4;
+  if (strideBytes > kMostBytes / height) return OutOfMemory;
+  auto* pixels = static_cast<BYTE*>(std::calloc(height, strideBytes));
+  auto* image =
+      new (std::nothrow) GpImage{width, height, format, static_cast<INT>(strideBytes), pixels};
+  if (pixels == nullptr || image == nullptr) {
+    std::free(pixels);
+    delete image;
+    return OutOfMemory;
+  }
+  *bitmap = image;
+  return Ok;
+}
+
+GpStatus GdipDisposeImage(GpImage* image) {
+  if (image == nullptr) return InvalidParameter;
+  std::free(image->pixels);
+  delete image;
+  return Ok;
+}
+
+GpStatus GdipGetImageWidth(GpImage* image, UINT* width) {
+  if (image == nullptr || width == nullptr) return InvalidParameter;
+  *width = static_cast<UINT>(image->width);
+  return Ok;
+}
+
+GpStatus GdipGetImageHeight(GpImage* image, UINT* height) {
+  if (image == nullptr || height == nullptr) return InvalidParameter;
+  *height = static_cast<UINT>(image->height);
+  return Ok;
+}
+
+GpStatus GdipGetImagePixelFormat(GpImage* image, PixelFormat* format) {
+  if (image == nullptr || format == nullptr) return InvalidParameter;
+  *format = image->format;
+  return Ok;
+}
+
+GpStatus GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT, PixelFormat format,
+                            BitmapData* lockedBitmapData) {
+  if (bitmap == nullptr || rect != nullptr || lockedBitmapData == nullptr ||
+      format != bitmap->format) {
+    return InvalidParameter;
+  }
+  if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
+  *lockedBitmapData = {static_cast<UINT>(bitmap->width),
+                       static_cast<UINT>(bitmap->height),
+                       bitmap->strideBytes,
+                       format,
+                       bitmap->pixels,
+                       0};
+  return Ok;
+}
+
+GpStatus GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData) {
+  return bitmap == nullptr || lockedBitmapData == nullptr ? InvalidParameter : Ok;
+}
+
+GpStatus GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics) {
+  if (graphics == nullptr) return InvalidParameter;
+  *graphics = nullptr;
+  const GpStatus status = Check("GdipGetImageGraphicsContext", image != nullptr);
+  if (status != Ok) return status;
+  *graphics = new (std::nothrow) GpGraphics{image, {}};
+  return *graphics == nullptr ? OutOfMemory : Ok;
+}
+
+GpStatus GdipDeleteGraphics(GpGraphics* graphics) {
+  if (graphics == nullptr) return InvalidParameter;
+  delete graphics;
+  return Ok;
+}
+
+GpStatus GdipGraphicsClear(GpGraphics* graphics, ARGB color) {
+  const GpStatus status = Check("GdipGraphicsClear", graphics != nullptr);
+  if (status != Ok) return status;
+  const auto red = static_cast<BYTE>(color >> 16);
+  const auto green = static_cast<BYTE>(color >> 8);
+  const auto blue = static_cast<BYTE>(color);
+  const GpImage& target = *graphics->target;
+  for (INT y = 0; y < target.height; ++y) {
+    BYTE* row = target.Row(y);
+    if (target.IsOneBit()) {
+      std::memset(row, IsLight(red, green, blue) ? 0xFF : 0, target.strideBytes);
+      continue;
+    }
+    for (INT x = 0; x < target.width; ++x, row += 3) {
+      row[0] = blue;
+      row[1] = green;
+      row[2] = red;
+    }
+  }
+  return Ok;
+}
+
+GpStatus GdipRotateWorldTransform(GpGraphics* graphics, REAL angle, GpMatrixOrder order) {
+  const GpStatus status = Check("GdipRotateWorldTransform", graphics != nullptr);
+  if (status != Ok) return status;
+  const REAL quarters = angle / 90.0f;
+  if (!IsWhole(quarters)) return NotImplemented;
+  constexpr Transform kQuarterTurn = {0, 1, -1, 0, 0, 0};
+  const INT turns = (static_cast<INT>(quarters) % 4 + 4) % 4;
+  for (INT i = 0; i < turns; ++i) Apply(graphics->world, kQuarterTurn, order);
+  return Ok;
+}
+
+GpStatus GdipTranslateWorldTransform(GpGraphics* graphics, REAL dx, REAL dy, GpMatrixOrder order) {
+  const GpStatus status = Check("GdipTranslateWorldTransform", graphics != nullptr);
+  if (status != Ok) return status;
+  if (!IsWhole(dx) || !IsWhole(dy)) return NotImplemented;
+  Apply(graphics->world, {1, 0, 0, 1, static_cast<INT>(dx), static_cast<INT>(dy)}, order);
+  return Ok;
+}
+
+GpStatus GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y) {
+  const GpStatus status = Check("GdipDrawImageI", graphics != nullptr && image != nullptr);
+  if (status != Ok) return status;
+  DrawPixels(*graphics, *image, x, y, {0, 0, image->width, image->height});
+  return Ok;
+}
+
+GpStatus GdipDrawImageRectRectI(GpGraphics* graphics, GpImage* image, INT dstx, INT dsty,
+                                INT dstwidth, INT dstheight, INT srcx, INT srcy, INT srcwidth,
+                                INT srcheight, GpUnit srcUnit, const GpImageAttributes*,
+                                DrawImageAbort, void*) {
+  const GpStatus status = Check("GdipDrawImageRectRectI", graphics != nullptr && image != nullptr);
+  if (status != Ok) return status;
+  if (dstwidth != srcwidth || dstheight != srcheight || srcUnit != UnitPixel) {
+    return NotImplemented;
+  }
+  DrawPixels(*graphics, *image, dstx, dsty, {srcx, srcy, srcwidth, srcheight});
+  return Ok;
+}
+
+GpStatus GdipGetImageEncodersSize(UINT* numEncoders, UINT* size) {
+  const GpStatus status =
+      Check("GdipGetImageEncodersSize", numEncoders != nullptr && size != nullptr);
+  if (status != Ok) return status;
+  *numEncoders = std::size(kEncoders);
+  *size = sizeof kEncoders;
+  return Ok;
+}
+
+GpStatus GdipGetImageEncoders(UINT numEncoders, UINT size, ImageCodecInfo* encoders) {
+  const GpStatus status = Check("GdipGetImageEncoders", encoders != nullptr);
+  if (status != Ok) return status;
+  if (numEncoders != std::size(kEncoders) || size < sizeof kEncoders) return InvalidParameter;
+  std::memcpy(encoders, kEncoders, sizeof kEncoders);
+  return Ok;
+}
+
+GpStatus GdipSaveImageToStream(GpImage* image, IStream* stream, const CLSID* clsidEncoder,
+                               const EncoderParameters*) {
+  const bool valid = image != nullptr && stream != nullptr && clsidEncoder != nullptr &&
+                     *clsidEncoder == kPngEncoder;
+  const GpStatus status = Check("GdipSaveImageToStream", valid);
+  return status == Ok ? WritePng(*image, stream) : status;
+}
+
+}  // namespace DllExports
+}  // namespace Gdiplus

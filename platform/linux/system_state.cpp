@@ -1,0 +1,107 @@
+#include "platform/linux/system_state.h"
+
+#include <toml++/toml.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "platform/event_log.h"
+#include "platform/linux/code_page.h"
+#include "platform/linux/file_watch.h"
+#include "platform/linux/unicode.h"
+
+namespace {
+
+const SystemContent& WithoutFile() {
+  static const SystemContent content{1252, {{u"Label Printer", u"VLX Label", std::nullopt}}};
+  return content;
+}
+
+[[noreturn]] void Fail(const std::string& what, const toml::node& node) {
+  throw std::runtime_error("line " + std::to_string(node.source().begin.line) + ": " + what);
+}
+
+std::u16string ReadText(const toml::table& table, const char* key,
+                        const std::u16string& otherwise) {
+  const toml::node* node = table.get(key);
+  if (node == nullptr) return otherwise;
+  const auto text = node->value<std::string>();
+  if (!text || text->empty()) Fail(std::string(key) + " must be a text that is not empty", *node);
+  return Utf16FromUtf8(*text);
+}
+
+DWORD ReadMicrometres(const toml::table& table, const char* key) {
+  const toml::node* node = table.get(key);
+  if (node == nullptr) Fail(std::string("[printer.label] has no ") + key, table);
+  const auto value = node->value_exact<std::int64_t>();
+  if (!value || *value < 0 || *value > 0xFFFFFFFF) {
+    Fail(std::string(key) + " must be whole micrometres from 0 to 4294967295", *node);
+  }
+  return static_cast<DWORD>(*value);
+}
+
+PlatformPrinter ReadPrinter(const toml::table& table) {
+  if (!table.contains("name")) Fail("a [[printer]] has no name", table);
+  PlatformPrinter printer{ReadText(table, "name", {}), ReadText(table, "driver", u"VLX Label"), {}};
+  const toml::node* label = table.get("label");
+  if (label == nullptr) return printer;
+  if (!label->is_table()) Fail("label must be a table", *label);
+  const toml::table& bounds = *label->as_table();
+  printer.label = PlatformLabelBounds{
+      ReadMicrometres(bounds, "min_width_um"), ReadMicrometres(bounds, "max_width_um"),
+      ReadMicrometres(bounds, "min_length_um"), ReadMicrometres(bounds, "max_length_um")};
+  return printer;
+}
+
+SystemContent Parse(const std::string& text) {
+  const toml::table root = toml::parse(text);
+  SystemContent content = WithoutFile();
+  if (const toml::node* node = root.get("ansi_code_page")) {
+    const auto value = node->value_exact<std::int64_t>();
+    if (!value || *value < 0 || *value > 65535 || !CodePageExists(static_cast<UINT>(*value))) {
+      Fail("ansi_code_page is no known code page", *node);
+    }
+    content.ansiCodePage = static_cast<UINT>(*value);
+  }
+  if (const toml::node* node = root.get("printer")) {
+    if (!node->is_array_of_tables()) Fail("printers are written as [[printer]]", *node);
+    content.printers.clear();
+    for (const toml::node& printer : *node->as_array()) {
+      content.printers.push_back(ReadPrinter(*printer.as_table()));
+    }
+  }
+  return content;
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::string& content) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return false;
+  content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  return !file.bad();
+}
+
+void ReportMalformedFile(const std::string& path, const std::string& why) {
+  // The log may be opened by nobody yet; the line is worth a short opening.
+  PlatformOpenEventLog();
+  const std::u16string text = Utf16FromUtf8("The file " + path + " is ignored: " + why);
+  PlatformWriteEvent(EventLevel::Error, text.c_str(), WTEXT("Platform"));
+  PlatformCloseEventLog();
+}
+
+std::string PlatformHomeFolder() {
+  if (const char* home = std::getenv("VLX_HOME"); home != nullptr && *home != '\0') return home;
+  if (const char* base = std::getenv("XDG_CONFIG_HOME"); base != nullptr && *base != '\0') {
+    return std::string(base) + "/vlx";
+  }
+  const char* user = std::getenv("HOME");
+  return std::string(user == nullptr ? "" : user) + "/.config/vlx";
+}
+
+std::shared_ptr<const SystemContent> SystemState() {
+  static WatchedFile<SystemContent> file("system.toml", WithoutFile(), Parse);
+  return file.Get();
+}

@@ -1,0 +1,15 @@
+// What the system file says.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/system_file.h"
+
+struct SystemContent {
+  UINT ansiCodePage = 1252;
+  std::vector<PlatformPrinter> printers;
+};
+
+// The content as the file stands now.
+std::shared_ptr<const SystemContent> SystemState();

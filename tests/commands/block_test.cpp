@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "commands/custom_blocks.h"
+#include "commands/job_stream.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+TEST(CustomBlocks, EscapesAreResolvedOrLeftAsTheyStand) {
+  struct Row {
+    std::string text;
+    std::string expected;
+  };
+  const Row rows[] = {
+      {R"(A\\B)", R"(A\B)"},
+      {R"(\e\E)", "\x1B\x1B"},
+      {R"(\n\R\t\N)", "\n\r\t\n"},
+      {R"(\x41\X41)", "AA"},
+      {R"(\101)", "A"},
+      {R"(\x4G)", R"(\x4G)"},
+      {R"(\X4G)", R"(\x4G)"},
+      {R"(\x4)", R"(\x4)"},
+      {R"(\q12)", R"(\q12)"},
+      {R"(\999)", R"(\999)"},
+      {R"(\777)", "\xFF"},
+      {R"(\x00Z)", "\0Z"s},
+      {R"(\x-1)", "\xFF"},
+      {R"(\x 5)", "\x05"},
+      {R"(\x+a)", "\x0A"},
+      {R"(\x- )", R"(\x- )"},
+      {R"(\x  )", R"(\x  )"},
+      {R"(\-17)", "\xF1"},
+      {R"(\ +7)", "\x07"},
+      {R"(\18a)", R"(\18a)"},
+      {R"(\10)", R"(\10)"},  // too short for a number
+      {R"(end\)", R"(end\)"},
+      {"", ""},
+      {R"(\z\\)", R"(\z\)"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(ParseEscapes(row.text, std::nullopt), row.expected) << row.text;
+  }
+}
+
+TEST(CustomBlocks, PageNumberReplacesTheFirstBraces) {
+  struct Row {
+    const char* text;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"No. {n}", "No. 4294967295"}, {"{n}", "{n}"},
+      {"a}b{c}", "a}b{c}"},          {"a{b", "a{b"},
+      {"a{}b{}", "a4294967295b{}"},  {"a{\\n}", "a4294967295"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(ParseEscapes(row.text, 0xFFFFFFFFu), row.expected) << row.text;
+  }
+  EXPECT_EQ(ParseEscapes("No. {n}", std::nullopt), "No. {n}");
+}
+
+TEST(CustomBlocks, EightyBytesAreTooLong) {
+  const std::string text(79, 'x');
+  EXPECT_EQ(ParseEscapes(text, std::nullopt), text);
+  EXPECT_EQ(ParseEscapes(text + "x", std::nullopt), "Error 111");
+  EXPECT_EQ(ParseEscapes(std::string(76, 'x') + "{n}", 1), std::string(76, 'x') + "1");
+  EXPECT_EQ(ParseEscapes(std::string(76, 'x') + "{n}", 1000), "Error 111");
+}
+
+TEST(CustomBlocks, KindDecidesHowTheTextBecomesBytes) {
+  EXPECT_EQ(ExpandCustomBlock(0, "text", 7), "");
+  EXPECT_EQ(ExpandCustomBlock(2, "a\\x41{n}", 7), "aA{n}");  // never a page number
+  EXPECT_EQ(ExpandCustomBlock(3, "a\\n{n}", 7), "a\\n{n}");
+  EXPECT_EQ(ExpandCustomBlock(4, "a\\x41{n}", 7), "aA7");
+  EXPECT_EQ(ExpandCustomBlock(7, "a\\n", 7), "a\\n");
+}
+
+TEST(CustomBlocks, FileIsSentWholeInTextMode) {
+  const auto path =
+      std::filesystem::temp_directory_path() /
+      ("vlx_block_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
+  const auto expand = [&path](const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+    return ExpandCustomBlock(1, path.string());
+  };
+  const std::string large(10000, 'q');
+  EXPECT_EQ(expand(large), large);
+  EXPECT_EQ(expand("a\r\nb\\n\r"), "a\nb\\n\r");
+  EXPECT_EQ(expand("A\x1A"s + "B"), "A");
+  std::filesystem::remove(path);
+  EXPECT_EQ(ExpandCustomBlock(1, path.string()), "");
+  EXPECT_EQ(ExpandCustomBlock(1, ""), "");
+}
+
+TEST(FormatFixed, RoundsTheFloatQuotientHalfAwayFromZero) {
+  struct Row {
+    LONG lengthUm;
+    const char* expected;
+  };
+  const Row rows[] = {{54000, "54.00"}, {25400, "25.40"}, {1764, "1.76"},
+                      {2345, "2.35"},   {1005, "1.00"},   {1015, "1.01"},
+                      {3005, "3.01"},   {-4, "-0.00"},    {0, "0.00"},
+                      {125, "0.13"},    {-125, "-0.13"},  {-2147483647 - 1, "-2147483.75"}};
+  for (const Row& row : rows) EXPECT_EQ(FormatLength(row.lengthUm), row.expected) << row.lengthUm;
+  EXPECT_EQ(FormatFixed(1.25f, 1), "1.3");
+  EXPECT_EQ(FormatFixed(4294967295u, 0), "4294967295");
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include "commands/image_commands.h"
+#include "commands/job_stream.h"
+#include "commands/print_commands.h"
+#include "tests/support/device.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+TEST(JobHeader, NamesEverythingAndRestartsTheByteCount) {
+  EXPECT_EQ(BuildJobHeader("07.03.2025, 14:05:09", "M", "J"),
+            ";Created: 07.03.2025, 14:05:09\r\n;Driver version: 1.3.0.25\r\n;Printer model: M\r\n"
+            ";Print job name: J\r\n");
+  Device device;
+  device.state.job.dwJobBytesWritten = 77;
+  WriteJobHeader(&device.object, WTEXT("\u20AC \u4E00 \u00E4"));
+  ASSERT_EQ(device.writes.size(), 1u);
+  EXPECT_EQ(
+      device.writes[0].substr(30),
+      "\r\n;Driver version: 1.3.0.25\r\n;Printer model: \r\n;Print job name: \x80 ? \xE4\r\n"s);
+  EXPECT_EQ(device.state.job.dwJobBytesWritten, device.writes[0].size());
+  WriteJobHeader(&device.object, nullptr);
+  EXPECT_TRUE(device.writes[1].ends_with(";Print job name: \r\n"));
+}
+
+TEST(ImageFrame, IsLiteral) {
+  EXPECT_EQ(ComposeImageErase(), "eIMG;*\r\n");
+  EXPECT_EQ(ComposeImageDownloadHeader("1"), "\x64\x50\x4E\x47\x3B\x31\x0D\x0A\x1B\x3A");
+  EXPECT_EQ(ComposeImageDataEnd(), "\x1B\x65\x6E\x64\x2D\x6F\x66\x2D\x64\x61\x74\x61\x0D\x0A");
+}
+
+TEST(PrintLine, CarriesCopiesAndBlocks) {
+  Device device;
+  device.publicDevmode.dmCopies = 5;
+  const auto line = [&device] { return BuildPrintCommand(device.publicDevmode, device.devmode); };
+  EXPECT_EQ(line(), "\r\nA5\r\n");
+  device.publicDevmode.dmCollate = 1;
+  EXPECT_EQ(line(), "\r\nA1\r\n");
+  device.SetBlock(7, 3, "X");
+  device.SetBlock(5, 3, "ZZ");
+  EXPECT_EQ(line(), "\r\nX\r\nA1\r\nZZ\r\n");
+  device.SetBlock(5, 4, "ZZ");  // travels with the set-up instead
+  EXPECT_EQ(line(), "\r\nX\r\nA1\r\n");
+}
+
+TEST(JobEnd, WritesEachPieceByItself) {
+  Device device;
+  device.devmode.dwCut1Enabled = device.devmode.dwCut1AtJobEnd = 1;
+  device.devmode.nCut1Value1 = 2000;
+  device.devmode.nCut1Value2 = 1500;
+  device.SetBlock(3, 2, "three\\n");
+  device.SetBlock(1, 3, "one");
+  WriteJobEnd(&device.object);
+  EXPECT_EQ(device.writes,
+            (std::vector<std::string>{"\r\nCe,2.00,1.50", "\r\nA1\r\n", "\r\nthree\n", "\r\none"}));
+}
+
+TEST(JobEnd, NeverEndsOnAMultipleOf512Bytes) {
+  struct Row {
+    DWORD before;
+    WORD kind;
+    const char* text;
+    const char* expected;
+  };
+  const Row rows[] = {{1024, 0, "", "\r\n"},       {1023, 0, "", ""},
+                      {1021, 3, "a", "\r\na\r\n"}, {1024, 3, "a", "\r\na"},
+                      {512, 4, "a", ""},           {0xFFFFFFFDu, 3, "a", "\r\na\r\n"}};
+  for (const Row& row : rows) {
+    Device device;
+    device.state.job.dwJobBytesWritten = row.before;
+    device.SetBlock(1, row.kind, row.text);
+    SendClosingBlock(&device.object);
+    EXPECT_EQ(device.Stream(), row.expected) << row.before << " " << row.kind;
+    EXPECT_EQ(device.state.job.dwJobBytesWritten, row.before + device.Stream().size());
+  }
+}
+
+}  // namespace
