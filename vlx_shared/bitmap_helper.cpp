@@ -1,0 +1,148 @@
+// Bitmaps: making, copying, reducing to 1 bit, finding content, comparing.
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "config/vlx_shared.h"
+#include "vlx_shared/pixels.h"
+
+using Gdiplus::Bitmap;
+using Gdiplus::PixelFormat1bppIndexed;
+using Gdiplus::PixelFormat24bppRGB;
+
+namespace {
+
+// The bits of the last byte of a row that belong to the image.
+BYTE LastByteMask(INT width) {
+  const INT used = width & 7;
+  return used == 0 ? 0xFF : static_cast<BYTE>(0xFF << (8 - used));
+}
+
+// The black bits of byte i of a row, set.
+BYTE BlackBits(const BYTE* row, INT i, INT width) {
+  const auto black = static_cast<BYTE>(~row[i]);
+  return i == (width - 1) / 8 ? static_cast<BYTE>(black & LastByteMask(width)) : black;
+}
+
+bool HasContent(const Pixels& pixels, INT y) {
+  const BYTE* row = pixels.Row(y);
+  const INT bytes = (pixels.Width() + 7) / 8;
+  INT i = 0;
+  for (std::uint64_t word; i + 8 < bytes; i += 8) {
+    std::memcpy(&word, row + i, sizeof word);
+    if (word != ~std::uint64_t{0}) return true;
+  }
+  for (; i < bytes; ++i) {
+    if (BlackBits(row, i, pixels.Width()) != 0) return true;
+  }
+  return false;
+}
+
+// Black bits of all rows laid over each other tell the first and the last column. Only bytes
+// outside of what is known already are looked at.
+INT ContentColumn(Bitmap* bitmap, bool last) {
+  const Pixels pixels(bitmap, PixelFormat1bppIndexed);
+  if (!pixels.IsValid()) return -1;
+  const INT width = pixels.Width();
+  const INT bytes = (width + 7) / 8;
+  INT best = last ? -1 : width;
+  for (INT y = 0; y < pixels.Height(); ++y) {
+    const BYTE* row = pixels.Row(y);
+    if (last) {
+      for (INT i = bytes - 1; i >= 0 && i * 8 + 7 > best; --i) {
+        if (const BYTE black = BlackBits(row, i, width)) {
+          best = std::max(best, i * 8 + 7 - std::countr_zero(black));
+          break;
+        }
+      }
+    } else {
+      for (INT i = 0; i < bytes && i * 8 < best; ++i) {
+        if (const BYTE black = BlackBits(row, i, width)) {
+          best = std::min(best, i * 8 + std::countl_zero(black));
+          break;
+        }
+      }
+    }
+  }
+  return best == width ? -1 : best;
+}
+
+}  // namespace
+
+Bitmap* BitmapHelper::CreateBitmap(INT width, INT height, Gdiplus::PixelFormat format, LPCWSTR) {
+  Bitmap* bitmap = new Bitmap(width, height, format);
+  if (bitmap != nullptr && bitmap->GetLastStatus() != Gdiplus::Ok) {
+    DeleteBitmap(bitmap);
+    return nullptr;
+  }
+  return bitmap;
+}
+
+void BitmapHelper::DeleteBitmap(Bitmap* bitmap) { delete bitmap; }
+
+void BitmapHelper::Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT height,
+                                           Bitmap* bitmap) {
+  const Pixels target(bitmap, PixelFormat24bppRGB);
+  if (buffer == nullptr || !target.IsValid() || target.Width() != width ||
+      target.Height() != height) {
+    return;
+  }
+  const std::size_t rowBytes = std::size_t{3} * width;
+  const std::size_t strideBytes = (rowBytes + 3) / 4 * 4;
+  for (INT y = 0; y < height; ++y) {
+    std::memcpy(target.Row(y), buffer + y * strideBytes, rowBytes);
+  }
+}
+
+INT BitmapHelper::GetMonochromeImage1BPP(Bitmap* source, Bitmap* target) {
+  const Pixels from(source, PixelFormat24bppRGB);
+  const Pixels to(target, PixelFormat1bppIndexed);
+  if (!from.IsValid() || !to.IsValid() || !from.SameSize(to)) return 0;
+  for (INT y = 0; y < from.Height(); ++y) {
+    const BYTE* pixel = from.Row(y);
+    BYTE* row = to.Row(y);
+    for (INT x = 0; x < from.Width();) {
+      unsigned bits = 0;
+      INT count = 0;
+      for (; count < 8 && x < from.Width(); ++count, ++x, pixel += 3) {
+        bits = bits << 1 | (Luma(pixel) >= 128 ? 1u : 0u);
+      }
+      row[(x - 1) / 8] = static_cast<BYTE>(bits << (8 - count));
+    }
+  }
+  return 1;
+}
+
+INT BitmapHelper::GetFirstContentRow1BPP(Bitmap* bitmap) {
+  const Pixels pixels(bitmap, PixelFormat1bppIndexed);
+  for (INT y = 0; pixels.IsValid() && y < pixels.Height(); ++y) {
+    if (HasContent(pixels, y)) return y;
+  }
+  return -1;
+}
+
+INT BitmapHelper::GetLastContentRow1BPP(Bitmap* bitmap) {
+  const Pixels pixels(bitmap, PixelFormat1bppIndexed);
+  for (INT y = pixels.Height() - 1; pixels.IsValid() && y >= 0; --y) {
+    if (HasContent(pixels, y)) return y;
+  }
+  return -1;
+}
+
+INT BitmapHelper::GetFirstContentColumn1BPP(Bitmap* bitmap) { return ContentColumn(bitmap, false); }
+INT BitmapHelper::GetLastContentColumn1BPP(Bitmap* bitmap) { return ContentColumn(bitmap, true); }
+
+INT BitmapHelper::Are1BPPBitmapsEqual(Bitmap* first, Bitmap* second) {
+  const Pixels a(first, PixelFormat1bppIndexed);
+  const Pixels b(second, PixelFormat1bppIndexed);
+  if (!a.IsValid() || !b.IsValid() || !a.SameSize(b)) return 0;
+  const INT lastByte = (a.Width() - 1) / 8;
+  for (INT y = 0; y < a.Height(); ++y) {
+    if (std::memcmp(a.Row(y), b.Row(y), lastByte) != 0 ||
+        BlackBits(a.Row(y), lastByte, a.Width()) != BlackBits(b.Row(y), lastByte, b.Width())) {
+      return 0;
+    }
+  }
+  return 1;
+}

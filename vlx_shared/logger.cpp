@@ -1,0 +1,39 @@
+// Log lines go to the platform's event log, which writes them from any thread.
+
+#include "config/vlx_shared.h"
+#include "platform/event_log.h"
+
+static_assert(static_cast<int>(LogLevel::Trace) == static_cast<int>(EventLevel::Trace));
+static_assert(static_cast<int>(LogLevel::Error) == static_cast<int>(EventLevel::Error));
+
+CLoggerClient::CLoggerClient() = default;
+CLoggerClient::~CLoggerClient() { CLogger::StopLogging(*this); }
+
+void CLoggerClient::Initialize(HMODULE hModule) { m_hModule = hModule; }
+
+void CLogger::StartLogging(CLoggerClient& client) {
+  if (client.m_started) return;
+  client.m_started = true;
+  PlatformOpenEventLog();
+}
+
+void CLogger::StopLogging(CLoggerClient& client) {
+  if (!client.m_started) return;
+  client.m_started = false;
+  PlatformCloseEventLog();
+}
+
+bool CLogger::IsEnabled(const CLoggerClient& client, LogLevel level) {
+  return client.m_started && static_cast<int>(level) >= static_cast<int>(PlatformEventLogLevel());
+}
+
+#define DEFINE_LEVEL(name, level)                                                \
+  void CLogger::name(CLoggerClient& client, LPCWSTR text, LPCWSTR category) {    \
+    if (client.m_started) PlatformWriteEvent(EventLevel::level, text, category); \
+  }
+
+DEFINE_LEVEL(LOG_TRACE, Trace)
+DEFINE_LEVEL(LOG_INFO, Info)
+DEFINE_LEVEL(LOG_WARNING, Warning)
+DEFINE_LEVEL(LOG_ERROR, Error)
+#undef DEFINE_LEVEL
