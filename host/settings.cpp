@@ -1,0 +1,181 @@
+#include "host/settings.h"
+
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "host/error.h"
+#include "host/setting_value.h"
+
+namespace {
+
+constexpr std::string_view kRawPrefix = "devmode.";
+
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t above = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+[[noreturn]] void FailUnknown(const std::string& key) {
+  std::string nearest;
+  std::size_t best = ~std::size_t{0};
+  const auto consider = [&](const std::string& known) {
+    const std::size_t distance = EditDistance(key, known);
+    if (distance < best) {
+      best = distance;
+      nearest = known;
+    }
+  };
+  for (const SettingKey& known : SettingKeys()) consider(std::string(known.name));
+  for (const OemDevField& field : OemDevFields()) {
+    consider(std::string(kRawPrefix) + std::string(field.name));
+  }
+  throw HostError(kExitSettings,
+                  "There is no setting \"" + key + "\"; did you mean \"" + nearest + "\"?");
+}
+
+const OemDevField& FieldNamed(std::string_view name) {
+  for (const OemDevField& field : OemDevFields()) {
+    if (field.name == name) return field;
+  }
+  throw HostError(kExitInternal, "no field " + std::string(name));
+}
+
+const OemDevField* FindRawField(std::string_view key) {
+  if (!key.starts_with(kRawPrefix)) return nullptr;
+  for (const OemDevField& field : OemDevFields()) {
+    if (field.name == key.substr(kRawPrefix.size())) return &field;
+  }
+  return nullptr;
+}
+
+template <typename Visit>
+void Walk(const toml::table& table, const std::string& prefix, const Visit& visit) {
+  for (const auto& [name, node] : table) {
+    const std::string key = prefix + std::string(name.str());
+    if (const toml::table* inner = node.as_table()) {
+      Walk(*inner, key + ".", visit);
+    } else {
+      visit(key, node);
+    }
+  }
+}
+
+}  // namespace
+
+// Puts one value where its key says.
+class SettingWriter {
+ public:
+  SettingWriter(Settings& settings, const std::string& key, const toml::node& node)
+      : m_settings(settings), m_key(key), m_value(key, node) {}
+
+  void Write() {
+    if (const OemDevField* field = FindRawField(m_key)) {
+      Put(*field, m_value.AsField(*field));
+      return;
+    }
+    for (const SettingKey& known : SettingKeys()) {
+      if (known.name != m_key) continue;
+      if (known.field.empty()) {
+        WritePage(known);
+      } else {
+        const OemDevField& field = FieldNamed(known.field);
+        Put(field, m_value.AsKey(known, field));
+      }
+      return;
+    }
+    FailUnknown(m_key);
+  }
+
+ private:
+  void WritePage(const SettingKey& known) {
+    PageSettings& page = m_settings.m_page;
+    if (known.name == "paper.size") page.paper = ParsePaperSize(m_value.Text(), m_key);
+    if (known.name == "paper.orientation") page.landscape = m_value.Word(known) != 0;
+    if (known.name == "paper.dpi") page.dpi = static_cast<int>(m_value.Number(known));
+    if (known.name == "print.copies") page.copies = static_cast<int>(m_value.Number(known));
+    if (known.name == "print.collate") page.collate = m_value.Flag();
+  }
+
+  void Put(const OemDevField& field, std::vector<BYTE> bytes) {
+    Settings::FieldBytes& place = m_settings.m_fields[field.offset];
+    if (!place.key.empty() && place.key != m_key) {
+      throw HostError(kExitSettings, "The settings \"" + place.key + "\" (" + place.shown +
+                                         ") and \"" + m_key + "\" (" + m_value.Shown() +
+                                         ") set the same thing; take one of them out");
+    }
+    place = {m_key, m_value.Shown(), std::move(bytes)};
+  }
+
+  Settings& m_settings;
+  const std::string& m_key;
+  SettingValue m_value;
+};
+
+void Settings::ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  if (!file || !(text << file.rdbuf())) {
+    throw HostError(kExitInput, "The settings file " + path + " cannot be read");
+  }
+  try {
+    Walk(toml::parse(text.str()), "", [this](const std::string& key, const toml::node& node) {
+      SettingWriter(*this, key, node).Write();
+    });
+  } catch (const toml::parse_error& error) {
+    throw HostError(kExitSettings, path + ", line " + std::to_string(error.source().begin.line) +
+                                       ": " + std::string(error.description()));
+  } catch (const HostError& error) {
+    throw HostError(error.Code(), path + ": " + error.what());
+  }
+}
+
+void Settings::Set(const std::string& keyAndValue) {
+  const std::size_t equals = keyAndValue.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    throw HostError(kExitUsage, "--set is \"" + keyAndValue + "\": write KEY=VALUE");
+  }
+  Set(keyAndValue.substr(0, equals), keyAndValue.substr(equals + 1));
+}
+
+// A value that is no TOML is a text: people do not quote on a command line.
+void Settings::Set(const std::string& key, const std::string& tomlValue) {
+  toml::table table;
+  try {
+    table = toml::parse("value = " + tomlValue);
+  } catch (const toml::parse_error&) {
+    table.clear();
+  }
+  if (table.size() != 1) table = toml::table{{"value", tomlValue}};
+  SettingWriter(*this, key, *table.get("value")).Write();
+}
+
+void Settings::ApplyTo(OEMDEV& devmode) const {
+  for (const auto& [offset, field] : m_fields) {
+    std::memcpy(reinterpret_cast<BYTE*>(&devmode) + offset, field.bytes.data(), field.bytes.size());
+  }
+}
+
+void Settings::CheckKept(const OEMDEV& devmode) const {
+  for (const auto& [offset, field] : m_fields) {
+    const BYTE* kept = reinterpret_cast<const BYTE*>(&devmode) + offset;
+    if (std::memcmp(kept, field.bytes.data(), field.bytes.size()) == 0) continue;
+    if (offset == offsetof(OEMDEV, dwInitialCutSent)) continue;  // a job starts with 0
+    throw HostError(kExitSettings, "The plug-in does not take \"" + field.key +
+                                       "\" = " + field.shown + ": the value is out of range");
+  }
+}

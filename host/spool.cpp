@@ -1,0 +1,103 @@
+#include "host/spool.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "host/error.h"
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& target) {
+  throw HostError(kExitTarget, target + ": cannot be written: " + std::strerror(errno));
+}
+
+class FileTarget final : public SpoolTarget {
+ public:
+  explicit FileTarget(const std::string& path)
+      : m_path(path), m_temporary(path + "." + std::to_string(getpid()) + ".part") {
+    m_file = std::fopen(m_temporary.c_str(), "wbx");
+    if (m_file == nullptr) Fail(m_path);
+  }
+  ~FileTarget() override {
+    if (m_file == nullptr) return;
+    std::fclose(m_file);
+    std::remove(m_temporary.c_str());
+  }
+  void Write(std::string_view bytes) override {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file) != bytes.size()) Fail(m_path);
+  }
+  void Finish() override {
+    const bool written = std::fflush(m_file) == 0 && fsync(fileno(m_file)) == 0;
+    if (!written) Fail(m_path);
+    std::fclose(m_file);
+    m_file = nullptr;
+    if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+      const int error = errno;
+      std::remove(m_temporary.c_str());
+      errno = error;
+      Fail(m_path);
+    }
+  }
+
+ private:
+  const std::string m_path;
+  const std::string m_temporary;
+  std::FILE* m_file;
+};
+
+class StandardOutput final : public SpoolTarget {
+ public:
+  void Write(std::string_view bytes) override {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) Fail("standard output");
+  }
+  void Finish() override {
+    if (std::fflush(stdout) != 0) Fail("standard output");
+  }
+};
+
+std::uint64_t CountOf(std::string_view text, std::string_view part) {
+  std::uint64_t count = 0;
+  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+}  // namespace
+
+std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path) {
+  if (path == "-") return std::make_unique<StandardOutput>();
+  return std::make_unique<FileTarget>(path);
+}
+
+Spool::Spool(std::vector<std::unique_ptr<SpoolTarget>> targets) : m_targets(std::move(targets)) {}
+
+void Spool::Write(std::string_view bytes) {
+  Count(bytes);
+  for (const auto& target : m_targets) target->Write(bytes);
+}
+
+void Spool::Finish() {
+  for (const auto& target : m_targets) target->Finish();
+}
+
+// A download is a header, the image and its end, each written by itself; the page's images are
+// placed after its downloads.
+void Spool::Count(std::string_view bytes) {
+  m_counts.bytes += bytes.size();
+  if (bytes.starts_with("dPNG;")) {
+    ++m_counts.downloads;
+    ++m_downloadsOfPage;
+    m_inDownload = true;
+  } else if (m_inDownload) {
+    m_inDownload = !bytes.starts_with(
+        "\x1B"
+        "end-of-data");
+  } else {
+    const std::uint64_t placed = CountOf(bytes, "\r\nI:Image") + CountOf(bytes, "\r\nR Image");
+    if (placed == 0) return;
+    m_counts.reused += placed > m_downloadsOfPage ? placed - m_downloadsOfPage : 0;
+    m_downloadsOfPage = 0;
+  }
+}

@@ -1,0 +1,116 @@
+// A printer on the network that takes jobs as they are on a TCP port.
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+#include "host/error.h"
+#include "host/spool.h"
+
+namespace {
+
+constexpr int kConnectMs = 10000;
+constexpr int kWriteMs = 30000;
+constexpr std::string_view kScheme = "tcp://";
+
+// Waits until the socket can be written to; sets errno when it cannot.
+bool WaitWritable(int socket, int timeoutMs) {
+  pollfd wait = {socket, POLLOUT, 0};
+  const int ready = poll(&wait, 1, timeoutMs);
+  if (ready == 0) errno = ETIMEDOUT;
+  return ready > 0;
+}
+
+bool Connect(int socket, const addrinfo& address) {
+  if (connect(socket, address.ai_addr, address.ai_addrlen) == 0) return true;
+  if (errno != EINPROGRESS || !WaitWritable(socket, kConnectMs)) return false;
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
+  errno = error;
+  return error == 0;
+}
+
+class TcpTarget final : public SpoolTarget {
+ public:
+  TcpTarget(const std::string& host, const std::string& port) : m_name(host + ":" + port) {
+    addrinfo hints = {};
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* list = nullptr;
+    if (const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); error != 0) {
+      throw HostError(kExitTarget,
+                      "The printer " + m_name + " cannot be found: " + gai_strerror(error));
+    }
+    for (const addrinfo* address = list; address != nullptr && m_socket < 0;
+         address = address->ai_next) {
+      m_socket = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+      if (m_socket >= 0 && !Connect(m_socket, *address)) {
+        const int error = errno;
+        close(m_socket);
+        m_socket = -1;
+        errno = error;
+      }
+    }
+    freeaddrinfo(list);
+    if (m_socket < 0) {
+      throw HostError(kExitTarget, "The printer " + m_name + " does not answer: " +
+                                       std::strerror(errno) + "; check its address and power");
+    }
+  }
+  ~TcpTarget() override { close(m_socket); }
+
+  void Write(std::string_view bytes) override {
+    while (!bytes.empty()) {
+      const ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      if (sent >= 0) {
+        bytes.remove_prefix(static_cast<std::size_t>(sent));
+      } else if ((errno != EAGAIN && errno != EINTR) || !WaitWritable(m_socket, kWriteMs)) {
+        throw HostError(
+            kExitPartlySent,
+            "The printer " + m_name + " took a part of the job only: " + std::strerror(errno));
+      }
+    }
+  }
+  // Ends our side and waits until the printer has ended its own, so that nothing is lost on the
+  // way.
+  void Finish() override {
+    shutdown(m_socket, SHUT_WR);
+    char ignored[256];
+    pollfd wait = {m_socket, POLLIN, 0};
+    while (poll(&wait, 1, kConnectMs) > 0 && recv(m_socket, ignored, sizeof ignored, 0) > 0) {
+    }
+  }
+
+ private:
+  const std::string m_name;
+  int m_socket = -1;
+};
+
+}  // namespace
+
+std::unique_ptr<SpoolTarget> OpenTcpTarget(const std::string& address) {
+  if (!address.starts_with(kScheme)) {
+    throw HostError(kExitUsage, "--to is \"" + address + "\": write tcp://HOST or tcp://HOST:PORT");
+  }
+  std::string host = address.substr(kScheme.size());
+  std::string port = "9100";
+  const std::size_t colon = host.rfind(':');
+  if (colon != host.npos && host.find(']', colon) == host.npos) {
+    port = host.substr(colon + 1);
+    host.resize(colon);
+  }
+  if (host.starts_with('[') && host.ends_with(']')) host = host.substr(1, host.size() - 2);
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
+  if (host.empty() || error != std::errc() || end != port.data() + port.size() || number == 0 ||
+      number > 65535) {
+    throw HostError(kExitUsage, "--to is \"" + address + "\": write tcp://HOST or tcp://HOST:PORT");
+  }
+  return std::make_unique<TcpTarget>(host, port);
+}
