@@ -9,6 +9,7 @@
 #include "platform/memory.h"
 #include "platform/synch.h"
 #include "platform/text.h"
+#include "platform/version.h"
 
 namespace {
 
@@ -45,6 +46,8 @@ HLOCAL LocalFree(HLOCAL hMem) {
   return nullptr;
 }
 HGLOBAL GlobalFree(HGLOBAL hMem) { return LocalFree(hMem); }
+
+const char* PlatformVersion() { return VLX_VERSION; }
 
 void InitializeCriticalSection(CRITICAL_SECTION* section) {
   pthread_mutexattr_t attributes;

@@ -81,6 +81,20 @@ BOOL ClosePrinter(HANDLE hPrinter) {
   return OpenPrinters().Remove(hPrinter) ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }
 
+BOOL GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer) try {
+  if (pcchBuffer == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+  const auto system = SystemState();
+  if (system->printers.empty()) return Fail(ERROR_FILE_NOT_FOUND);
+  const std::u16string& name = system->printers.front().name;
+  const DWORD room = *pcchBuffer;
+  *pcchBuffer = static_cast<DWORD>(name.size() + 1);
+  if (pszBuffer == nullptr || room < *pcchBuffer) return Fail(ERROR_INSUFFICIENT_BUFFER);
+  std::memcpy(pszBuffer, name.c_str(), *pcchBuffer * sizeof(WCHAR));
+  return TRUE;
+} catch (const std::bad_alloc&) {
+  return Fail(ERROR_NOT_ENOUGH_MEMORY);
+}
+
 BOOL GetPrinterW(HANDLE hPrinter, DWORD Level, LPBYTE pPrinter, DWORD cbBuf,
                  LPDWORD pcbNeeded) try {
   if (pcbNeeded == nullptr) return Fail(ERROR_INVALID_PARAMETER);

@@ -1,0 +1,268 @@
+// Loading, device contexts and documents; the bands are in banding.cpp.
+
+#include "host/driver.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+#include "host/error.h"
+#include "platform/palette.h"
+#include "platform/spooler.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr CLSID kPluginClass = {
+    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
+
+std::u16string Widened(const std::string& text) {
+  std::u16string wide(text.size() + 1, u'\0');
+  const INT size =
+      MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), static_cast<INT>(wide.size()));
+  wide.resize(size > 0 ? size - 1 : 0);
+  return wide;
+}
+
+std::u16string DefaultPrinter() {
+  WCHAR name[256];
+  DWORD size = std::size(name);
+  return GetDefaultPrinterW(name, &size) ? std::u16string(name) : std::u16string();
+}
+
+DEVMODEW PublicDevMode(const PageSettings& page) {
+  DEVMODEW devmode = {};
+  devmode.dmSpecVersion = DM_SPECVERSION;
+  devmode.dmSize = sizeof devmode;
+  devmode.dmDriverExtra = sizeof(OEMDEV);
+  devmode.dmFields = DM_ORIENTATION | DM_PAPERSIZE | DM_PAPERLENGTH | DM_PAPERWIDTH | DM_COPIES |
+                     DM_PRINTQUALITY | DM_YRESOLUTION | DM_COLLATE;
+  devmode.dmOrientation = page.landscape ? DMORIENT_LANDSCAPE : DMORIENT_PORTRAIT;
+  devmode.dmPaperSize = DMPAPER_USER;
+  devmode.dmPaperWidth = static_cast<SHORT>((page.paper.widthUm + 50) / 100);
+  devmode.dmPaperLength = static_cast<SHORT>((page.paper.lengthUm + 50) / 100);
+  devmode.dmCopies = static_cast<SHORT>(page.copies);
+  devmode.dmPrintQuality = static_cast<SHORT>(page.dpi);
+  devmode.dmYResolution = static_cast<SHORT>(page.dpi);
+  devmode.dmCollate = page.collate ? DMCOLLATE_TRUE : DMCOLLATE_FALSE;
+  return devmode;
+}
+
+}  // namespace
+
+// The driver's helper interface. Its only working method is the spool write.
+class LabelDriver::Helper final : public IPrintOemDriverUni {
+ public:
+  explicit Helper(LabelDriver& driver) : m_driver(driver) {}
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    if (ppv == nullptr) return E_POINTER;
+    *ppv = nullptr;
+    if (riid != IID_IUnknown && riid != IID_IPrintOemDriverUni) return E_NOINTERFACE;
+    *ppv = static_cast<IPrintOemDriverUni*>(this);
+    return S_OK;
+  }
+  // It lives as long as the driver does.
+  ULONG AddRef() override { return 1; }
+  ULONG Release() override { return 1; }
+
+  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
+    const DWORD count = m_driver.WriteSpool(bytes, size);
+    if (written != nullptr) *written = count;
+    return count == size ? S_OK : E_FAIL;
+  }
+  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
+  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
+  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_NOTIMPL; }
+  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
+                        POINTL*, MIX) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_NOTIMPL; }
+
+ private:
+  LabelDriver& m_driver;
+};
+
+LabelDriver::LabelDriver(const std::string& pluginPath, Spool& spool)
+    : m_spool(spool), m_module(pluginPath), m_helper(std::make_unique<Helper>(*this)) {
+  ComPtr<IClassFactory> factory;
+  Check(m_module.DllGetClassObject(kPluginClass, IID_IClassFactory,
+                                   reinterpret_cast<void**>(factory.Put())),
+        "DllGetClassObject");
+  Check(
+      factory->CreateInstance(nullptr, IID_IPrintOemUni2, reinterpret_cast<void**>(m_plugin.Put())),
+      "CreateInstance");
+
+  DWORD needed = 0;
+  DWORD signature = 0;
+  Check(m_plugin->GetInfo(OEMGI_GETSIGNATURE, &signature, sizeof signature, &needed), "GetInfo");
+  Check(m_plugin->GetInfo(OEMGI_GETVERSION, &m_pluginVersion, sizeof m_pluginVersion, &needed),
+        "GetInfo");
+  DWORD helpers = 0;  // a plug-in may have none to ask for
+  m_plugin->GetInfo(OEMGI_GETREQUESTEDHELPERINTERFACES, &helpers, sizeof helpers, &needed);
+  if (signature != kOemDevSignature) {
+    throw HostError(kExitInternal, "The plug-in " + pluginPath + " is of another family");
+  }
+  char method[] = "ImageProcessing";
+  Check(m_plugin->GetImplementedMethod(method) == S_OK ? S_OK : E_FAIL, "GetImplementedMethod");
+  Check(m_plugin->PublishDriverInterface(m_helper.get()), "PublishDriverInterface");
+}
+
+LabelDriver::~LabelDriver() {
+  if (m_device.pdevOEM != nullptr) m_plugin->DisablePDEV(&m_device);
+  if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
+  if (m_enabled) m_plugin->DisableDriver();
+  if (m_printer != nullptr) ClosePrinter(m_printer);
+}
+
+void LabelDriver::RethrowSpoolError() {
+  if (m_spoolError) std::rethrow_exception(std::exchange(m_spoolError, nullptr));
+}
+
+void LabelDriver::Check(HRESULT hr, const char* call) {
+  RethrowSpoolError();
+  if (SUCCEEDED(hr)) return;
+  throw HostError(kExitInternal, std::string("The plug-in refused ") + call +
+                                     "; VLX_LOG=FILE and VLX_LOG_LEVEL=trace show why");
+}
+
+void LabelDriver::CheckDone(BOOL result, const char* call) { Check(result ? S_OK : E_FAIL, call); }
+
+OEMDMPARAM LabelDriver::DevModeBlock(const void* in, OEMDEV* out) {
+  OEMDMPARAM block = {};
+  block.cbSize = sizeof block;
+  block.hPrinter = m_printer;
+  block.pOEMDMIn = const_cast<void*>(in);
+  block.pOEMDMOut = out;
+  block.cbBufSize = sizeof *out;
+  return block;
+}
+
+OEMDEV LabelDriver::DefaultDevMode() {
+  OEMDEV devmode;
+  OEMDMPARAM block = DevModeBlock(nullptr, &devmode);
+  Check(m_plugin->DevMode(OEMDM_SIZE, &block), "DevMode (size)");
+  if (block.cbBufSize != sizeof devmode) {
+    throw HostError(kExitInternal, "The plug-in's settings have another size than expected");
+  }
+  Check(m_plugin->DevMode(OEMDM_DEFAULT, &block), "DevMode (default)");
+  return devmode;
+}
+
+OEMDEV LabelDriver::MergeDevMode(const std::vector<BYTE>& record, const std::string& source) {
+  OEMDEV devmode;
+  // The plug-in trusts the size in the record's head no further than this one.
+  DEVMODEW publicDevmode = {};
+  publicDevmode.dmSize = sizeof publicDevmode;
+  publicDevmode.dmDriverExtra = static_cast<WORD>(std::min<std::size_t>(record.size(), 0xFFFF));
+  OEMDMPARAM block = DevModeBlock(record.data(), &devmode);
+  block.pPublicDMIn = &publicDevmode;
+  if (record.size() < sizeof(OEM_DMEXTRAHEADER) || FAILED(m_plugin->DevMode(OEMDM_MERGE, &block))) {
+    throw HostError(kExitSettings, source + " is no settings record of this driver (" +
+                                       std::to_string(record.size()) +
+                                       " bytes); make one with --save-devmode");
+  }
+  return devmode;
+}
+
+GDIINFO LabelDriver::InitialGdiInfo(const PageSettings& page) const {
+  const LONG widthUm = (page.landscape ? page.paper.lengthUm : page.paper.widthUm);
+  const LONG heightUm = (page.landscape ? page.paper.widthUm : page.paper.lengthUm);
+  const auto pixels = [&page](LONG um) {
+    return static_cast<LONG>(std::lround(um * static_cast<double>(page.dpi) / 25400.0));
+  };
+  GDIINFO info = {};
+  info.ulHorzSize = static_cast<ULONG>(-widthUm);
+  info.ulVertSize = static_cast<ULONG>(-heightUm);
+  info.szlPhysSize = {pixels(widthUm), pixels(heightUm)};
+  info.ulHorzRes = static_cast<ULONG>(info.szlPhysSize.cx);
+  info.ulVertRes = static_cast<ULONG>(info.szlPhysSize.cy);
+  info.cBitsPixel = 24;
+  info.cPlanes = 1;
+  info.ulLogPixelsX = info.ulLogPixelsY = static_cast<ULONG>(page.dpi);
+  return info;
+}
+
+void LabelDriver::Open(const std::string& printerName, const PageSettings& page,
+                       const OEMDEV& devmode) {
+  std::u16string name = printerName.empty() ? DefaultPrinter() : Widened(printerName);
+  if (!OpenPrinterW(name.data(), &m_printer, nullptr)) {
+    throw HostError(kExitSettings, "There is no printer \"" + printerName +
+                                       "\"; system.toml in the VLX_HOME folder names the printers");
+  }
+  m_publicDevmode = PublicDevMode(page);
+  name.copy(m_publicDevmode.dmDeviceName, std::size(m_publicDevmode.dmDeviceName) - 1);
+  m_devmode = devmode;
+  m_procedures.DrvWriteSpoolBuf = WriteSpoolBuf;
+  m_device = {sizeof m_device,  nullptr,    this,         m_printer,
+              &m_publicDevmode, &m_devmode, &m_procedures};
+  m_surfaceObject.dhpdev = &m_device;
+
+  Check(m_plugin->EnableDriver(0x10000, sizeof m_hooks, &m_hooks), "EnableDriver");
+  m_enabled = true;
+  DRVFN functions[] = {{INDEX_DrvStartDoc, reinterpret_cast<PFN>(StartDoc)},
+                       {INDEX_DrvEndDoc, reinterpret_cast<PFN>(EndDoc)},
+                       {INDEX_DrvStartPage, reinterpret_cast<PFN>(StartPage)},
+                       {INDEX_DrvSendPage, reinterpret_cast<PFN>(SendPage)},
+                       {INDEX_DrvStartBanding, reinterpret_cast<PFN>(StartBanding)},
+                       {INDEX_DrvNextBand, reinterpret_cast<PFN>(NextBand)}};
+  DRVENABLEDATA own = {0x10000, std::size(functions), functions};
+  m_gdiInfo = InitialGdiInfo(page);
+  Check(m_plugin->EnablePDEV(&m_device, name.data(), 0, nullptr, sizeof m_gdiInfo, &m_gdiInfo,
+                             sizeof m_devInfo, &m_devInfo, &own, &m_device.pdevOEM),
+        "EnablePDEV");
+}
+
+DevicePage LabelDriver::Page() const {
+  return {m_gdiInfo.szlPhysSize.cx,
+          m_gdiInfo.szlPhysSize.cy,
+          m_gdiInfo.ptlPhysOffset.x,
+          m_gdiInfo.ptlPhysOffset.y,
+          static_cast<LONG>(m_gdiInfo.ulHorzRes),
+          static_cast<LONG>(m_gdiInfo.ulVertRes),
+          static_cast<int>(m_gdiInfo.ulLogPixelsX)};
+}
+
+PFN LabelDriver::FindHook(ULONG index) const {
+  for (ULONG i = 0; i < m_hooks.c; ++i) {
+    if (m_hooks.pdrvfn[i].iFunc == index) return m_hooks.pdrvfn[i].pfn;
+  }
+  throw HostError(kExitInternal, "The plug-in hooks no function " + std::to_string(index));
+}
+
+void LabelDriver::StartDocument(const std::string& name, DWORD jobId) {
+  std::u16string wide = Widened(name);
+  CheckDone(Hook<PFN_DrvStartDoc>(INDEX_DrvStartDoc)(&m_surfaceObject, wide.data(), jobId),
+            "the start of the document");
+}
+
+void LabelDriver::EndDocument() {
+  CheckDone(Hook<PFN_DrvEndDoc>(INDEX_DrvEndDoc)(&m_surfaceObject, 0), "the end of the document");
+}
+
+void LabelDriver::AbortDocument() noexcept {
+  try {
+    Hook<PFN_DrvEndDoc>(INDEX_DrvEndDoc)(&m_surfaceObject, ED_ABORTDOC);
+  } catch (const std::exception&) {
+    // There is nothing more to end.
+  }
+}
+
+DWORD LabelDriver::WriteSpool(const void* bytes, DWORD size) noexcept {
+  if (m_spoolError) return 0;  // the job is lost already
+  try {
+    m_spool.Write({static_cast<const char*>(bytes), size});
+    return size;
+  } catch (...) {
+    m_spoolError = std::current_exception();  // not through the plug-in
+    return 0;
+  }
+}

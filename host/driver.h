@@ -1,0 +1,102 @@
+// The printer driver's side of the plug-in: loads it as a module and calls it in the driver's
+// order, through its binary interface alone.
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "config/oemdev.h"
+#include "host/module.h"
+#include "host/page_raster.h"
+#include "host/settings.h"
+#include "host/spool.h"
+#include "platform/print_oem.h"
+
+// Throws HostError (internal) when the plug-in refuses a call, and what the spool threw.
+class LabelDriver {
+ public:
+  // Loads the plug-in, makes its object and hands it the helper interface. spool takes the jobs and
+  // must outlive the driver.
+  LabelDriver(const std::string& pluginPath, Spool& spool);
+  ~LabelDriver();
+  LabelDriver(const LabelDriver&) = delete;
+  LabelDriver& operator=(const LabelDriver&) = delete;
+
+  // The plug-in's own version number and its default private devmode.
+  DWORD PluginVersion() const { return m_pluginVersion; }
+  OEMDEV DefaultDevMode();
+  // Has a record checked by the plug-in. Throws HostError (settings) that names source when
+  // refused.
+  OEMDEV MergeDevMode(const std::vector<BYTE>& record, const std::string& source);
+
+  // Makes a device context. An empty name is the default printer. Throws HostError (settings) for a
+  // printer that there is not.
+  void Open(const std::string& printerName, const PageSettings& page, const OEMDEV& devmode);
+
+  // The page of the device context as it is after the plug-in has fitted it to the stock.
+  DevicePage Page() const;
+
+  // One document. bandPx: rows of a portrait band, columns of a landscape one.
+  void StartDocument(const std::string& name, DWORD jobId);
+  void PrintPage(Surface surface, LONG bandPx);
+  void EndDocument();
+  void AbortDocument() noexcept;
+
+ private:
+  class Helper;
+  struct Band {
+    LONG startPx;  // rows from the top, columns from the left
+    LONG lengthPx;
+  };
+
+  void Check(HRESULT hr, const char* call);
+  void CheckDone(BOOL result, const char* call);
+  void RethrowSpoolError();
+  OEMDMPARAM DevModeBlock(const void* in, OEMDEV* out);
+  GDIINFO InitialGdiInfo(const PageSettings& page) const;
+  bool SendBand(const Band& band);
+  bool SendToPlugin(const BYTE* bytes, std::size_t strideBytes, LONG widthPx, LONG heightPx,
+                    POINT at);
+
+  DWORD WriteSpool(const void* bytes, DWORD size) noexcept;
+  static LabelDriver& Of(const SURFOBJ* pso);
+  static DWORD APIENTRY WriteSpoolBuf(PDEVOBJ device, PVOID bytes, DWORD size);
+  static BOOL APIENTRY StartDoc(SURFOBJ* pso, LPWSTR name, DWORD jobId);
+  static BOOL APIENTRY EndDoc(SURFOBJ* pso, FLONG fl);
+  static BOOL APIENTRY StartPage(SURFOBJ* pso);
+  static BOOL APIENTRY SendPage(SURFOBJ* pso);
+  static BOOL APIENTRY StartBanding(SURFOBJ* pso, POINTL* pptl);
+  static BOOL APIENTRY NextBand(SURFOBJ* pso, POINTL* pptl);
+
+  POINTL OriginOf(const Band& band) const;
+
+  template <typename Function>
+  Function Hook(ULONG index) const {
+    return reinterpret_cast<Function>(FindHook(index));
+  }
+  PFN FindHook(ULONG index) const;
+
+  Spool& m_spool;
+  std::exception_ptr m_spoolError;
+  PluginModule m_module;
+  std::unique_ptr<Helper> m_helper;
+  ComPtr<IPrintOemUni2> m_plugin;
+  DWORD m_pluginVersion = 0;
+  bool m_enabled = false;
+
+  HANDLE m_printer = nullptr;
+  DEVMODEW m_publicDevmode = {};
+  OEMDEV m_devmode = {};
+  DRVPROCS m_procedures = {};
+  DEVOBJ m_device = {};
+  DRVENABLEDATA m_hooks = {};
+  GDIINFO m_gdiInfo = {};
+  DEVINFO m_devInfo = {};
+  SURFOBJ m_surfaceObject = {};
+
+  Surface m_surface;
+  std::vector<Band> m_bands;
+  std::size_t m_nextBand = 0;
+};

@@ -1,0 +1,38 @@
+// From a page image to the driver's surface: what part of the paper the surface shows, and whether
+// anything of the page is lost.
+#pragma once
+
+#include "host/page_reader.h"
+#include "platform/driver.h"
+
+// A device's page in pixels, as the page is seen (a landscape page is wider than high).
+struct DevicePage {
+  LONG physicalWidthPx;
+  LONG physicalHeightPx;
+  LONG offsetXPx;  // of the surface on the paper
+  LONG offsetYPx;
+  LONG surfaceWidthPx;
+  LONG surfaceHeightPx;
+  int dpi;
+};
+
+enum class Fit { None, Shrink };
+
+// Makes the page fit the paper. A page that is larger is an error with Fit::None (HostError,
+// settings, with both sizes and the remedy) and made smaller in proportion with Fit::Shrink.
+PageImage FitPage(PageImage page, const DevicePage& device, Fit fit, const std::string& name);
+
+// The surface of the device: rows of 24-bit pixels padded to 4 bytes.
+struct Surface {
+  LONG widthPx = 0;
+  LONG heightPx = 0;
+  std::size_t strideBytes = 0;
+  std::vector<std::uint8_t> pixels;
+};
+
+// Lays the page with its top left corner on the paper's and cuts out the surface.
+Surface RasterPage(const PageImage& page, const DevicePage& device);
+
+// Whether the page has anything but white where the printer does not print: outside of the surface,
+// or in its last columns and rows, which the plug-in drops when it puts the borders back.
+bool LosesContent(const PageImage& page, const DevicePage& device);

@@ -1,0 +1,189 @@
+#include "host/print_command.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "host/driver.h"
+#include "host/page_reader.h"
+#include "host/settings.h"
+
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  vlx print label.png -o label.job --paper 100x150mm --dpi 300
+  vlx print label.png --to tcp://192.0.2.7 --settings two-colour.toml
+  vlx print page-*.png -o - --copies 3 --set print.speed=150
+  pdftoppm -r 203 labels.pdf | vlx print - -o labels.job --dpi 203 --fit shrink)";
+
+Settings ReadSettings(const PrintOptions& options) {
+  Settings settings;
+  if (!options.settingsFile.empty()) settings.ReadFile(options.settingsFile);
+  for (const std::string& set : options.sets) settings.Set(set);
+  // Options of their own stand above both.
+  const auto quoted = [](const std::string& text) { return "'" + text + "'"; };
+  if (!options.paper.empty()) settings.Set("paper.size", quoted(options.paper));
+  if (!options.orientation.empty()) settings.Set("paper.orientation", quoted(options.orientation));
+  if (options.dpi != 0) settings.Set("paper.dpi", std::to_string(options.dpi));
+  if (options.copies != 0) settings.Set("print.copies", std::to_string(options.copies));
+  if (options.collate) settings.Set("print.collate", "true");
+  return settings;
+}
+
+std::vector<BYTE> ReadDevModeFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw HostError(kExitInput, "The settings record " + path + " cannot be read");
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+OEMDEV MakeDevMode(LabelDriver& driver, const PrintOptions& options, const Settings& settings) {
+  OEMDEV devmode =
+      options.devmodeFile.empty()
+          ? driver.DefaultDevMode()
+          : driver.MergeDevMode(ReadDevModeFile(options.devmodeFile), options.devmodeFile);
+  settings.ApplyTo(devmode);
+  std::vector<BYTE> record(sizeof devmode);
+  std::memcpy(record.data(), &devmode, sizeof devmode);
+  devmode = driver.MergeDevMode(record, "The settings");
+  settings.CheckKept(devmode);
+  return devmode;
+}
+
+void SaveDevMode(const std::string& path, const OEMDEV& devmode) {
+  const std::unique_ptr<SpoolTarget> file = OpenFileTarget(path);
+  file->Write({reinterpret_cast<const char*>(&devmode), sizeof devmode});
+  file->Finish();
+}
+
+std::vector<std::unique_ptr<SpoolTarget>> OpenTargets(const PrintOptions& options) {
+  if (options.output.empty() && options.tcp.empty()) {
+    throw HostError(kExitUsage, "Say where the job goes: -o FILE, -o - or --to tcp://HOST");
+  }
+  std::vector<std::unique_ptr<SpoolTarget>> targets;
+  if (!options.output.empty()) targets.push_back(OpenFileTarget(options.output));
+  if (!options.tcp.empty()) targets.push_back(OpenTcpTarget(options.tcp));
+  return targets;
+}
+
+std::string DocumentName(const PrintOptions& options) {
+  if (!options.name.empty()) return options.name;
+  const std::string& first = options.files.front();
+  return first == "-" ? "standard input" : std::filesystem::path(first).filename().string();
+}
+
+// "17/200" on a terminal while a long job runs; nothing in a pipe.
+class Progress {
+ public:
+  explicit Progress(std::size_t total) : m_total(total), m_shown(total != 1 && isatty(2) == 1) {}
+  ~Progress() {
+    if (m_shown) std::fputs("\r\x1B[K", stderr);
+  }
+  void Show(std::size_t page) const {
+    if (!m_shown) return;
+    const std::string total = m_total == 0 ? "" : "/" + std::to_string(m_total);
+    std::fprintf(stderr, "\r%zu%s", page, total.c_str());
+    std::fflush(stderr);
+  }
+
+ private:
+  const std::size_t m_total;
+  const bool m_shown;
+};
+
+// Prints all pages and returns their number.
+std::size_t PrintPages(LabelDriver& driver, const PrintOptions& options) {
+  PageReader reader(options.files);
+  std::optional<PageImage> page = reader.Next();
+  const Progress progress(reader.KnownCount());
+  const DevicePage device = driver.Page();
+  const Fit fit = options.fit == "shrink" ? Fit::Shrink : Fit::None;
+  std::size_t count = 0;
+  driver.StartDocument(DocumentName(options), 1);
+  try {
+    for (; page; page = reader.Next()) {
+      ++count;
+      const std::string name = "Page " + std::to_string(count);
+      PageImage fitted = FitPage(std::move(*page), device, fit, name);
+      if (LosesContent(fitted, device)) {
+        std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
+                     name.c_str());
+      }
+      driver.PrintPage(RasterPage(fitted, device), options.bandRows);
+      progress.Show(count);
+    }
+    driver.EndDocument();
+  } catch (...) {
+    driver.AbortDocument();
+    throw;
+  }
+  return count;
+}
+
+std::string Counted(std::uint64_t count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+void ReportJob(const PrintOptions& options, std::size_t pages, const SpoolCounts& counts) {
+  const bool toOutput = options.output == "-";
+  const std::string target =
+      options.output.empty() || toOutput
+          ? (options.tcp.empty() ? std::string("standard output") : options.tcp)
+          : options.output;
+  std::fprintf(toOutput ? stderr : stdout, "%s: %s, %s, %s downloaded, %llu re-used\n",
+               target.c_str(), Counted(pages, "label").c_str(),
+               Counted(counts.bytes, "byte").c_str(), Counted(counts.downloads, "image").c_str(),
+               static_cast<unsigned long long>(counts.reused));
+}
+
+}  // namespace
+
+CLI::App* AddPrintCommand(CLI::App& program, PrintOptions& options) {
+  CLI::App* print =
+      program.add_subcommand("print", "Print images through the label printer driver");
+  print->add_option("FILE", options.files, "PNG, PBM, PGM or PPM files, a page each; - reads pages")
+      ->required();
+  print->add_option("-o,--output", options.output, "File for the job, - for standard output");
+  print->add_option("--to", options.tcp, "Network printer, tcp://HOST[:9100]");
+  print->add_option("--settings", options.settingsFile, "Settings file (TOML)");
+  print->add_option("--set", options.sets, "One setting, KEY=VALUE; may be repeated")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  print->add_option("--devmode", options.devmodeFile, "Start from a raw settings record");
+  print->add_option("--save-devmode", options.saveDevmodeFile, "Write the raw settings record");
+  print->add_option("--printer", options.printer, "Printer of system.toml, the first by default");
+  print->add_option("--paper", options.paper, "Paper size, as 100x150mm");
+  print->add_option("--dpi", options.dpi, "Dots per inch of the printer and of the pages")
+      ->check(CLI::Range(100, 1200));
+  print->add_option("--orientation", options.orientation, "portrait or landscape")
+      ->check(CLI::IsMember({"portrait", "landscape"}));
+  print->add_option("--fit", options.fit, "none: a page that is too large is an error; or shrink")
+      ->check(CLI::IsMember({"none", "shrink"}));
+  print->add_option("--copies", options.copies, "Copies of each label")
+      ->check(CLI::Range(1, 32767));
+  print->add_flag("--collate", options.collate, "The application repeats the job by itself");
+  print->add_option("--name", options.name, "Name of the job");
+  print->add_option("--band-rows", options.bandRows, "Rows that the driver renders at a time")
+      ->check(CLI::Range(1, 1000000));
+  print->footer(kExamples);
+  return print;
+}
+
+int RunPrint(const PrintOptions& options) {
+  const Settings settings = ReadSettings(options);
+  Spool spool(OpenTargets(options));
+  std::size_t pages = 0;
+  {
+    LabelDriver driver(FindPlugin(), spool);
+    const OEMDEV devmode = MakeDevMode(driver, options, settings);
+    if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, devmode);
+    driver.Open(options.printer, settings.Page(), devmode);
+    pages = PrintPages(driver, options);
+  }
+  spool.Finish();
+  ReportJob(options, pages, spool.Counts());
+  return kExitDone;
+}

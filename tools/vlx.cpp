@@ -1,0 +1,59 @@
+// The command vlx.
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+
+#include "host/driver.h"
+#include "host/print_command.h"
+#include "platform/version.h"
+
+namespace {
+
+void ShowVersion() {
+  Spool nowhere({});
+  const std::string plugin = FindPlugin();
+  const LabelDriver driver(plugin, nowhere);
+  std::printf("vlx %s\nplatform library %s\nplug-in interface %u (%s)\n", VLX_VERSION,
+              PlatformVersion(), driver.PluginVersion(), plugin.c_str());
+}
+
+int Run(int argc, char** argv) {
+  CLI::App program("The label printer driver on the command line", "vlx");
+  program.require_subcommand(0, 1);
+  bool version = false;
+  program.add_flag("--version", version, "Show the versions of the program and its libraries");
+  PrintOptions printOptions;
+  CLI::App* print = AddPrintCommand(program, printOptions);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? kExitDone : kExitUsage;
+  }
+  if (version) {
+    ShowVersion();
+    return kExitDone;
+  }
+  if (print->parsed()) return RunPrint(printOptions);
+  std::fputs(program.help().c_str(), stderr);
+  return kExitUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A reader that hangs up is an error to report, not an end by signal.
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    return Run(argc, argv);
+  } catch (const HostError& error) {
+    std::fprintf(stderr, "vlx: %s\n", error.what());
+    return error.Code();
+  } catch (const std::bad_alloc&) {
+    std::fputs("vlx: there is not enough memory for this page\n", stderr);
+    return kExitInternal;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vlx: internal error: %s\n", error.what());
+    return kExitInternal;
+  }
+}
