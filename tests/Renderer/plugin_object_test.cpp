@@ -1,0 +1,220 @@
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "tests/Renderer/client.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+constexpr IID kIPrintOemUni = {
+    0xC67EBBF1, 0x78BF, 0x11D1, {0x94, 0x80, 0x00, 0xA0, 0xC9, 0x06, 0x40, 0xB8}};
+
+class PluginObject : public ::testing::Test {
+ protected:
+  // The object without a driver around it.
+  void Create() {
+    IClassFactory* factory = nullptr;
+    ASSERT_EQ(client.GetClassObject(Client::kClass, IID_IClassFactory,
+                                    reinterpret_cast<void**>(&factory)),
+              S_OK);
+    ASSERT_EQ(
+        factory->CreateInstance(nullptr, IID_IPrintOemUni2, reinterpret_cast<void**>(&object)),
+        S_OK);
+    factory->Release();
+  }
+  std::string LastLine() const {
+    const auto lines = home.LogLines();
+    return lines.empty() ? "" : lines.back();
+  }
+
+  TempHome home;
+  Client client;
+  IPrintOemUni2* object = nullptr;
+};
+
+TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
+  void* out = &client;
+  EXPECT_EQ(client.GetClassObject(Client::kClass, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(client.GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
+            CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(LastLine(), "error\t\tDllGetClassObject: Class not available!");
+  out = &client;
+  EXPECT_EQ(client.GetClassObject(Client::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(client.CanUnloadNow(), S_OK);
+
+  IClassFactory* factory = nullptr;
+  ASSERT_EQ(client.GetClassObject(Client::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
+            S_OK);
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
+  out = &client;
+  EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IClassFactory, &out), E_NOINTERFACE);
+  EXPECT_EQ(client.CanUnloadNow(), S_OK);
+  factory->LockServer(TRUE);
+  EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
+  factory->LockServer(FALSE);
+  EXPECT_EQ(factory->Release(), 0u);
+}
+
+TEST_F(PluginObject, AnswersTwoInterfaces) {
+  Create();
+  EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
+  void* out = nullptr;
+  EXPECT_EQ(object->QueryInterface(IID_IUnknown, &out), S_OK);
+  EXPECT_EQ(object->Release(), 1u);
+  EXPECT_EQ(object->QueryInterface(kIPrintOemUni, &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(LastLine(),
+            "warning\tRendering\tCOemUni2::QueryInterface called with unknown iid "
+            "C67EBBF178BF11D19480");
+  const std::size_t lines = home.LogLines().size();
+  constexpr IID kQuiet = {
+      0x4E4A7747, 0xBC76, 0x4AED, {0xAC, 0xC8, 0xC7, 0x6A, 0xF2, 0x2A, 0xAD, 0x43}};
+  EXPECT_EQ(object->QueryInterface(kQuiet, &out), E_NOINTERFACE);
+  EXPECT_EQ(home.LogLines().size(), lines);
+  EXPECT_EQ(object->Release(), 0u);
+}
+
+TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
+  struct Row {
+    DWORD mode;
+    DWORD size;
+    HRESULT result;
+    DWORD value;
+    DWORD lastError;
+    const char* line;
+  };
+  const Row rows[] = {
+      {1, 4, S_OK, 0x564C5831, 0, "trace\tRendering\tRenderer.COemUni2.GetInfo END (S_OK)"},
+      {3, 4, S_OK, 1, 0, "trace\tRendering\tRenderer.COemUni2.GetInfo: END (S_OK, version=1)"},
+      {5, 4, E_NOTIMPL, 99, 0, "info\tRendering\tRenderer.COemUni2.GetInfo END (E_NOTIMPL)"},
+      {2, 4, E_FAIL, 99, 87,
+       "error\tRendering\tRenderer.COemUni2.GetInfo: END (E_FAIL, unknown dwMode 2)"},
+      {77, 3, E_FAIL, 99, 122,
+       "error\tRendering\tRenderer.COemUni2.GetInfo END (E_FAIL, cbSize too small or pBuffer is "
+       "NULL)"},
+  };
+  Create();
+  for (const Row& row : rows) {
+    DWORD value = 99;
+    DWORD needed = 0;
+    SetLastError(0);
+    EXPECT_EQ(object->GetInfo(row.mode, &value, row.size, &needed), row.result) << row.mode;
+    EXPECT_EQ(needed, 4u);
+    EXPECT_EQ(value, row.value) << row.mode;
+    EXPECT_EQ(GetLastError(), row.lastError) << row.mode;
+    EXPECT_EQ(LastLine(), row.line);
+  }
+  EXPECT_EQ(object->GetInfo(1, nullptr, 4, nullptr), E_FAIL);
+  EXPECT_EQ(GetLastError(), 87u);
+  object->Release();
+}
+
+TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
+  Create();
+  const std::pair<const char*, HRESULT> rows[] = {{"CommandCallback", S_OK},
+                                                  {"FilterGraphics", S_OK},
+                                                  {"ImageProcessing", S_OK},
+                                                  {"Compression", S_FALSE},
+                                                  {"ImageProcessing2", S_FALSE},
+                                                  {"imageProcessing", S_FALSE},
+                                                  {"", S_FALSE},
+                                                  {"\xE4", S_FALSE}};
+  for (const auto& [name, result] : rows) {
+    EXPECT_EQ(object->GetImplementedMethod(const_cast<PSTR>(name)), result) << name;
+  }
+  const auto lines = home.LogLines();
+  EXPECT_EQ(lines[lines.size() - 2],
+            "trace\tRendering\tRenderer.COemUni2.GetImplementedMethod BEGIN (pMethodName=\u00E4)");
+  EXPECT_EQ(object->GetImplementedMethod(nullptr), S_FALSE);
+  object->Release();
+}
+
+// The driver's helper interface as far as the plug-in looks at it.
+struct Helper final : IPrintOemDriverUni {
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    *ppv = riid == IID_IPrintOemDriverUni ? this : nullptr;
+    references += *ppv != nullptr;
+    return *ppv != nullptr ? S_OK : E_NOINTERFACE;
+  }
+  ULONG AddRef() override { return static_cast<ULONG>(++references); }
+  ULONG Release() override { return static_cast<ULONG>(--references); }
+  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
+    written_.append(static_cast<char*>(bytes), size);
+    *written = size - missing;
+    return S_OK;
+  }
+  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
+    return E_FAIL;
+  }
+  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_FAIL; }
+  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_FAIL; }
+  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override { return E_FAIL; }
+  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_FAIL; }
+  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
+                        POINTL*, MIX) override {
+    return E_FAIL;
+  }
+  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_FAIL; }
+
+  int references = 0;
+  DWORD missing = 0;
+  std::string written_;
+};
+
+TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
+  Helper first, second;
+  Create();
+  BYTE raster[] = {'a', 'b', 'c'};
+  EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
+  EXPECT_EQ(object->PublishDriverInterface(object), E_FAIL);
+  EXPECT_EQ(LastLine(),
+            "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
+            ">QueryInterface for IID_IPrintOemDriverUni failed)");
+  EXPECT_EQ(object->PublishDriverInterface(&first), S_OK);
+  EXPECT_EQ(object->PublishDriverInterface(&second), S_OK);
+  EXPECT_EQ(second.references, 0);
+  EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_OK);
+  EXPECT_EQ(object->FilterGraphics(nullptr, nullptr, 0), S_OK);
+  first.missing = 1;
+  EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
+  EXPECT_EQ(LastLine(),
+            "trace\tRendering\tRenderer.COemUni2.FilterGraphics END (S_FALSE, DrvWriteSpoolBuf "
+            "failed)");
+  EXPECT_EQ(first.written_, "abcabc");
+  object->Release();
+  EXPECT_EQ(first.references, 0);
+}
+
+TEST_F(PluginObject, DeclinesWithTwoLines) {
+  Create();
+  const std::size_t before = home.LogLines().size();
+  INT result = 5;
+  EXPECT_EQ(object->CommandCallback(nullptr, 1, 0, nullptr, &result), S_OK);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(object->Compression(nullptr, nullptr, nullptr, 0, 0, nullptr), E_NOTIMPL);
+  EXPECT_EQ(home.LogLines().size(), before);
+  EXPECT_EQ(object->DriverDMS(nullptr, nullptr, 0, nullptr), E_NOTIMPL);
+  EXPECT_EQ(object->WritePrinter(nullptr, nullptr, 0, nullptr), E_NOTIMPL);
+  const auto lines = home.LogLines();
+  ASSERT_EQ(lines.size(), before + 4);
+  EXPECT_EQ(lines[before], "trace\tRendering\tRenderer.COemUni2.DriverDMS BEGIN");
+  EXPECT_EQ(lines[before + 3], "trace\tRendering\tRenderer.COemUni2.WritePrinter END (E_NOTIMPL)");
+  object->Release();
+}
+
+TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
+  {
+    Client client;
+    client.Enable(8, 8);
+    EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
+    client.Disable();
+    EXPECT_EQ(client.CanUnloadNow(), S_OK);
+  }
+  EXPECT_EQ(dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
+}  // namespace

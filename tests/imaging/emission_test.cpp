@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+
+#include "imaging/bitmap_owner.h"
+#include "imaging/image_emission.h"
+#include "platform/fault.h"
+#include "tests/support/page_device.h"
+
+namespace {
+
+using Gdiplus::PixelFormat1bppIndexed;
+
+class Emission : public ::testing::Test {
+ protected:
+  Emission() {
+    device.state.dwPageCount = 1;
+    device.state.job.dwPageNumber = 1;
+    device.state.strPageSetup = "SETUP";
+    device.state.dmPublicCopy = device.publicDevmode;
+    device.state.dmPrivateCopy = device.devmode;
+  }
+  ~Emission() override { PlatformSetFaultHook(nullptr, nullptr); }
+
+  // A white image with a black rectangle (right and bottom not included).
+  static BitmapOwner Image(INT width, INT height, const RECTL& black) {
+    BitmapOwner bitmap = MakeBitmap(width, height, PixelFormat1bppIndexed, WTEXT("test"));
+    Gdiplus::BitmapData data;
+    Gdiplus::DllExports::GdipBitmapLockBits(bitmap->nativeImage, nullptr, 3, PixelFormat1bppIndexed,
+                                            &data);
+    for (INT y = 0; y < height; ++y) {
+      for (INT x = 0; x < width; ++x) {
+        const bool inside =
+            x >= black.left && x < black.right && y >= black.top && y < black.bottom;
+        if (!inside) static_cast<BYTE*>(data.Scan0)[y * data.Stride + x / 8] |= 0x80 >> x % 8;
+      }
+    }
+    return bitmap;
+  }
+  void TakeTwoColors() { device.devmode.dwColorMode = device.state.dmPrivateCopy.dwColorMode = 2; }
+  INT Send(const BitmapOwner& background, const BitmapOwner& highlight = nullptr,
+           bool backgroundEmpty = false, bool highlightEmpty = false) {
+    device.writes.clear();
+    return SendImageToPrinter(&device.surface, background.get(), highlight.get(), backgroundEmpty,
+                              highlightEmpty);
+  }
+  static bool FailOnce(const char* call, void* name) {
+    auto*& wanted = *static_cast<const char**>(name);
+    if (wanted == nullptr || std::string(call) != wanted) return false;
+    wanted = nullptr;
+    return true;
+  }
+
+  PageDevice device;
+};
+
+TEST_F(Emission, FirstPageOpensWithBlocksAndErase) {
+  device.SetBlock(0, 3, "zero");
+  device.SetBlock(2, 4, "two");
+  const BitmapOwner image = Image(100, 50, {10, 10, 20, 20});
+  EXPECT_EQ(Send(image), 1);
+  ASSERT_EQ(device.writes.size(), 7u);
+  EXPECT_EQ(device.writes[0], "zero\r\n");
+  EXPECT_EQ(device.writes[1], "two\r\n");
+  EXPECT_EQ(device.writes[2], "eIMG;*\r\n");
+  EXPECT_EQ(device.writes[5],
+            "\x1B"
+            "end-of-data\r\n");
+  EXPECT_EQ(device.writes[6], "SETUP\r\nI:Image0;100.00,50.00,180;0");
+  EXPECT_EQ(device.state.job.dwJobBytesWritten, device.Stream().size());
+  const PngImage png = DecodePng(device.writes[4]);
+  EXPECT_EQ(std::tuple(png.width, png.height, png.bitDepth, png.colorType),
+            std::tuple(100u, 50u, 1, PNG_COLOR_TYPE_GRAY));
+  device.devmode.wCustomType0 = kBlockInline;
+  Send(image);
+  EXPECT_EQ(device.writes[0], "two\r\n");
+  device.state.dwPageCount = 2;
+  Send(image);
+  EXPECT_EQ(device.writes[0], "dPNG;0\r\n\x1B:");
+}
+
+TEST_F(Emission, CropKeepsContentAndMovesTheImage) {
+  struct Row {
+    DWORD rotation;
+    RECTL black;
+    unsigned width;
+    unsigned height;
+    const char* place;
+  };
+  const Row rows[] = {
+      {0, {30, 40, 50, 60}, 90, 20, "100.00,45.00,180"},  // 40 rows are 5.00 mm
+      {2, {30, 40, 50, 60}, 90, 20, "0.00,5.00,0"},
+      {1, {30, 40, 50, 60}, 20, 200, "0.00,96.25,90"},  // 30 columns are 3.75 mm
+      {3, {30, 40, 50, 60}, 20, 200, "50.00,3.75,270"},
+      {0, {0, 0, 0, 0}, 90, 1, "100.00,50.00,180"},
+      {1, {0, 0, 0, 0}, 1, 200, "0.00,100.00,90"},
+      {0, {0, 0, 1, 200}, 90, 200, "100.00,50.00,180"},
+  };
+  device.devmode.bCropToContent = 1;
+  for (const Row& row : rows) {
+    device.devmode.dwRotation = device.state.dmPrivateCopy.dwRotation = row.rotation;
+    Send(Image(90, 200, row.black));
+    const std::vector<PngImage> images = device.Downloads("0");
+    ASSERT_EQ(images.size(), 1u);
+    EXPECT_EQ(std::pair(images[0].width, images[0].height), std::pair(row.width, row.height));
+    EXPECT_EQ(device.writes.back(), "SETUP\r\nI:Image0;" + std::string(row.place) + ";0");
+  }
+  device.publicDevmode.dmYResolution = 1;
+  device.devmode.dwRotation = device.state.dmPrivateCopy.dwRotation = 2;
+  Send(Image(90, 200, {0, 2, 1, 3}));
+  EXPECT_EQ(device.writes.back(), "SETUP\r\nI:Image0;0.00,50.80,0;0");
+}
+
+TEST_F(Emission, PrinterKeepsWhatItHolds) {
+  TakeTwoColors();
+  const auto background = [] { return Image(64, 32, {1, 1, 9, 9}); };
+  const auto highlight = [] { return Image(64, 32, {20, 1, 29, 9}); };
+  Send(background(), highlight());
+  EXPECT_EQ(device.Downloads("0").size(), 1u);
+  EXPECT_EQ(device.Downloads("1").size(), 1u);
+  const std::string both = device.writes.back();
+  device.state.KeepBackground(background().release());
+  device.state.KeepHighlight(highlight().release());
+  device.state.dwPageCount = 2;
+  Send(background(), highlight());
+  EXPECT_EQ(device.writes, std::vector<std::string>{both});
+  Send(Image(64, 32, {1, 1, 9, 10}), highlight());
+  EXPECT_EQ(device.Downloads("0").size(), 0u);
+  EXPECT_EQ(device.Downloads("1").size(), 1u);
+  Send(background(), Image(64, 32, {}), false, true);  // nothing of the highlight on this page
+  EXPECT_EQ(device.writes.size(), 1u);
+  EXPECT_EQ(device.Stream().find("Image0"), std::string::npos);
+}
+
+TEST_F(Emission, BothSidesShowTheOneColourImageTwice) {
+  device.devmode.bTopSideSameAsBottom = 1;
+  Send(Image(30, 8, {2, 3, 5, 6}));
+  const PngImage twice = device.Downloads("0").at(0);
+  EXPECT_EQ(std::tuple(twice.width, twice.height, twice.bitDepth, twice.colorType),
+            std::tuple(60u, 8u, 8, PNG_COLOR_TYPE_RGB));
+  for (unsigned y = 0; y < 8; ++y) {
+    for (unsigned x = 0; x < 60; ++x) {
+      const bool black = x % 30 >= 2 && x % 30 < 5 && y >= 3 && y < 6;
+      ASSERT_EQ(twice.At(x, y), black ? 0 : 255) << x << " " << y;
+    }
+  }
+  TakeTwoColors();  // the option is one-colour only
+  Send(Image(30, 8, {2, 3, 5, 6}), Image(30, 8, {7, 3, 9, 6}));
+  EXPECT_EQ(device.Downloads("0").at(0).width, 30u);
+  EXPECT_EQ(device.Downloads("1").at(0).width, 30u);
+}
+
+TEST_F(Emission, MissingArgumentWritesNothing) {
+  const BitmapOwner image = Image(8, 8, {});
+  const auto refused = [&] {
+    SetLastError(0);
+    EXPECT_EQ(Send(image), 0);
+    EXPECT_EQ(GetLastError(), 87u);
+    EXPECT_TRUE(device.writes.empty());
+  };
+  EXPECT_EQ(SendImageToPrinter(nullptr, nullptr, nullptr, false, false), 0);
+  device.object.pOEMDM = nullptr;
+  refused();
+  device.object.pdevOEM = nullptr;
+  refused();
+  device.surface.dhpdev = nullptr;
+  refused();
+}
+
+TEST_F(Emission, FailedStepSendsNoHalfPage) {
+  const char* calls[] = {"GdipGetImageEncodersSize",
+                         "GdipGetImageEncoders",
+                         "CreateStreamOnHGlobal",
+                         "GdipSaveImageToStream",
+                         "IStream::Stat",
+                         "IStream::Seek",
+                         "IStream::Read",
+                         "LocalAlloc"};
+  for (const char* call : calls) {
+    const char* once = call;
+    const BitmapOwner image = Image(8, 8, {1, 1, 2, 2});
+    PlatformSetFaultHook(FailOnce, &once);
+    EXPECT_EQ(Send(image), 1) << call;
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_EQ(once, nullptr) << call << " was not called";
+    EXPECT_EQ(device.Stream(), "eIMG;*\r\n") << call;
+  }
+  const char* once = "GdipAlloc";  // the crop is left out
+  device.devmode.bCropToContent = 1;
+  const BitmapOwner image = Image(8, 8, {1, 1, 2, 2});
+  PlatformSetFaultHook(FailOnce, &once);
+  Send(image);
+  EXPECT_EQ(device.Downloads("0").at(0).height, 8u);
+  EXPECT_NE(device.Stream().find("100.00,50.00,180"), std::string::npos);
+}
+
+TEST_F(Emission, NoPublicDevmodeMeansNoPlacement) {
+  device.object.pPublicDM = nullptr;
+  EXPECT_EQ(Send(Image(8, 8, {})), 1);
+  EXPECT_EQ(device.Downloads("0").size(), 1u);
+  EXPECT_EQ(device.writes.back(),
+            "\x1B"
+            "end-of-data\r\n");
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "imaging/page_pipeline.h"
+#include "platform/fault.h"
+#include "tests/support/page_device.h"
+
+namespace {
+
+constexpr DWORD kBlack = 0x000000;
+constexpr DWORD kWhitePixel = 0xFFFFFF;
+constexpr DWORD kRed = 0xFF0000;
+
+// A page whose pixels are one of a few colours at random, the same for the same seed.
+class RandomPage {
+ public:
+  RandomPage(INT pageWidth, INT pageHeight, const std::vector<DWORD>& colors, unsigned seed = 1)
+      : width(pageWidth), height(pageHeight) {
+    std::mt19937 random(seed);
+    for (INT i = 0; i < width * height; ++i) pixels.push_back(colors[random() % colors.size()]);
+  }
+  DWORD operator()(INT x, INT y) const {
+    return x < 0 || y < 0 || x >= width || y >= height ? kWhitePixel : pixels[y * width + x];
+  }
+  INT width;
+  INT height;
+  std::vector<DWORD> pixels;
+};
+
+class Pipeline : public ::testing::Test {
+ protected:
+  Pipeline() { device.state.dwPageCount = 1; }
+  ~Pipeline() override { PlatformSetFaultHook(nullptr, nullptr); }
+
+  INT Process(const RandomPage& page) {
+    device.writes.clear();
+    device.CapturePage(page.width, page.height, page);
+    return ProcessImageData(&device.surface);
+  }
+  // Every pixel of the image is black exactly where color gives that colour.
+  static void ExpectImage(const PngImage& image, unsigned width, unsigned height, DWORD inked,
+                          const std::function<DWORD(INT, INT)>& color) {
+    ASSERT_EQ(std::pair(image.width, image.height), std::pair(width, height));
+    for (unsigned y = 0; y < height; ++y) {
+      for (unsigned x = 0; x < width; ++x) {
+        ASSERT_EQ(image.At(x, y) == 0, color(x, y) == inked) << x << " " << y;
+      }
+    }
+  }
+
+  PageDevice device;
+};
+
+TEST_F(Pipeline, FirstCallOnlyPreparesThePage) {
+  EXPECT_EQ(ProcessImageData(&device.surface), 1);
+  EXPECT_TRUE(device.writes.empty());
+  EXPECT_TRUE(device.state.strPageSetup.starts_with("mm\r\n"));
+  EXPECT_EQ(device.devmode.dwInitialCutSent, 1);
+  EXPECT_EQ(std::memcmp(&device.state.dmPrivateCopy, &device.devmode, sizeof(OEMDEV)), 0);
+  EXPECT_EQ(std::memcmp(&device.state.dmPublicCopy, &device.publicDevmode, sizeof(DEVMODEW)), 0);
+}
+
+TEST_F(Pipeline, BordersMoveThePageAndDropItsEnd) {
+  const RandomPage page(101, 50, {kBlack, kWhitePixel});
+  for (const auto& [offsetX, offsetY] : {std::pair(0, 0), {10, 0}, {0, 7}, {3, 49}, {101, 0}}) {
+    device.state.gdiPhysOffsetX = offsetX;
+    device.state.gdiPhysOffsetY = offsetY;
+    EXPECT_EQ(Process(page), 1);
+    ExpectImage(device.Downloads("0").at(0), 101, 50, kBlack,
+                [&, x0 = offsetX, y0 = offsetY](INT x, INT y) { return page(x - x0, y - y0); });
+  }
+}
+
+TEST_F(Pipeline, EveryOrientationButPortraitIsTurned) {
+  const RandomPage page(37, 70, {kBlack, kWhitePixel});
+  device.state.gdiPhysOffsetX = 5;
+  for (const SHORT orientation : {SHORT{2}, SHORT{0}, SHORT{3}}) {
+    device.publicDevmode.dmOrientation = orientation;
+    EXPECT_EQ(Process(page), 1);
+    ExpectImage(device.Downloads("0").at(0), 70, 37, kBlack,
+                [&](INT x, INT y) { return page(y - 5, 69 - x); });
+  }
+}
+
+TEST_F(Pipeline, ColoursAreSplitToTheDot) {
+  device.devmode.dwColorMode = 2;
+  device.devmode.crHighlightColor = 0x000000FF;
+  device.devmode.nColorTolerance = 25;
+  const RandomPage page(65, 33, {kBlack, kWhitePixel, kRed});
+  for (const WORD ditherer : {WORD{0}, WORD{1}, WORD{77}}) {
+    device.devmode.wDitherer = ditherer;
+    device.state.KeepBackground(nullptr);
+    device.state.KeepHighlight(nullptr);
+    EXPECT_EQ(Process(page), 1);
+    ExpectImage(device.Downloads("1").at(0), 65, 33, kBlack, page);
+    ExpectImage(device.Downloads("0").at(0), 65, 33, kRed, page);
+  }
+}
+
+TEST_F(Pipeline, EmptyPlaneLeavesTheKeptOne) {
+  device.devmode.dwColorMode = 2;
+  device.devmode.crHighlightColor = 0x000000FF;
+  const RandomPage both(40, 20, {kBlack, kWhitePixel, kRed});
+  const RandomPage blackOnly(40, 20, {kBlack, kWhitePixel}, 2);
+  Process(both);
+  Gdiplus::Bitmap* const highlight = device.state.pPrevPageBitmap2;
+  Gdiplus::Bitmap* const background = device.state.pPrevPageBitmap1;
+  ASSERT_NE(highlight, nullptr);
+  device.state.dwPageCount = 2;
+  Process(blackOnly);
+  EXPECT_EQ(device.state.pPrevPageBitmap2, highlight);
+  EXPECT_NE(device.state.pPrevPageBitmap1, background);
+  Process(both);  // the printer still holds the first page's highlight
+  EXPECT_EQ(device.Downloads("0").size(), 0u);
+  EXPECT_EQ(device.Downloads("1").size(), 1u);
+}
+
+TEST_F(Pipeline, PageWithoutColourModeIsNotSent) {
+  for (const DWORD mode : {0u, 3u, 0xFFFFFFFFu}) {
+    device.devmode.dwColorMode = mode;
+    device.state.strPageSetup.clear();
+    EXPECT_EQ(Process(RandomPage(8, 8, {kBlack})), 1);
+    EXPECT_TRUE(device.writes.empty());
+    EXPECT_NE(device.state.strPageSetup, "");
+    EXPECT_EQ(device.state.pBitmapBuffer, nullptr);
+  }
+}
+
+TEST_F(Pipeline, ShortBufferIsCompletedWithWhite) {
+  device.CapturePage(12, 4, [](INT, INT) { return kBlack; });
+  device.state.bmiPage.biHeight = 9;
+  EXPECT_EQ(ProcessImageData(&device.surface), 1);
+  ExpectImage(device.Downloads("0").at(0), 12, 9, kBlack,
+              [](INT, INT y) { return y < 4 ? kBlack : kWhitePixel; });
+}
+
+// Makes the n-th call of one platform function fail.
+struct NthCall {
+  const char* call;
+  int left;
+  static bool Fail(const char* name, void* context) {
+    auto& self = *static_cast<NthCall*>(context);
+    return std::strcmp(name, self.call) == 0 && --self.left == 0;
+  }
+};
+
+TEST_F(Pipeline, FailedStageEndsThePageWithoutALeak) {
+  device.devmode.dwColorMode = 2;
+  device.publicDevmode.dmOrientation = 2;
+  device.state.gdiPhysOffsetX = 2;
+  device.devmode.crHighlightColor = 0x000000FF;
+  const RandomPage page(20, 10, {kBlack, kWhitePixel, kRed});
+  // Page copy, borders, orientation, both split planes, both 1-bit images.
+  for (int n = 1; n <= 7; ++n) {
+    NthCall failure{"GdipCreateBitmapFromScan0", n};
+    PlatformSetFaultHook(NthCall::Fail, &failure);
+    device.state.strPageSetup.clear();
+    EXPECT_EQ(Process(page), 0) << n;
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_TRUE(device.writes.empty()) << n;
+    EXPECT_EQ(device.state.pBitmapBuffer != nullptr, n == 1) << n;
+    EXPECT_EQ(device.state.strPageSetup.empty(), n <= 3) << n;  // the coming page is still prepared
+    device.state.ResetPage();
+  }
+  EXPECT_EQ(Process(page), 1);
+}
+
+}  // namespace

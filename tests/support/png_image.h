@@ -1,0 +1,36 @@
+// A PNG file as decoded by libpng: shape from its header, pixels as grey levels.
+#pragma once
+
+#include <png.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+struct PngImage {
+  unsigned width = 0;
+  unsigned height = 0;
+  int bitDepth = 0;
+  int colorType = -1;
+  std::vector<unsigned char> grey;  // width x height, 0 black
+
+  unsigned char At(unsigned x, unsigned y) const { return grey[y * width + x]; }
+};
+
+// An image of width 0 when the bytes are no whole PNG file.
+inline PngImage DecodePng(const std::string& bytes) {
+  PngImage decoded;
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  if (bytes.size() < 26 || !png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) {
+    return decoded;
+  }
+  image.format = PNG_FORMAT_GRAY;
+  decoded.grey.resize(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, decoded.grey.data(), 0, nullptr)) return decoded;
+  decoded.width = image.width;
+  decoded.height = image.height;
+  decoded.bitDepth = bytes[24];
+  decoded.colorType = bytes[25];
+  return decoded;
+}
