@@ -13,6 +13,7 @@ namespace {
 
 constexpr BYTE kWhite = 0xFF;
 constexpr LONG kBytesPerPixel = 3;
+constexpr std::uint64_t kMostBytes = std::numeric_limits<DWORD>::max();
 
 std::int64_t StrideBytes(std::int64_t widthPx) { return (24 * widthPx + 31) / 32 * 4; }
 
@@ -66,11 +67,11 @@ bool BuildColorTable(COemPDEV& state, DWORD format) {
 
 // Grows the page buffer; *askedBytes is the size that was asked for. Without memory the page is
 // given up, whether or not it held a band already.
-bool GrowBuffer(COemPDEV& state, std::int64_t bytes, DWORD* askedBytes) {
+bool GrowBuffer(COemPDEV& state, std::uint64_t bytes, DWORD* askedBytes) {
   const DWORD oldSize = state.pBitmapBuffer == nullptr ? 0 : state.dwBitmapBufferSize;
-  const std::int64_t newSize = oldSize + bytes;
+  const std::uint64_t newSize = oldSize + bytes;
   *askedBytes = static_cast<DWORD>(newSize);
-  if (bytes >= 0 && newSize <= std::numeric_limits<DWORD>::max()) {
+  if (bytes <= kMostBytes && newSize <= kMostBytes) {
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LPTR, static_cast<SIZE_T>(newSize)));
     if (buffer != nullptr) {
       if (oldSize != 0) std::memcpy(buffer, state.pBitmapBuffer, oldSize);
@@ -83,9 +84,11 @@ bool GrowBuffer(COemPDEV& state, std::int64_t bytes, DWORD* askedBytes) {
 }
 
 // A size of a page that cannot exist is asked for as one that no buffer has.
-std::int64_t PageBytes(std::int64_t widthPx, std::int64_t heightPx) {
-  if (widthPx <= 0 || heightPx <= 0 || widthPx > std::numeric_limits<LONG>::max()) return -1;
-  return StrideBytes(widthPx) * heightPx;
+std::uint64_t PageBytes(std::int64_t widthPx, LONG heightPx) {
+  if (widthPx <= 0 || heightPx <= 0 || widthPx > std::numeric_limits<LONG>::max()) {
+    return ~std::uint64_t{0};
+  }
+  return static_cast<std::uint64_t>(StrideBytes(widthPx)) * static_cast<std::uint64_t>(heightPx);
 }
 
 bool StartLandscapePage(COemPDEV& state, const Band& band) {
