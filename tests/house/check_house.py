@@ -1,0 +1,93 @@
+"""Checks a source tree against the house's rules: who may include whom, the plug-in without the
+operating system, files of a readable length. Prints what is wrong; exits 1 when something is."""
+
+import os
+import re
+import sys
+import tempfile
+
+MAY_INCLUDE = {
+    "platform": set(),
+    "config": {"platform"},
+    "commands": {"config", "platform"},
+    "imaging": {"commands", "config", "platform"},
+    "Renderer": {"imaging", "commands", "config", "platform"},
+    "vlx_shared": {"config", "platform"},
+    "host": {"platform", "config"},
+    "tools": {"host", "platform"},
+}
+PLUGIN = {"config", "commands", "imaging", "Renderer"}
+RECORDS = {"config/oemdev.h", "config/oemdev_fields.h", "config/config_record.h"}
+LONGEST = 400
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+
+
+def sources(root):
+    for folder in sorted(set(MAY_INCLUDE) | {"tests", "fuzz", "bench"}):
+        for path, _, names in os.walk(os.path.join(root, folder)):
+            for name in sorted(names):
+                if name.endswith((".h", ".cpp")):
+                    yield folder, os.path.relpath(os.path.join(path, name), root)
+
+
+def include_fault(folder, kind, target):
+    """What is wrong with one include of a file in the folder, None when nothing is."""
+    if folder not in MAY_INCLUDE:
+        return None
+    if kind == "<":
+        standard = re.fullmatch(r"[a-z_]+", target)
+        return None if standard or folder not in PLUGIN else f"<{target}> is not the standard library's"
+    owner = target.split("/")[0]
+    if owner not in MAY_INCLUDE:
+        return f'"{target}" is in no folder that may be included'
+    if owner == folder:
+        return None
+    if owner not in MAY_INCLUDE[folder]:
+        return f'{folder}/ may not include "{target}"'
+    if target.startswith("platform/linux/"):
+        return f'"{target}" is private to platform/'
+    if folder == "host" and owner == "config" and target not in RECORDS:
+        return f'host/ may include the records of config/ only, not "{target}"'
+    return None
+
+
+def faults(root):
+    count = 0
+    for folder, path in sources(root):
+        count += 1
+        with open(os.path.join(root, path), encoding="utf-8") as file:
+            lines = file.read().splitlines()
+        if len(lines) > LONGEST:
+            yield f"{path}: {len(lines)} lines, {LONGEST} are allowed"
+        for number, line in enumerate(lines, 1):
+            match = INCLUDE.match(line)
+            fault = match and include_fault(folder, match.group(1), match.group(2))
+            if fault:
+                yield f"{path}:{number}: {fault}"
+    if count == 0:
+        yield f"{root} holds no sources"
+
+
+def self_test():
+    bad = {
+        "commands/a.cpp": '#include "imaging/crop.h"',
+        "imaging/b.cpp": "#include <unistd.h>",
+        "Renderer/c.cpp": '#include "platform/linux/unicode.h"',
+        "host/d.cpp": '#include "config/vlx_shared.h"',
+        "vlx_shared/e.cpp": '#include "tests/support/device.h"',
+        "platform/f.h": '#include "config/oemdev.h"',
+        "tools/g.cpp": "\n" * (LONGEST + 1),
+    }
+    good = {"commands/h.cpp": '#include <vector>\n#include "config/log.h"\n#include "commands/x.h"'}
+    with tempfile.TemporaryDirectory() as root:
+        for path, text in {**bad, **good}.items():
+            os.makedirs(os.path.dirname(os.path.join(root, path)), exist_ok=True)
+            with open(os.path.join(root, path), "w", encoding="utf-8") as file:
+                file.write(text)
+        found = sorted(fault.split(":")[0] for fault in faults(root))
+    return [] if found == sorted(bad) else [f"found {found}, there are faults in {sorted(bad)}"]
+
+
+wrong = self_test() if sys.argv[1] == "--self-test" else list(faults(sys.argv[1]))
+print("\n".join(wrong))
+sys.exit(1 if wrong else 0)
