@@ -1,0 +1,120 @@
+#include "config/stock_catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "config/oemdev_fields.h"
+#include "platform/fault.h"
+#include "platform/spooler.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+class StockCatalogue : public ::testing::Test {
+ protected:
+  ~StockCatalogue() override { PlatformSetFaultHook(nullptr, nullptr); }
+
+  // The stocks of a catalogue with these subkeys below "Stocks".
+  StockList Load(const std::string& stocks) {
+    std::string text = "Windows Registry Editor Version 5.00\n";
+    std::string at = stocks;
+    for (std::size_t i; (i = at.find("[S")) != at.npos;) {
+      at.replace(i, 1, "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\D\\P\\Stocks\\");
+    }
+    home.WriteFile("registry.reg", text + at);
+    StockList list(3);
+    LoadStocks(list, u"D", u"P");
+    return list;
+  }
+  static std::string Text(std::size_t length) {
+    return "\"DisplayName\"=\"" + std::string(length, 'n') + "\"\n";
+  }
+
+  TempHome home;
+};
+
+TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
+  const StockList list = Load(
+      "[S1]\n[S2]\n\"darkness\"=dword:00000007\n\"UnprintableTop\"=hex:01,02,03,04\n"
+      "\"UnprintableLeft\"=hex(b):01,00,00,00,00,00,00,00\n\"Rotation\"=\"x\"\n"
+      "\"PaperWidth\"=hex:01,02,03\n\"Id\"=\"{0000000A-000b-000C-0D0E-0f1011121314}\"\n");
+  ASSERT_EQ(list.size(), 2u);
+  const StockItem& empty = list.front();
+  EXPECT_EQ(empty.dwPaperWidth, 9000u);
+  EXPECT_EQ(empty.dwPaperLength, 6000u);
+  EXPECT_EQ(empty.dwSensorType, 2u);
+  EXPECT_EQ(empty.dwNumberCopies, 1u);
+  EXPECT_EQ(empty.displayName, u"");
+  EXPECT_NE(empty.guid, GUID{});
+  const StockItem& full = list.back();
+  EXPECT_EQ(full.dwDarkness, 7u);
+  EXPECT_EQ(full.dwUnprintableTop, 0x04030201u);
+  EXPECT_EQ(full.dwUnprintableLeft, 0u);    // 8 bytes are no number
+  EXPECT_EQ(full.dwRotation, 0x00000078u);  // four bytes are one, whatever their type
+  EXPECT_EQ(full.dwPaperWidth, 9000u);
+  EXPECT_EQ(full.guid, (GUID{10, 11, 12, {13, 14, 15, 16, 17, 18, 19, 20}}));
+}
+
+TEST_F(StockCatalogue, NameHasRoomFor129Characters) {
+  EXPECT_EQ(Load("[S1]\n" + Text(129)).front().displayName.size(), 129u);
+  EXPECT_EQ(Load("[S1]\n" + Text(130)).front().displayName.size(), 0u);
+}
+
+TEST_F(StockCatalogue, StockWithoutIdentityComesFirst) {
+  const std::string id = "\"Id\"=\"{00000001-0000-0000-0000-000000000000}\"\n";
+  const StockList list =
+      Load("[S1]\n\"Darkness\"=dword:1\n" + id + "[S2]\n\"Darkness\"=dword:2\n" + id +
+           "[S3]\n\"Darkness\"=dword:3\n\"Id\"=\"{00000000-0000-0000-0000-000000000000}\"\n" +
+           "[S4]\n\"Id\"=\"no identifier\"\n");
+  ASSERT_EQ(list.size(), 4u);
+  EXPECT_EQ(list.front().dwDarkness, 3u);
+  EXPECT_NE(list.back().guid, GUID{});
+  bool selected = false;
+  EXPECT_EQ(ChooseStock(list, GUID{1, 0, 0, {}}, &selected)->dwDarkness, 1u);
+  EXPECT_TRUE(selected);
+  EXPECT_EQ(ChooseStock(list, GUID{9, 0, 0, {}}, &selected)->dwDarkness, 3u);
+  EXPECT_FALSE(selected);
+  EXPECT_EQ(ChooseStock({}, GUID{}, &selected), nullptr);
+}
+
+TEST_F(StockCatalogue, NamesAreStrippedForTheKey) {
+  EXPECT_EQ(StripKeyChars(u"\\\\ho st\\La:bel/ 1"), u"hostLabel1");
+  home.WriteFile("system.toml",
+                 "[[printer]]\nname = '\\\\host\\Label 1'\ndriver = \"Label: Driver\"\n");
+  home.WriteFile("registry.reg",
+                 "Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\software\\Veltrix "
+                 "Printer Driver\\UI\\LabelDriver\\hostLabel1\\Stocks\\x]\n");
+  WCHAR name[] = WTEXT("\\\\host\\Label 1");
+  HANDLE printer = nullptr;
+  ASSERT_TRUE(OpenPrinterW(name, &printer, nullptr));
+  StockList list;
+  LoadStocksForPrinter(list, printer);
+  EXPECT_EQ(list.size(), 1u);
+  ClosePrinter(printer);
+  LoadStocksForPrinter(list, printer);  // the handle is closed
+  EXPECT_TRUE(list.empty());
+}
+
+TEST_F(StockCatalogue, FailingRegistryEndsTheListAndTheLoop) {
+  PlatformSetFaultHook([](const char* call, void*) { return std::string(call) == "RegEnumKeyExW"; },
+                       nullptr);
+  EXPECT_TRUE(Load("[S1]\n[S2]\n").empty());
+  PlatformSetFaultHook([](const char* call, void*) { return std::string(call) == "CoCreateGuid"; },
+                       nullptr);
+  EXPECT_TRUE(Load("[S1]\n[S2]\n").empty());
+}
+
+TEST(OemDevFieldTable, CoversTheRecordWithoutOverlap) {
+  std::set<std::string_view> names;
+  std::size_t end = sizeof(OEM_DMEXTRAHEADER);
+  for (const OemDevField& field : OemDevFields()) {
+    EXPECT_TRUE(names.insert(field.name).second) << field.name;
+    EXPECT_GE(field.offset, end) << field.name;
+    end = field.offset + field.size;
+  }
+  EXPECT_EQ(end, 2708u);
+  EXPECT_EQ(names.size(), 96u);
+}
+
+}  // namespace

@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+
+#include "config/vlx_shared.h"
+#include "platform/spooler.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+class DevMode : public ::testing::Test {
+ protected:
+  HRESULT Call(DWORD mode, const void* in = nullptr, WORD extra = 0) {
+    DEVMODEW publicDevmode = {};
+    publicDevmode.dmDriverExtra = extra;
+    OEMDMPARAM block = {};
+    block.cbSize = sizeof block;
+    block.pPublicDMIn = extra == 0 ? nullptr : &publicDevmode;
+    block.pOEMDMIn = const_cast<void*>(in);
+    block.pOEMDMOut = &out;
+    block.cbBufSize = room;
+    SetLastError(0);
+    const HRESULT hr = hrOEMDevMode(client, nullptr, WTEXT(""), mode, &block);
+    needed = block.cbBufSize;
+    return hr;
+  }
+  OEMDEV Default() {
+    EXPECT_EQ(Call(OEMDM_DEFAULT), S_OK);
+    return out;
+  }
+
+  CLoggerClient client;
+  OEMDEV out = {};
+  DWORD room = sizeof(OEMDEV);
+  DWORD needed = 0;
+};
+
+TEST_F(DevMode, DefaultIsACurrentOneColourRecord) {
+  EXPECT_EQ(Call(OEMDM_SIZE), S_OK);
+  EXPECT_EQ(needed, 2708u);
+  const OEMDEV record = Default();
+  EXPECT_EQ(record.header.dwSize, 2708u);
+  EXPECT_EQ(std::memcmp(&record.header.dwSignature, "1XLV", 4), 0);
+  EXPECT_EQ(record.header.dwVersion, 1u);
+  EXPECT_EQ(record.dwColorMode, 1u);
+  EXPECT_EQ(record.dwInitialCutSent, 0);
+}
+
+TEST_F(DevMode, RefusesWithoutTouchingTheOutput) {
+  OEMDEV record = Default();
+  const OEMDEV before = out;
+  const auto refused = [&](DWORD mode, const void* in, DWORD error, WORD extra = 0) {
+    EXPECT_EQ(Call(mode, in, extra), E_FAIL);
+    EXPECT_EQ(GetLastError(), error);
+    EXPECT_EQ(std::memcmp(&out, &before, sizeof out), 0);
+  };
+  EXPECT_EQ(hrOEMDevMode(client, nullptr, nullptr, OEMDM_SIZE, nullptr), E_FAIL);
+  refused(0, &record, 87);
+  refused(5, &record, 87);
+  refused(OEMDM_MERGE, nullptr, 87);
+  refused(OEMDM_CONVERT, &record, 87, 11);
+  record.header.dwSize = 11;
+  refused(OEMDM_MERGE, &record, 87);
+  record.header = {2708, 0x564C5832, 1};
+  refused(OEMDM_CONVERT, &record, 87);
+  room = 2707;
+  refused(OEMDM_DEFAULT, nullptr, 122);
+}
+
+TEST_F(DevMode, RecordFromOutsideIsRepaired) {
+  OEMDEV record = Default();
+  std::memset(record.szModelCode, 'K', sizeof record.szModelCode);
+  std::memset(record.szCustomText7, 'x', sizeof record.szCustomText7);
+  record.dwSensorType = 6;
+  record.dwRotation = 4;
+  record.dwColorMode = 0;
+  record.wDitherer = 2;
+  record.dwInitialCutSent = 1;
+  record.wCustomType2 = 9;
+  record.dwSpeed = 0xFFFFFFFF;
+  record.reserved00C[5] = 0x5A;
+  EXPECT_EQ(Call(OEMDM_MERGE, &record), S_OK);
+  const OEMDEV repaired = out;
+  const OEMDEV defaults = Default();
+  EXPECT_EQ(repaired.szModelCode[0], '\0');
+  EXPECT_EQ(repaired.szCustomText7[0], '\0');
+  EXPECT_EQ(repaired.dwSensorType, defaults.dwSensorType);
+  EXPECT_EQ(repaired.dwRotation, 0u);
+  EXPECT_EQ(repaired.dwColorMode, 1u);
+  EXPECT_EQ(repaired.wDitherer, defaults.wDitherer);
+  EXPECT_EQ(repaired.dwInitialCutSent, 0);
+  EXPECT_EQ(repaired.wCustomType2, 9);
+  EXPECT_EQ(repaired.dwSpeed, 0xFFFFFFFFu);
+  EXPECT_EQ(repaired.reserved00C[5], 0x5A);
+}
+
+TEST_F(DevMode, ShorterOlderRecordIsExtendedAndNotReadPastItsEnd) {
+  OEMDEV record = Default();
+  record.dwUnprintableLeft = 77;
+  record.dwSpeed = 5;
+  for (const std::size_t size : {std::size_t{12}, std::size_t{0x65C}, std::size_t{0x6A2}}) {
+    const auto exact = std::make_unique<BYTE[]>(size);  // a read beyond it is a fault
+    record.header.dwSize = static_cast<DWORD>(size);
+    std::memcpy(exact.get(), &record, size);
+    EXPECT_EQ(Call(OEMDM_CONVERT, exact.get()), S_OK);
+    EXPECT_EQ(out.header.dwSize, 2708u);
+    EXPECT_EQ(out.dwUnprintableLeft, size > 0x658 ? 77u : 0u);
+    EXPECT_EQ(out.nColorTolerance, 25);
+    record.header.dwSize = 2708;  // a head that promises more than the public devmode has
+    std::memcpy(exact.get(), &record, sizeof record.header);
+    EXPECT_EQ(Call(OEMDM_CONVERT, exact.get(), static_cast<WORD>(size)), S_OK);
+  }
+  out = record;
+  EXPECT_EQ(Call(OEMDM_MERGE, &out), S_OK);  // in place
+  EXPECT_EQ(out.dwSpeed, 5u);
+}
+
+TEST_F(DevMode, ConversionLeavesACurrentRecordAlone) {
+  std::mt19937 random(5);
+  OEMDEV record;
+  for (int i = 0; i < 50; ++i) {
+    auto* bytes = reinterpret_cast<BYTE*>(&record);
+    std::generate(bytes, bytes + sizeof record, [&] { return static_cast<BYTE>(random()); });
+    if (i % 2 == 0) record.header = {2708, 0x564C5831, 1};
+    if (i % 10 == 1) record.header = {0x700, 0x564C5831, 0};
+    OEMDEV once = record;
+    ConvertEp2Qor(&once);
+    EXPECT_TRUE(i % 2 != 0 || std::memcmp(&once, &record, sizeof record) == 0);
+    OEMDEV twice = once;
+    ConvertEp2Qor(&twice);
+    EXPECT_EQ(std::memcmp(&once, &twice, sizeof record), 0);
+  }
+  record = Default();
+  record.header.dwSize = 0x700;
+  record.nPSource1Value = 99;
+  record.dwSpeed = 9;
+  ConvertEp2Qor(&record);
+  EXPECT_EQ(record.header.dwSize, 2708u);
+  EXPECT_EQ(record.dwSpeed, 9u);
+  EXPECT_EQ(record.nPSource1Value, 0);
+  ConvertEp2Qor(nullptr);
+}
+
+TEST(Configuration, RecordStaysGoodWhenTheFileChanges) {
+  const TempHome home;
+  const auto write = [&home](int maximum) {
+    home.WriteFile("system.toml",
+                   "[[printer]]\nname=\"P\"\ndriver=\"D\"\n[printer.label]\n"
+                   "min_width_um=1\nmax_width_um=" +
+                       std::to_string(maximum) +
+                       "\nmin_length_um=3\nmax_length_um=4\n[[printer]]\nname=\"Q\"");
+  };
+  write(20);
+  CLoggerClient client;
+  HANDLE printer = nullptr;
+  HANDLE bare = nullptr;
+  WCHAR p[] = WTEXT("P"), q[] = WTEXT("Q");
+  ASSERT_TRUE(OpenPrinterW(p, &printer, nullptr) && OpenPrinterW(q, &bare, nullptr));
+  ConfigsCache* cache = ConfigsCache::GetInstance();
+  const Config *first = nullptr, *second = nullptr, *none = first;
+  EXPECT_TRUE(CConfigParser::Load(printer, &first, cache, client));
+  EXPECT_EQ(first->dwMinLabelWidth, 1u);
+  EXPECT_EQ(first->dwMaxLabelWidth, 20u);
+  EXPECT_EQ(first->dwMinLabelLength, 3u);
+  EXPECT_EQ(first->dwMaxLabelLength, 4u);
+  write(3000);
+  EXPECT_TRUE(CConfigParser::Load(printer, &second, cache, client));
+  EXPECT_EQ(second->dwMaxLabelWidth, 3000u);
+  EXPECT_EQ(first->dwMaxLabelWidth, 20u);
+  EXPECT_FALSE(CConfigParser::Load(bare, &none, cache, client));
+  EXPECT_FALSE(CConfigParser::Load(nullptr, &none, cache, client));
+  EXPECT_FALSE(CConfigParser::Load(printer, &none, nullptr, client));
+  WCHAR name[2] = {};
+  EXPECT_TRUE(CConfigParser::GetPrinterDriverName(printer, name, 2, client));
+  EXPECT_EQ(name[0], u'D');
+  EXPECT_FALSE(CConfigParser::GetPrinterDriverName(printer, name, 1, client));
+  ConfigsCache::ReleaseInstance();
+  ClosePrinter(printer);
+  ClosePrinter(bare);
+}
+
+}  // namespace
