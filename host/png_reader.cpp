@@ -24,6 +24,7 @@ void SetTransforms(png_structp png, png_infop info) {
   white.red = white.green = white.blue = white.gray = 255;
   if (png_get_color_type(png, info) & PNG_COLOR_MASK_ALPHA ||
       png_get_valid(png, info, PNG_INFO_tRNS)) {
+    png_set_gamma(png, 1.0, 1.0);  // colours are mixed as they are encoded, as browsers do
     png_set_background(png, &white, PNG_BACKGROUND_GAMMA_SCREEN, 0, 1.0);
   }
   png_set_bgr(png);

@@ -94,26 +94,34 @@ class Progress {
   const bool m_shown;
 };
 
-// Prints all pages and returns their number.
+// The next page as it lies on the device, none after the last. Says what the printer cannot reach.
+std::optional<Surface> NextSurface(PageReader& reader, const DevicePage& device, Fit fit,
+                                   std::size_t number) {
+  std::optional<PageImage> page = reader.Next();
+  if (!page) return std::nullopt;
+  const std::string name = "Page " + std::to_string(number);
+  const PageImage fitted = FitPage(std::move(*page), device, fit, name);
+  if (LosesContent(fitted, device)) {
+    std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
+                 name.c_str());
+  }
+  return RasterPage(fitted, device);
+}
+
+// Prints all pages and returns their number. Nothing is written before the first page is ready.
 std::size_t PrintPages(LabelDriver& driver, const PrintOptions& options) {
   PageReader reader(options.files);
-  std::optional<PageImage> page = reader.Next();
-  const Progress progress(reader.KnownCount());
   const DevicePage device = driver.Page();
   const Fit fit = options.fit == "shrink" ? Fit::Shrink : Fit::None;
   std::size_t count = 0;
+  std::optional<Surface> surface = NextSurface(reader, device, fit, 1);
+  const Progress progress(reader.KnownCount());
   driver.StartDocument(DocumentName(options), 1);
   try {
-    for (; page; page = reader.Next()) {
-      ++count;
-      const std::string name = "Page " + std::to_string(count);
-      PageImage fitted = FitPage(std::move(*page), device, fit, name);
-      if (LosesContent(fitted, device)) {
-        std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
-                     name.c_str());
-      }
-      driver.PrintPage(RasterPage(fitted, device), options.bandRows);
-      progress.Show(count);
+    while (surface) {
+      driver.PrintPage(std::move(*surface), options.bandRows);
+      progress.Show(++count);
+      surface = NextSurface(reader, device, fit, count + 1);
     }
     driver.EndDocument();
   } catch (...) {

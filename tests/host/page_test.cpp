@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <random>
+
+#include "host/error.h"
+#include "host/length.h"
+#include "host/page_raster.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+// The pages of one file: each as "WxH" and its pixels' red, green, blue in hexadecimal; or the
+// error.
+std::vector<std::string> ReadPages(const std::string& content) {
+  const TempHome home;
+  home.WriteFile("page", content);
+  std::vector<std::string> pages;
+  try {
+    PageReader reader({home.Path("page")});
+    while (const auto page = reader.Next()) {
+      std::string text = std::to_string(page->widthPx) + "x" + std::to_string(page->heightPx);
+      for (std::size_t i = 0; i < page->pixels.size(); i += 3) {
+        char rgb[8];
+        std::snprintf(rgb, sizeof rgb, " %02x%02x%02x", page->pixels[i + 2], page->pixels[i + 1],
+                      page->pixels[i]);
+        text += rgb;
+      }
+      pages.push_back(text);
+    }
+  } catch (const HostError& error) {
+    EXPECT_EQ(error.Code(), kExitInput);
+    const std::string what = error.what();
+    pages.push_back("error: " + what.substr(what.find("page: ") + 6));
+  }
+  return pages;
+}
+
+TEST(PageReader, ReadsEveryPnmForm) {
+  using Pages = std::vector<std::string>;
+  EXPECT_EQ(ReadPages("P1 3 1 1 0 1"), Pages{"3x1 000000 ffffff 000000"});
+  EXPECT_EQ(ReadPages("P1\n# a\n3 1\n10#b\n1"), Pages{"3x1 000000 ffffff 000000"});
+  EXPECT_EQ(ReadPages("P4 9 1\n\x7F\x80"),
+            Pages{"9x1 ffffff 000000 000000 000000 000000 000000 000000 000000 000000"});
+  EXPECT_EQ(ReadPages("P2 2 1 10 0 5"), Pages{"2x1 000000 808080"});
+  EXPECT_EQ(ReadPages("P3 1 1 255 1 2 3"), Pages{"1x1 010203"});
+  EXPECT_EQ(ReadPages("P5 2 1 65535\n\xFF\xFF\x80\x00"s), (Pages{"2x1 ffffff 808080"}));
+  EXPECT_EQ(ReadPages("P6 1 1 255\nabcP5 1 1 255\nd\n"), (Pages{"1x1 616263", "1x1 646464"}));
+}
+
+TEST(PageReader, RefusesWhatIsNoWholePage) {
+  const std::pair<std::string, const char*> rows[] = {
+      {"", "holds no page"},
+      {"GIF89a", "is neither PNG nor"},
+      {"P7 1 1 255\n", "is neither PNG nor"},
+      {"P5 2 2 255\nabc", "breaks off"},
+      {"P5 x 2 255\n", "malformed number"},
+      {"P5 0 2 255\n", "is empty (0 x 2"},
+      {"P5 2147483648 2147483648 255\n", "is too large (2147483648 x"},
+      {"P5 99999999999 1 255\n", "out of range"},
+      {"P5 1 1 0\na", "maximum value 0"},
+      {"P2 1 1 7 8", "above its maximum"},
+      {"P1 1 1 2", "malformed bit"},
+      {"\x89PNG\r\n\x1A\n", "is not a whole PNG file"},
+  };
+  for (const auto& [content, message] : rows) {
+    const auto pages = ReadPages(content);
+    ASSERT_EQ(pages.size(), 1u) << content;
+    EXPECT_NE(pages[0].find(message), std::string::npos) << pages[0];
+  }
+  EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1").back(), "error: breaks off in the middle of a page");
+}
+
+std::string WritePng(png_uint_32 format, const void* pixels, int width,
+                     const void* palette = nullptr, int colors = 0) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = static_cast<png_uint_32>(width);
+  image.height = 1;
+  image.format = format;
+  image.colormap_entries = static_cast<png_uint_32>(colors);
+  png_alloc_size_t size = 0;
+  png_image_write_get_memory_size(image, size, 0, pixels, 0, palette);
+  std::string file(size, '\0');
+  png_image_write_to_memory(&image, file.data(), &size, 0, pixels, 0, palette);
+  return file;
+}
+
+TEST(PageReader, ReadsPngOnWhite) {
+  const BYTE rgba[] = {255, 0, 0, 255, 0, 0, 0, 0, 0, 0, 0, 128};
+  EXPECT_EQ(ReadPages(WritePng(PNG_FORMAT_RGBA, rgba, 3)).at(0), "3x1 ff0000 ffffff 7f7f7f");
+  const BYTE indexes[] = {1, 0};
+  const BYTE palette[] = {1, 2, 3, 9, 8, 7};
+  EXPECT_EQ(ReadPages(WritePng(PNG_FORMAT_RGB_COLORMAP, indexes, 2, palette, 2)).at(0),
+            "2x1 090807 010203");
+  const BYTE grey[] = {7};
+  const std::string file = WritePng(PNG_FORMAT_GRAY, grey, 1);
+  EXPECT_EQ(ReadPages(file).at(0), "1x1 070707");
+  for (std::size_t size = 8; size < file.size() - 12; size += 7) {
+    EXPECT_TRUE(ReadPages(file.substr(0, size)).at(0).starts_with("error: is not a whole PNG"));
+  }
+}
+
+TEST(Length, NeedsAUnit) {
+  EXPECT_EQ(ParseLengthUm("2.5mm", "x"), 2500);
+  EXPECT_EQ(ParseLengthUm("-1500 um", "x"), -1500);
+  EXPECT_EQ(ParseLengthUm("4in", "x"), 101600);
+  for (const char* text : {"", "5", "mm", "5 feet", "1e9mm", "nanmm"}) {
+    EXPECT_THROW(ParseLengthUm(text, "x"), HostError) << text;
+  }
+  const PaperSize size = ParsePaperSize("10x15.5cm", "x");
+  EXPECT_EQ(std::pair(size.widthUm, size.lengthUm), std::pair(100000, 155000));
+  for (const char* text : {"10x15", "100mm", "0x5mm", "100x4000mm", "10mmx", "x"}) {
+    EXPECT_THROW(ParsePaperSize(text, "x"), HostError) << text;
+  }
+}
+
+TEST(PageRaster, CutsTheSurfaceAndTellsWhatIsLost) {
+  std::mt19937 random(4);
+  for (int round = 0; round < 300; ++round) {
+    const auto number = [&random](LONG least, LONG most) {
+      return least + static_cast<LONG>(random() % (most - least + 1));
+    };
+    const DevicePage device = {20, 20, number(0, 5), number(0, 5), number(0, 15), number(0, 15),
+                               203};
+    PageImage page = MakePage(number(1, 20), number(1, 20), "page");
+    const LONG dotX = number(0, page.widthPx - 1), dotY = number(0, page.heightPx - 1);
+    page.Row(dotY)[3 * dotX] = 7;
+    const Surface surface = RasterPage(page, device);
+    const LONG x = dotX - device.offsetXPx, y = dotY - device.offsetYPx;
+    const bool onSurface = x >= 0 && y >= 0 && x < surface.widthPx && y < surface.heightPx;
+    EXPECT_EQ(std::count(surface.pixels.begin(), surface.pixels.end(), 7), onSurface);
+    if (onSurface) {
+      EXPECT_EQ(surface.pixels[y * surface.strideBytes + 3 * x], 7);
+    }
+    const bool printed = onSurface && dotX < surface.widthPx && dotY < surface.heightPx;
+    EXPECT_EQ(LosesContent(page, device), !printed);
+  }
+}
+
+TEST(PageRaster, LargePageIsAnErrorOrShrunk) {
+  const DevicePage device = {100, 50, 0, 0, 100, 50, 254};
+  try {
+    FitPage(MakePage(200, 50, "p"), device, Fit::None, "Page 3");
+    FAIL();
+  } catch (const HostError& error) {
+    const std::string what = error.what();
+    EXPECT_NE(what.find("Page 3 is 20 x 5 mm (200 x 50 dots)"), std::string::npos) << what;
+    EXPECT_NE(what.find("the paper is 10 x 5 mm (100 x 50 dots)"), std::string::npos) << what;
+  }
+  const PageImage shrunk = FitPage(MakePage(400, 100, "p"), device, Fit::Shrink, "p");
+  EXPECT_EQ(std::pair(shrunk.widthPx, shrunk.heightPx), std::pair(100u, 25u));
+}
+
+}  // namespace

@@ -1,0 +1,204 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <thread>
+
+#include "tests/support/png_image.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+// vlx as a process.
+class Print : public ::testing::Test {
+ protected:
+  Print() {
+    std::string pixels;
+    for (int i = 0; i < 81 * 47; ++i) pixels += i * i / 7 % 3 == 0 ? '\0' : '\xFF';
+    home.WriteFile("page.pgm", "P5 81 47 255\n" + pixels);
+    page = pixels;
+  }
+  // Runs `vlx print` with the arguments and gives its exit code; {} is the folder.
+  int Run(std::string arguments) {
+    for (std::size_t at; (at = arguments.find("{}")) != arguments.npos;) {
+      arguments.replace(at, 2, home.Path(""));
+    }
+    const std::string command = std::string(VLX_PATH) + " print " + arguments + " >" +
+                                home.Path("out.txt") + " 2>" + home.Path("err.txt");
+    return WEXITSTATUS(std::system(command.c_str()));
+  }
+  std::string Read(const std::string& name) const {
+    std::ifstream file(home.Path(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  // The job without its first line, which holds the time.
+  std::string Job(const std::string& name) const {
+    const std::string job = Read(name);
+    return job.substr(std::min(job.find('\n'), job.size()));
+  }
+  static PngImage ImageOf(const std::string& job) {
+    return DecodePng(job.substr(std::min(job.find("\x89PNG"), job.size())));
+  }
+
+  TempHome home;
+  std::string page;
+  const std::string paper = " --paper 12x7mm --dpi 203 ";
+};
+
+TEST_F(Print, PageArrivesDotForDotWhateverTheBands) {
+  ASSERT_EQ(Run("{}page.pgm -o {}a.job" + paper), 0) << Read("err.txt");
+  const PngImage image = ImageOf(Job("a.job"));
+  EXPECT_EQ(std::pair(image.width, image.height), std::pair(96u, 56u));
+  for (unsigned y = 0; y < 56; ++y) {
+    for (unsigned x = 0; x < 96; ++x) {
+      const bool black = x < 81 && y < 47 && page[y * 81 + x] == '\0';
+      ASSERT_EQ(image.At(x, y) == 0, black) << x << " " << y;
+    }
+  }
+  EXPECT_EQ(Read("out.txt").substr(Read("out.txt").find(": ")),
+            ": 1 label, " + std::to_string(Read("a.job").size()) +
+                " bytes, 1 image downloaded, 0 re-used\n");
+  for (const char* rows : {"1", "7", "1000"}) {
+    EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (rows + paper)), 0);
+    EXPECT_EQ(Job("b.job"), Job("a.job")) << rows;
+  }
+}
+
+TEST_F(Print, LandscapePageIsTurnedClockwise) {
+  const std::string landscape = " --orientation landscape --paper 7x12mm --dpi 203 ";
+  ASSERT_EQ(Run("{}page.pgm -o {}a.job" + landscape), 0) << Read("err.txt");
+  const PngImage image = ImageOf(Job("a.job"));
+  ASSERT_EQ(std::pair(image.width, image.height), std::pair(56u, 96u));
+  for (unsigned y = 0; y < 47; ++y) {
+    for (unsigned x = 0; x < 81; ++x) {
+      ASSERT_EQ(image.At(55 - y, x) == 0, page[y * 81 + x] == '\0') << x << " " << y;
+    }
+  }
+  for (const char* columns : {"1", "9", "1000"}) {
+    EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (columns + landscape)), 0);
+    EXPECT_EQ(Job("b.job"), Job("a.job")) << columns;
+  }
+}
+
+TEST_F(Print, MarginsKeepThePageInItsPlace) {
+  ASSERT_EQ(
+      Run("{}page.pgm -o {}a.job --set paper.margin_left=1mm --set paper.margin_top=1mm" + paper),
+      0);
+  EXPECT_NE(Read("err.txt").find("margins"), std::string::npos);
+  const PngImage image = ImageOf(Job("a.job"));
+  for (unsigned y = 0; y < image.height; ++y) {
+    for (unsigned x = 0; x < image.width; ++x) {
+      const bool black = x >= 7 && y >= 7 && x < 81 && y < 47 && page[y * 81 + x] == '\0';
+      ASSERT_EQ(image.At(x, y) == 0, black) << x << " " << y;
+    }
+  }
+}
+
+TEST_F(Print, RecordSavedIsTheRecordUsed) {
+  ASSERT_EQ(Run("{}page.pgm -o {}a.job --set print.speed=77 --save-devmode {}r" + paper), 0);
+  EXPECT_EQ(Read("r").size(), 2708u);
+  ASSERT_EQ(Run("{}page.pgm -o {}b.job --devmode {}r" + paper), 0);
+  EXPECT_EQ(Job("b.job"), Job("a.job"));
+  EXPECT_NE(Job("a.job").find("\r\nH77,"), std::string::npos);
+  home.WriteFile("r", "no record");
+  EXPECT_EQ(Run("{}page.pgm -o {}c.job --devmode {}r" + paper), 4);
+}
+
+TEST_F(Print, StreamOfPagesIsOneJob) {
+  home.WriteFile("three.pgm", Read("page.pgm") + Read("page.pgm") + Read("page.pgm"));
+  ASSERT_EQ(Run("- -o - --copies 2" + paper + "< {}three.pgm"), 0) << Read("err.txt");
+  EXPECT_NE(Read("err.txt").find("standard output: 3 labels"), std::string::npos);
+  const std::string job = Read("out.txt");
+  std::size_t labels = 0;
+  for (std::size_t at = 0; (at = job.find("\r\nA2\r\n", at)) != job.npos; ++at) ++labels;
+  EXPECT_EQ(labels, 3u);
+}
+
+TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
+  home.WriteFile("cut.pgm", Read("page.pgm") + "P5 81");
+  const std::pair<const char*, int> rows[] = {
+      {"-o {}a.job", 2},
+      {"{}page.pgm", 2},
+      {"{}page.pgm -o {}a.job --dpi 5", 2},
+      {"{}page.pgm -o {}a.job --to ftp://x", 2},
+      {"{}missing.png -o {}a.job", 3},
+      {"{}cut.pgm -o {}a.job --paper 12x7mm --dpi 203", 3},
+      {"{}page.pgm -o {}a.job --paper 5x5mm", 4},
+      {"{}page.pgm -o {}a.job --paper 12x7", 4},
+      {"{}page.pgm -o {}a.job --printer Nobody", 4},
+      {"{}page.pgm -o {}a.job --set devmode.dwSensorType=9 --paper 12x7mm --dpi 203", 4},
+      {"{}page.pgm -o {}nowhere/a.job --paper 12x7mm --dpi 203", 5},
+      {"{}page.pgm -o {}a.job --to tcp://127.0.0.1:1", 5},
+  };
+  for (const auto& [arguments, code] : rows) {
+    EXPECT_EQ(Run(arguments), code) << arguments << ": " << Read("err.txt");
+    for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
+      EXPECT_EQ(entry.path().filename().string().find("job"), std::string::npos) << arguments;
+    }
+  }
+  EXPECT_EQ(Run("{}page.pgm -o - --paper 5x5mm"), 4);
+  EXPECT_EQ(Read("out.txt"), "");
+}
+
+// A network printer on loopback that takes one job, or hangs up after some bytes.
+class NetworkPrinter {
+ public:
+  explicit NetworkPrinter(std::size_t most) : m_listener(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    bind(m_listener, reinterpret_cast<sockaddr*>(&address), size);
+    listen(m_listener, 1);
+    getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
+    port = ntohs(address.sin_port);
+    m_thread = std::thread([this, most] {
+      const int connection = accept(m_listener, nullptr, nullptr);
+      char bytes[4096];
+      while (job.size() < most) {
+        const ssize_t count = recv(connection, bytes, sizeof bytes, 0);
+        if (count <= 0) break;
+        job.append(bytes, static_cast<std::size_t>(count));
+      }
+      const linger reset = {1, 0};
+      if (job.size() >= most) setsockopt(connection, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+      close(connection);
+    });
+  }
+  ~NetworkPrinter() {
+    Join();
+    close(m_listener);
+  }
+  void Join() {
+    if (m_thread.joinable()) m_thread.join();
+  }
+
+  int port = 0;
+  std::string job;
+
+ private:
+  int m_listener;
+  std::thread m_thread;
+};
+
+TEST_F(Print, NetworkPrinterGetsTheSameJob) {
+  NetworkPrinter printer(std::size_t{1} << 30);
+  ASSERT_EQ(
+      Run("{}page.pgm -o {}a.job --to tcp://127.0.0.1:" + std::to_string(printer.port) + paper), 0);
+  printer.Join();
+  EXPECT_EQ(printer.job, Read("a.job"));
+}
+
+TEST_F(Print, PrinterThatHangsUpIsReported) {
+  std::string pages;
+  for (int i = 0; i < 300; ++i) pages += Read("page.pgm");
+  home.WriteFile("many.pgm", pages);
+  NetworkPrinter printer(1);
+  EXPECT_EQ(
+      Run("{}many.pgm -o {}a.job --to tcp://127.0.0.1:" + std::to_string(printer.port) + paper), 7);
+  EXPECT_NE(Read("err.txt").find("a part of the job only"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(home.Path("a.job")));
+}
+
+}  // namespace

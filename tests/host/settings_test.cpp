@@ -1,0 +1,116 @@
+#include "host/settings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "host/error.h"
+#include "tests/support/temp_home.h"
+
+namespace {
+
+// The error of a setting, empty when it is taken.
+std::string Error(const std::function<void(Settings&)>& use) {
+  Settings settings;
+  try {
+    use(settings);
+    return "";
+  } catch (const HostError& error) {
+    return std::to_string(error.Code()) + " " + error.what();
+  }
+}
+
+TEST(Settings, FileSetsWhatItNames) {
+  const TempHome home;
+  home.WriteFile("s.toml", R"(
+[paper]
+size = "60x40mm"
+orientation = "landscape"
+rotation = 180
+[print]
+method = "direct"
+model = "K7ä"
+[colour]
+highlight = "#112233"
+[blocks.4]
+kind = "inline"
+text = '\x41'
+[devmode]
+nOptionSet2A4 = -5
+guidSelectedStock = "{00000001-0002-0003-0405-060708090A0B}"
+nCpValue = "1500um"
+dwOptionE = true
+)");
+  Settings settings;
+  settings.ReadFile(home.Path("s.toml"));
+  settings.Set("print.speed=150");
+  settings.Set("paper.gap=2mm");  // no quotes on a command line
+  OEMDEV devmode = {};
+  settings.ApplyTo(devmode);
+  EXPECT_TRUE(settings.Page().landscape);
+  EXPECT_EQ(settings.Page().paper.lengthUm, 40000);
+  EXPECT_EQ(devmode.dwRotation, 2u);
+  EXPECT_EQ(devmode.dwPrintMethod, 1u);
+  EXPECT_STREQ(devmode.szModelCode, "K7\xE4");
+  EXPECT_EQ(devmode.crHighlightColor, 0x00332211u);
+  EXPECT_EQ(devmode.wCustomType4, 4);
+  EXPECT_STREQ(devmode.szCustomText4, "\\x41");
+  EXPECT_EQ(devmode.nOptionSet2A4, -5);
+  EXPECT_EQ(devmode.guidSelectedStock.Data4[7], 11);
+  EXPECT_EQ(devmode.nCpValue, 1500);
+  EXPECT_EQ(devmode.dwOptionE, 1u);
+  EXPECT_EQ(devmode.dwSpeed, 150u);
+  EXPECT_EQ(devmode.dwGapDistance, 2000u);
+  devmode.dwSpeed = 1;
+  EXPECT_THROW(settings.CheckKept(devmode), HostError);
+}
+
+TEST(Settings, RefusalNamesKeyValueAndRemedy) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"print.sped=1", "4 There is no setting \"print.sped\"; did you mean \"print.speed\"?"},
+      {"devmode.dwSped=1", "did you mean \"devmode.dwSpeed\"?"},
+      {"print.speed=0", "4 \"print.speed\" is 0: a whole number from 1 to 1000 is expected"},
+      {"print.speed=fast", "\"print.speed\" is \"fast\""},
+      {"print.method=laser", "one of transfer, direct is expected"},
+      {"print.crop=1", "true or false is expected"},
+      {"paper.gap=3", "a text is expected"},
+      {"paper.gap=-3mm", "not negative"},
+      {"devmode.nCpValue=3", "write a length with its unit"},
+      {"colour.highlight=red", "#RRGGBB"},
+      {"paper.stock=1", "a text is expected"},
+      {"print.model=01234567890123456789", "at most 19 characters fit"},
+      {"print.model=\u4E00", "code page"},
+      {"devmode.dwSpeed=-1", "0 to 4294967295"},
+      {"devmode.wCustomType3=65536", "0 to 65535"},
+      {"speed", "2 --set is \"speed\": write KEY=VALUE"},
+  };
+  for (const auto& [set, message] : rows) {
+    const std::string error = Error([&](Settings& settings) { settings.Set(set); });
+    EXPECT_NE(error.find(message), std::string::npos) << set << ": " << error;
+  }
+  EXPECT_NE(Error([](Settings& settings) {
+              settings.Set("print.speed=5");
+              settings.Set("devmode.dwSpeed=6");
+            }).find("\"print.speed\" (5) and \"devmode.dwSpeed\" (6) set the same thing"),
+            std::string::npos);
+  const TempHome home;
+  home.WriteFile("s.toml", "[print]\nspeed = = 1\n");
+  const auto read = [&home](const char* name) {
+    return Error([&](Settings& settings) { settings.ReadFile(home.Path(name)); });
+  };
+  EXPECT_TRUE(read("s.toml").starts_with("4 " + home.Path("s.toml") + ", line 2"));
+  EXPECT_TRUE(read("none.toml").starts_with("3 "));
+}
+
+TEST(Settings, EveryKeyIsDocumented) {
+  std::ifstream file(SETTINGS_DOCUMENT);
+  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  for (const SettingKey& key : SettingKeys()) {
+    EXPECT_NE(document.find("`" + std::string(key.name) + "`"), std::string::npos) << key.name;
+  }
+  for (const OemDevField& field : OemDevFields()) {
+    EXPECT_NE(document.find("`" + std::string(field.name) + "`"), std::string::npos) << field.name;
+  }
+}
+
+}  // namespace
