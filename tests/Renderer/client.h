@@ -40,7 +40,6 @@ class Client {
   OEMDEV devmode = {};
   IPrintOemUni2* plugin = nullptr;
   BOOL driverResult = TRUE;  // of the driver's own functions
-  bool spoolFails = false;
 
  private:
   template <typename Function>

@@ -152,15 +152,6 @@ TEST_F(DeviceContext, SelectedStockGivesTheMargins) {
             "warning: no paper selected. using first defined paper 'Gl\xC3\xA4nzend' for GDIINFO");
 }
 
-TEST_F(DeviceContext, OtherDepthsAreReportedAndTakeTheDriversPalette) {
-  info.cBitsPixel = 8;
-  devInfo.hpalDefault = EngCreatePalette(PAL_RGB, 0, nullptr, 0, 0, 0);
-  device.object.pOEMDM = nullptr;  // no margins, no stock
-  EXPECT_EQ(Enable()->hDevicePalette, devInfo.hpalDefault);
-  EXPECT_EQ(PaperLines()[1], "error: BPP != 24 !!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!");
-  EXPECT_EQ(PaperLines().size(), 4u);
-}
-
 TEST_F(DeviceContext, MissingArgumentsAreRefused) {
   PDEVOEM out = &device;
   SetLastError(0);

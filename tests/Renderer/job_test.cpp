@@ -85,18 +85,6 @@ TEST_F(Job, AbortWritesNothingMore) {
   EXPECT_FALSE(client.EndDoc(ED_ABORTDOC));
 }
 
-TEST_F(Job, SpoolerAnswerChangesNothing) {
-  const auto print = [this] {
-    client.StartDoc();
-    client.Page(Checks);
-    EXPECT_TRUE(client.EndDoc());
-    return Take();
-  };
-  const Events good = print();
-  client.spoolFails = true;
-  EXPECT_EQ(print(), good);
-}
-
 TEST_F(Job, UnchangedImagesAreReused) {
   client.devmode.dwColorMode = 2;
   client.devmode.dwSetupOnFirstPageOnly = 1;
@@ -167,27 +155,6 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
   EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
   EXPECT_NE(events[events.size() - 3].find(",20.00,23.00,60.00"), std::string::npos);
   EXPECT_TRUE(events[events.size() - 3].ends_with(place));  // the placement keeps the paper's size
-}
-
-TEST_F(Job, LandscapeStripsMakeTheTurnedPage) {
-  const auto print = [this](SHORT orientation, const std::function<DWORD(LONG, LONG)>& color,
-                            LONG band) {
-    client.publicDevmode.dmOrientation = orientation;
-    client.StartDoc();
-    client.Page(color, band);
-    client.EndDoc();
-    const Events events = client.Events();
-    client.ClearEvents();
-    return events.at(6);
-  };
-  const std::string turned = print(DMORIENT_LANDSCAPE, Checks, 8);
-  EXPECT_TRUE(turned.starts_with("<png 40x60 1-bit"));
-  EXPECT_EQ(print(DMORIENT_LANDSCAPE, Checks, 60), turned);
-  client.Disable();
-  client.Enable(40, 60);
-  EXPECT_EQ(print(
-                DMORIENT_PORTRAIT, [](LONG x, LONG y) { return Checks(y, 39 - x); }, 7),
-            turned);
 }
 
 // Prints a document whose page numbers, byte counts and images are its own.

@@ -73,7 +73,8 @@ TEST(JobEnd, NeverEndsOnAMultipleOf512Bytes) {
     device.SetBlock(1, row.kind, row.text);
     SendClosingBlock(&device.object);
     EXPECT_EQ(device.Stream(), row.expected) << row.before << " " << row.kind;
-    EXPECT_EQ(device.state.job.dwJobBytesWritten, row.before + static_cast<DWORD>(device.Stream().size()));
+    EXPECT_EQ(device.state.job.dwJobBytesWritten,
+              row.before + static_cast<DWORD>(device.Stream().size()));
   }
 }
 

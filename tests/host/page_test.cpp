@@ -4,7 +4,6 @@
 #include <random>
 
 #include "host/error.h"
-#include "host/length.h"
 #include "host/page_raster.h"
 #include "tests/support/temp_home.h"
 
@@ -103,20 +102,6 @@ TEST(PageReader, ReadsPngOnWhite) {
   }
 }
 
-TEST(Length, NeedsAUnit) {
-  EXPECT_EQ(ParseLengthUm("2.5mm", "x"), 2500);
-  EXPECT_EQ(ParseLengthUm("-1500 um", "x"), -1500);
-  EXPECT_EQ(ParseLengthUm("4in", "x"), 101600);
-  for (const char* text : {"", "5", "mm", "5 feet", "1e9mm", "nanmm"}) {
-    EXPECT_THROW(ParseLengthUm(text, "x"), HostError) << text;
-  }
-  const PaperSize size = ParsePaperSize("10x15.5cm", "x");
-  EXPECT_EQ(std::pair(size.widthUm, size.lengthUm), std::pair(100000, 155000));
-  for (const char* text : {"10x15", "100mm", "0x5mm", "100x4000mm", "10mmx", "x"}) {
-    EXPECT_THROW(ParsePaperSize(text, "x"), HostError) << text;
-  }
-}
-
 TEST(PageRaster, CutsTheSurfaceAndTellsWhatIsLost) {
   std::mt19937 random(4);
   for (int round = 0; round < 300; ++round) {
@@ -138,20 +123,6 @@ TEST(PageRaster, CutsTheSurfaceAndTellsWhatIsLost) {
     const bool printed = onSurface && dotX < surface.widthPx && dotY < surface.heightPx;
     EXPECT_EQ(LosesContent(page, device), !printed);
   }
-}
-
-TEST(PageRaster, LargePageIsAnErrorOrShrunk) {
-  const DevicePage device = {100, 50, 0, 0, 100, 50, 254};
-  try {
-    FitPage(MakePage(200, 50, "p"), device, Fit::None, "Page 3");
-    FAIL();
-  } catch (const HostError& error) {
-    const std::string what = error.what();
-    EXPECT_NE(what.find("Page 3 is 20 x 5 mm (200 x 50 dots)"), std::string::npos) << what;
-    EXPECT_NE(what.find("the paper is 10 x 5 mm (100 x 50 dots)"), std::string::npos) << what;
-  }
-  const PageImage shrunk = FitPage(MakePage(400, 100, "p"), device, Fit::Shrink, "p");
-  EXPECT_EQ(std::pair(shrunk.widthPx, shrunk.heightPx), std::pair(100u, 25u));
 }
 
 }  // namespace

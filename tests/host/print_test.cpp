@@ -81,20 +81,6 @@ TEST_F(Print, LandscapePageIsTurnedClockwise) {
   }
 }
 
-TEST_F(Print, MarginsKeepThePageInItsPlace) {
-  ASSERT_EQ(
-      Run("{}page.pgm -o {}a.job --set paper.margin_left=1mm --set paper.margin_top=1mm" + paper),
-      0);
-  EXPECT_NE(Read("err.txt").find("margins"), std::string::npos);
-  const PngImage image = ImageOf(Job("a.job"));
-  for (unsigned y = 0; y < image.height; ++y) {
-    for (unsigned x = 0; x < image.width; ++x) {
-      const bool black = x >= 7 && y >= 7 && x < 81 && y < 47 && page[y * 81 + x] == '\0';
-      ASSERT_EQ(image.At(x, y) == 0, black) << x << " " << y;
-    }
-  }
-}
-
 TEST_F(Print, RecordSavedIsTheRecordUsed) {
   ASSERT_EQ(Run("{}page.pgm -o {}a.job --set print.speed=77 --save-devmode {}r" + paper), 0);
   EXPECT_EQ(Read("r").size(), 2708u);

@@ -52,18 +52,6 @@ class GdiPlus : public ::testing::Test {
   std::mt19937 random{11};
 };
 
-TEST_F(GdiPlus, WorksOnlyWhileItRuns) {
-  Bitmap kept(4, 4, PixelFormat24bppRGB);
-  GdiplusShutdown(token);
-  EXPECT_EQ(Bitmap(4, 4, PixelFormat24bppRGB).GetLastStatus(), GdiplusNotInitialized);
-  EXPECT_EQ(Graphics(&kept).GetLastStatus(), GdiplusNotInitialized);
-  EXPECT_EQ(kept.GetWidth(), 4u);
-  Start();
-  EXPECT_EQ(Bitmap(0, 4, PixelFormat24bppRGB).GetLastStatus(), InvalidParameter);
-  EXPECT_EQ(Bitmap(4, 4, 7).GetLastStatus(), InvalidParameter);
-  EXPECT_EQ(Bitmap(0x7FFFFFFF, 0x7FFFFFFF, PixelFormat24bppRGB).GetLastStatus(), OutOfMemory);
-}
-
 TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
   const PixelFormat formats[] = {PixelFormat24bppRGB, PixelFormat1bppIndexed};
   for (int round = 0; round < 200; ++round) {

@@ -56,26 +56,6 @@ TEST_F(StateFiles, RegistryReadsEveryKindOfValue) {
   EXPECT_EQ(Query(u"A\\", u""), "-");
 }
 
-TEST_F(StateFiles, RegistryEnumeratesWithRoomRules) {
-  WriteRegistry("[HKEY_CURRENT_USER\\K\\bb]\n[HKEY_CURRENT_USER\\K\\Aa]\n");
-  HKEY key = nullptr;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, u"K", 0, KEY_ALL_ACCESS, &key), 0);
-  WriteRegistry("[HKEY_CURRENT_USER\\L]\n");  // an open key keeps its content
-  WCHAR name[3];
-  DWORD length = 3;
-  EXPECT_EQ(RegEnumKeyExW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(std::u16string(name, length), u"Aa");
-  length = 2;
-  EXPECT_EQ(RegEnumKeyExW(key, 1, name, &length, nullptr, nullptr, nullptr, nullptr),
-            LSTATUS(ERROR_MORE_DATA));
-  EXPECT_EQ(RegEnumKeyExW(key, 2, name, &length, nullptr, nullptr, nullptr, nullptr),
-            LSTATUS(ERROR_NO_MORE_ITEMS));
-  EXPECT_EQ(RegCloseKey(key), 0);
-  EXPECT_EQ(RegCloseKey(key), LSTATUS(ERROR_INVALID_HANDLE));
-  EXPECT_EQ(RegEnumKeyExW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
-            LSTATUS(ERROR_INVALID_HANDLE));
-}
-
 TEST_F(StateFiles, MalformedRegistryIsOneLineAndEmpty) {
   const char* bodies[] = {"[HKEY_CURRENT_USER\\A\n",
                           "\"v\"=\"1\"\n",

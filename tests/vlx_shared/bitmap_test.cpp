@@ -89,17 +89,6 @@ TEST_F(Bitmaps, PureColoursComeOutBitForBit) {
   }
 }
 
-TEST_F(Bitmaps, ToleranceIsAPartOfTheLargestDistance) {
-  // 100 of 441.67 away from red.
-  Bitmap* page = Page(1, 1, [](INT, INT) { return 0x9B0000u; });
-  for (const auto& [tolerance, matches] : {std::pair(0.22, false), {0.23, true}}) {
-    Bitmap *background = nullptr, *highlight = nullptr;
-    BitmapHelper::SplitImage(page, 0xFFFF0000, tolerance, eThreshold, 128, &background, &highlight);
-    EXPECT_EQ(Pixel(Own(highlight), 0, 0) == 0, matches);
-    EXPECT_EQ(Pixel(Own(background), 0, 0) == 0, !matches);
-  }
-}
-
 TEST_F(Bitmaps, ErrorDiffusionKeepsTheGreyLevel) {
   for (const DWORD level : {10u, 64u, 128u, 200u, 250u}) {
     Bitmap* dithered = Own(BitmapRasterizer::Dither(
@@ -111,15 +100,6 @@ TEST_F(Bitmaps, ErrorDiffusionKeepsTheGreyLevel) {
       white += pixel != 0;
     }
     EXPECT_NEAR(white / 40000, level / 255.0, 0.01) << level;
-  }
-}
-
-TEST_F(Bitmaps, ThresholdIsTheFirstWhiteLevel) {
-  Bitmap* ramp = Page(256, 1, [](INT x, INT) { return x * 0x010101u; });
-  for (const auto& [parameter, level] : {std::pair(0, 128), {1, 1}, {90, 90}, {255, 255}}) {
-    Bitmap* dithered = Own(BitmapRasterizer::Dither(ramp, eThreshold, parameter));
-    EXPECT_EQ(Pixel(dithered, level, 0), 0xFFFFFFu) << parameter;
-    EXPECT_EQ(Pixel(dithered, level - 1, 0), 0u) << parameter;
   }
 }
 
@@ -155,20 +135,6 @@ TEST_F(Bitmaps, ContentAndEqualityIgnoreThePadding) {
       EXPECT_EQ(BitmapHelper::Are1BPPBitmapsEqual(one, two), 0);
     }
   }
-}
-
-TEST_F(Bitmaps, ShapesThatDisagreeAreLeftAlone) {
-  Bitmap* page = Page(9, 4, [](INT, INT) { return 0u; });
-  Bitmap* other = Own(BitmapHelper::CreateBitmap(9, 5, PixelFormat1bppIndexed, WTEXT("")));
-  EXPECT_EQ(BitmapHelper::GetMonochromeImage1BPP(page, other), 0);
-  EXPECT_EQ(BitmapHelper::GetMonochromeImage1BPP(page, nullptr), 0);
-  EXPECT_EQ(BitmapHelper::Are1BPPBitmapsEqual(other, page), 0);
-  EXPECT_EQ(BitmapRasterizer::Dither(other, eThreshold, 0), nullptr);
-  EXPECT_EQ(BitmapHelper::GetFirstContentRow1BPP(page), -1);
-  EXPECT_EQ(BitmapHelper::CreateBitmap(0, 5, PixelFormat24bppRGB, WTEXT("")), nullptr);
-  EXPECT_EQ(BitmapHelper::CreateBitmap(2147483647, 2147483647, PixelFormat24bppRGB, WTEXT("")),
-            nullptr);
-  BitmapHelper::DeleteBitmap(nullptr);
 }
 
 TEST_F(Bitmaps, DiagnosticSaveWritesAPngOrOneLine) {

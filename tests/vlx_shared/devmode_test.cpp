@@ -5,8 +5,6 @@
 #include <random>
 
 #include "config/vlx_shared.h"
-#include "platform/spooler.h"
-#include "tests/support/temp_home.h"
 
 namespace {
 
@@ -141,44 +139,6 @@ TEST_F(DevMode, ConversionLeavesACurrentRecordAlone) {
   EXPECT_EQ(record.dwSpeed, 9u);
   EXPECT_EQ(record.nPSource1Value, 0);
   ConvertEp2Qor(nullptr);
-}
-
-TEST(Configuration, RecordStaysGoodWhenTheFileChanges) {
-  const TempHome home;
-  const auto write = [&home](int maximum) {
-    home.WriteFile("system.toml",
-                   "[[printer]]\nname=\"P\"\ndriver=\"D\"\n[printer.label]\n"
-                   "min_width_um=1\nmax_width_um=" +
-                       std::to_string(maximum) +
-                       "\nmin_length_um=3\nmax_length_um=4\n[[printer]]\nname=\"Q\"");
-  };
-  write(20);
-  CLoggerClient client;
-  HANDLE printer = nullptr;
-  HANDLE bare = nullptr;
-  WCHAR p[] = WTEXT("P"), q[] = WTEXT("Q");
-  ASSERT_TRUE(OpenPrinterW(p, &printer, nullptr) && OpenPrinterW(q, &bare, nullptr));
-  ConfigsCache* cache = ConfigsCache::GetInstance();
-  const Config *first = nullptr, *second = nullptr, *none = first;
-  EXPECT_TRUE(CConfigParser::Load(printer, &first, cache, client));
-  EXPECT_EQ(first->dwMinLabelWidth, 1u);
-  EXPECT_EQ(first->dwMaxLabelWidth, 20u);
-  EXPECT_EQ(first->dwMinLabelLength, 3u);
-  EXPECT_EQ(first->dwMaxLabelLength, 4u);
-  write(3000);
-  EXPECT_TRUE(CConfigParser::Load(printer, &second, cache, client));
-  EXPECT_EQ(second->dwMaxLabelWidth, 3000u);
-  EXPECT_EQ(first->dwMaxLabelWidth, 20u);
-  EXPECT_FALSE(CConfigParser::Load(bare, &none, cache, client));
-  EXPECT_FALSE(CConfigParser::Load(nullptr, &none, cache, client));
-  EXPECT_FALSE(CConfigParser::Load(printer, &none, nullptr, client));
-  WCHAR name[2] = {};
-  EXPECT_TRUE(CConfigParser::GetPrinterDriverName(printer, name, 2, client));
-  EXPECT_EQ(name[0], u'D');
-  EXPECT_FALSE(CConfigParser::GetPrinterDriverName(printer, name, 1, client));
-  ConfigsCache::ReleaseInstance();
-  ClosePrinter(printer);
-  ClosePrinter(bare);
 }
 
 }  // namespace
