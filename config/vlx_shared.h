@@ -74,9 +74,12 @@ class VLX_SHARED_API CConfigParser {
 VLX_SHARED_API HRESULT hrOEMDevMode(CLoggerClient& client, ConfigsCache* cache, LPCWSTR text,
                                     DWORD dwMode, POEMDMPARAM pOemDMParam);
 
-// Brings a record of an older layout to the current one, in place. A current record, and one that is
-// not ours, stays as it is byte for byte; null is ignored.
+// Brings a record of an older layout to the current one, in place. A current record, and one that
+// is not ours, stays as it is byte for byte; null is ignored.
 VLX_SHARED_API void ConvertEp2Qor(OEMDEV* devmode);
+
+// The library's version, static text like "1.0.0".
+extern "C" VLX_SHARED_API const char* VlxSharedVersion();
 
 // How grey becomes dots. Values not listed mean eFloydSteinberg.
 enum eBitmapDitherer : WORD {

@@ -37,3 +37,12 @@ std::string FindPlugin() {
   throw HostError(kExitInternal, "The plug-in libvlx_renderer.so is not beside " +
                                      program.string() + "; set VLX_RENDERER to its path");
 }
+
+std::string SharedLibraryVersion() {
+  void* library = dlopen("libvlx_shared.so", RTLD_NOW | RTLD_NOLOAD);
+  if (library == nullptr) return "unknown";
+  const auto version = reinterpret_cast<const char* (*)()>(dlsym(library, "VlxSharedVersion"));
+  const std::string text = version == nullptr ? "unknown" : version();
+  dlclose(library);
+  return text;
+}

@@ -26,3 +26,7 @@ class PluginModule {
 // Where the plug-in lies: VLX_RENDERER when set, else beside the program, which stands in the
 // installed tree or in the build tree.
 std::string FindPlugin();
+
+// The version of the maker's shared library that the loaded plug-in uses, "unknown" when it tells
+// none.
+std::string SharedLibraryVersion();

@@ -14,8 +14,9 @@ void ShowVersion() {
   Spool nowhere({});
   const std::string plugin = FindPlugin();
   const LabelDriver driver(plugin, nowhere);
-  std::printf("vlx %s\nplatform library %s\nplug-in interface %u (%s)\n", VLX_VERSION,
-              PlatformVersion(), driver.PluginVersion(), plugin.c_str());
+  std::printf("vlx %s\nplatform library %s\nshared library %s\nplug-in interface %u (%s)\n",
+              VLX_VERSION, PlatformVersion(), SharedLibraryVersion().c_str(),
+              driver.PluginVersion(), plugin.c_str());
 }
 
 int Run(int argc, char** argv) {

@@ -79,3 +79,5 @@ bool CConfigParser::GetPrinterDriverName(HANDLE hPrinter, LPWSTR buffer, DWORD c
 } catch (const std::bad_alloc&) {
   return false;
 }
+
+const char* VlxSharedVersion() { return VLX_VERSION; }
