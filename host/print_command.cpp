@@ -18,7 +18,10 @@ constexpr const char* kExamples = R"(Examples:
   vlx print label.png -o label.job --paper 100x150mm --dpi 300
   vlx print label.png --to tcp://192.0.2.7 --settings two-colour.toml
   vlx print page-*.png -o - --copies 3 --set print.speed=150
-  pdftoppm -r 203 labels.pdf | vlx print - -o labels.job --dpi 203 --fit shrink)";
+  pdftoppm -r 203 labels.pdf | vlx print - -o labels.job --dpi 203 --fit shrink
+
+Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
+5 target unreachable, 7 partly sent, 70 internal)";
 
 Settings ReadSettings(const PrintOptions& options) {
   Settings settings;
@@ -131,6 +134,14 @@ std::size_t PrintPages(LabelDriver& driver, const PrintOptions& options) {
   return count;
 }
 
+std::size_t PrintJob(const PrintOptions& options, const Settings& settings, Spool& spool) {
+  LabelDriver driver(FindPlugin(), spool);
+  const OEMDEV devmode = MakeDevMode(driver, options, settings);
+  if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, devmode);
+  driver.Open(options.printer, settings.Page(), devmode);
+  return PrintPages(driver, options);
+}
+
 std::string Counted(std::uint64_t count, const char* noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
@@ -184,14 +195,14 @@ int RunPrint(const PrintOptions& options) {
   const Settings settings = ReadSettings(options);
   Spool spool(OpenTargets(options));
   std::size_t pages = 0;
-  {
-    LabelDriver driver(FindPlugin(), spool);
-    const OEMDEV devmode = MakeDevMode(driver, options, settings);
-    if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, devmode);
-    driver.Open(options.printer, settings.Page(), devmode);
-    pages = PrintPages(driver, options);
+  try {
+    pages = PrintJob(options, settings, spool);
+    spool.Finish();
+  } catch (const HostError& error) {
+    // What a printer on the network has got cannot be taken back.
+    if (options.tcp.empty() || spool.Counts().bytes == 0) throw;
+    throw HostError(kExitPartlySent, std::string(error.what()) + "; a part of the job was sent");
   }
-  spool.Finish();
   ReportJob(options, pages, spool.Counts());
   return kExitDone;
 }
