@@ -152,19 +152,4 @@ TEST_F(DeviceContext, SelectedStockGivesTheMargins) {
             "warning: no paper selected. using first defined paper 'Gl\xC3\xA4nzend' for GDIINFO");
 }
 
-TEST_F(DeviceContext, MissingArgumentsAreRefused) {
-  PDEVOEM out = &device;
-  SetLastError(0);
-  EXPECT_EQ(
-      plugin->EnablePDEV(&device.object, nullptr, 0, nullptr, 0, nullptr, 0, &devInfo, &own, &out),
-      E_FAIL);
-  EXPECT_EQ(GetLastError(), 87u);
-  EXPECT_EQ(out, &device);
-  auto* result = reinterpret_cast<PBYTE>(&out);
-  EXPECT_EQ(plugin->ImageProcessing(&device.object, nullptr, nullptr, nullptr, 5, nullptr, &result),
-            E_FAIL);
-  EXPECT_EQ(result, nullptr);
-  EXPECT_EQ(plugin->EnableDriver(0, 0, nullptr), E_FAIL);
-}
-
 }  // namespace

@@ -56,23 +56,6 @@ TEST_F(Job, PagesGoOutOneHookLate) {
   EXPECT_EQ(Take(), (Events{header, "DrvStartDoc", "\r\nA3\r\n", "DrvEndDoc"}));
 }
 
-TEST_F(Job, EndsWithCutPrintLineAndBlocks) {
-  client.devmode.dwCut1Enabled = client.devmode.dwCut1AtJobEnd = 1;
-  client.devmode.nCut1Value1 = 2000;
-  client.devmode.wCustomType1 = client.devmode.wCustomType3 = 3;
-  client.devmode.szCustomText1[0] = '1';
-  client.devmode.szCustomText3[0] = '3';
-  client.StartDoc();
-  client.Page(Checks);
-  Take();
-  client.EndDoc();
-  const Events events = Take();
-  ASSERT_EQ(events.size(), 10u);
-  EXPECT_EQ(events[4], setup + "\r\nC9998,2.00,0.00" + place);
-  EXPECT_EQ(Events(events.begin() + 5, events.end()),
-            (Events{"\r\nCe,2.00,0.00", "\r\nA1\r\n", "\r\n3", "\r\n1", "DrvEndDoc"}));
-}
-
 TEST_F(Job, AbortWritesNothingMore) {
   client.StartDoc();
   client.Page(Checks);

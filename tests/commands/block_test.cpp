@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "commands/custom_blocks.h"
 #include "commands/job_stream.h"
+#include "tests/support/temp_home.h"
 
 namespace {
 
@@ -79,19 +77,10 @@ TEST(CustomBlocks, KindDecidesHowTheTextBecomesBytes) {
 }
 
 TEST(CustomBlocks, FileIsSentWholeInTextMode) {
-  const auto path =
-      std::filesystem::temp_directory_path() /
-      ("vlx_block_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
-  const auto expand = [&path](const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-    return ExpandCustomBlock(1, path.string());
-  };
-  const std::string large(10000, 'q');
-  EXPECT_EQ(expand(large), large);
-  EXPECT_EQ(expand("a\r\nb\\n\r"), "a\nb\\n\r");
-  EXPECT_EQ(expand("A\x1A"s + "B"), "A");
-  std::filesystem::remove(path);
-  EXPECT_EQ(ExpandCustomBlock(1, path.string()), "");
+  const TempHome home;
+  home.WriteFile("block", std::string(10000, 'q') + "\r\n\\n");
+  EXPECT_EQ(ExpandCustomBlock(1, home.Path("block")), std::string(10000, 'q') + "\n\\n");
+  EXPECT_EQ(ExpandCustomBlock(1, home.Path("missing")), "");
   EXPECT_EQ(ExpandCustomBlock(1, ""), "");
 }
 

@@ -98,17 +98,6 @@ TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
   }
 }
 
-TEST_F(GdiPlus, ClearFillsAndOddTurnsAreRefused) {
-  Bitmap colored(3, 2, PixelFormat24bppRGB), bits(9, 2, PixelFormat1bppIndexed);
-  Graphics(&colored).Clear(0xFF123456);
-  EXPECT_EQ(Pixel(colored, 2, 1), 0x123456u);
-  Graphics(&bits).Clear(0xFFFFFFFF);
-  EXPECT_EQ(Pixel(bits, 8, 1), 0xFFFFFFu);
-  Graphics graphics(&bits);
-  graphics.RotateTransform(45.0f);
-  EXPECT_EQ(graphics.GetLastStatus(), NotImplemented);
-}
-
 TEST_F(GdiPlus, SavesPngOfTheBitmapsDepth) {
   UINT count = 0, size = 0;
   ASSERT_EQ(GdipGetImageEncodersSize(&count, &size), Ok);
