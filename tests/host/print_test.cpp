@@ -24,8 +24,8 @@ class Print : public ::testing::Test {
     for (std::size_t at; (at = arguments.find("{}")) != arguments.npos;) {
       arguments.replace(at, 2, home.Path(""));
     }
-    const std::string command = std::string(VLX_PATH) + " print " + arguments + " >" +
-                                home.Path("out.txt") + " 2>" + home.Path("err.txt");
+    const std::string command = "'" VLX_PATH "' print " + arguments + " >" + home.Path("out.txt") +
+                                " 2>" + home.Path("err.txt");
     return WEXITSTATUS(std::system(command.c_str()));
   }
   std::string Read(const std::string& name) const {
@@ -157,6 +157,7 @@ class NetworkPrinter {
     close(m_listener);
   }
   void Join() {
+    shutdown(m_listener, SHUT_RDWR);  // nobody waits for a client that never came
     if (m_thread.joinable()) m_thread.join();
   }
 

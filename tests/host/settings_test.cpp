@@ -77,7 +77,7 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
       {"speed", "2 --set is \"speed\": write KEY=VALUE"},
   };
   for (const auto& [set, message] : rows) {
-    const std::string error = Error([&](Settings& settings) { settings.Set(set); });
+    const std::string error = Error([text = set](Settings& settings) { settings.Set(text); });
     EXPECT_NE(error.find(message), std::string::npos) << set << ": " << error;
   }
   EXPECT_NE(Error([](Settings& settings) {
