@@ -9,13 +9,21 @@
 
 namespace {
 
-// The device object behind a surface, null (last error set) unless all that a hook works on is
-// there.
+// The device object behind a surface, null (last error set) unless it has a state.
 PDEVOBJ DeviceOf(const SURFOBJ* pso) {
   auto* device = static_cast<PDEVOBJ>(pso == nullptr ? nullptr : pso->dhpdev);
-  if (device != nullptr && device->pdevOEM != nullptr && device->pPublicDM != nullptr &&
-      device->pOEMDM != nullptr && device->pDrvProcs != nullptr &&
-      device->pDrvProcs->DrvWriteSpoolBuf != nullptr) {
+  if (DeviceState(device) != nullptr) return device;
+  LogError(kRendering, "A document hook was called without a device state");
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return nullptr;
+}
+
+// The same for a hook that writes: it needs both devmodes and the spool write too.
+PDEVOBJ WritableDeviceOf(const SURFOBJ* pso) {
+  const PDEVOBJ device = DeviceOf(pso);
+  if (device == nullptr ||
+      (device->pPublicDM != nullptr && device->pOEMDM != nullptr && device->pDrvProcs != nullptr &&
+       device->pDrvProcs->DrvWriteSpoolBuf != nullptr)) {
     return device;
   }
   LogError(kRendering, "A document hook was called without a complete device object");
@@ -66,7 +74,7 @@ BOOL PassBand(const char* hook, const char* function, BandingFunction COemPDEV::
 }  // namespace
 
 BOOL APIENTRY OEMStartDoc(SURFOBJ* pso, LPWSTR pwszDocName, DWORD dwJobId) {
-  const PDEVOBJ device = DeviceOf(pso);
+  const PDEVOBJ device = WritableDeviceOf(pso);
   if (device == nullptr) return FALSE;
   COemPDEV* state = DeviceState(device);
   const bool reset = pwszDocName == nullptr && dwJobId == 0;  // the state came with ResetPDEV
@@ -91,7 +99,7 @@ BOOL APIENTRY OEMStartDoc(SURFOBJ* pso, LPWSTR pwszDocName, DWORD dwJobId) {
 }
 
 BOOL APIENTRY OEMStartPage(SURFOBJ* pso) {
-  const PDEVOBJ device = DeviceOf(pso);
+  const PDEVOBJ device = WritableDeviceOf(pso);
   if (device == nullptr) return FALSE;
   COemPDEV* state = DeviceState(device);
   LogTrace(kRendering, "OEMStartPage BEGIN (OemPDEV=%p)", static_cast<void*>(state));
@@ -125,7 +133,7 @@ BOOL APIENTRY OEMNextBand(SURFOBJ* pso, POINTL* pptl) {
 }
 
 BOOL APIENTRY OEMEndDoc(SURFOBJ* pso, FLONG fl) {
-  const PDEVOBJ device = DeviceOf(pso);
+  const PDEVOBJ device = WritableDeviceOf(pso);
   if (device == nullptr) return FALSE;
   COemPDEV* state = DeviceState(device);
   LogTrace(kRendering, "OEMEndDoc BEGIN (OemPDEV=%p)", static_cast<void*>(state));

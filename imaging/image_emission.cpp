@@ -195,12 +195,12 @@ INT SendImageToPrinter(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground,
                 {pbmpHighlight, nullptr, 0, bHighlightEmpty},
                 {},
                 {}};
+  bool emitted = false;
   try {
-    const bool emitted = Emit(page);
-    LogTrace(kRendering, "SendImageToPrinter END (%d)", emitted ? 1 : 0);
-    return 1;
+    emitted = Emit(page);
   } catch (const std::bad_alloc&) {
-    LogTrace(kRendering, "SendImageToPrinter END (%d)", 0);
-    return 0;
+    // Fails like an image that cannot be encoded.
   }
+  LogTrace(kRendering, "SendImageToPrinter END (%d)", emitted ? 1 : 0);
+  return 1;
 }
