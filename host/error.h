@@ -1,25 +1,6 @@
-// What stops a print, with the exit code that tells a script why.
+// The errors of the driver's side.
 #pragma once
 
-#include <stdexcept>
-#include <string>
+#include "common/error.h"
 
-enum ExitCode : int {
-  kExitDone = 0,
-  kExitUsage = 2,
-  kExitInput = 3,
-  kExitSettings = 4,
-  kExitTarget = 5,
-  kExitPartlySent = 7,
-  kExitInternal = 70,
-};
-
-// The text names the thing, the value and the remedy.
-class HostError : public std::runtime_error {
- public:
-  HostError(ExitCode code, const std::string& what) : std::runtime_error(what), m_code(code) {}
-  ExitCode Code() const { return m_code; }
-
- private:
-  ExitCode m_code;
-};
+using HostError = CommandError;

@@ -13,8 +13,10 @@ MAY_INCLUDE = {
     "imaging": {"commands", "config", "platform"},
     "Renderer": {"imaging", "commands", "config", "platform"},
     "vlx_shared": {"config", "platform"},
-    "host": {"platform", "config"},
-    "tools": {"host", "platform"},
+    "common": set(),
+    "host": {"platform", "config", "common"},
+    "viewer": {"common"},
+    "tools": {"host", "viewer", "platform", "common"},
 }
 PLUGIN = {"config", "commands", "imaging", "Renderer"}
 RECORDS = {"config/oemdev.h", "config/oemdev_fields.h", "config/config_record.h"}
@@ -76,6 +78,7 @@ def self_test():
         "host/d.cpp": '#include "config/vlx_shared.h"',
         "vlx_shared/e.cpp": '#include "tests/support/device.h"',
         "platform/f.h": '#include "config/oemdev.h"',
+        "viewer/i.cpp": '#include "platform/types.h"',
         "tools/g.cpp": "\n" * (LONGEST + 1),
     }
     good = {"commands/h.cpp": '#include <vector>\n#include "config/log.h"\n#include "commands/x.h"'}

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "common/command.h"
 #include "host/driver.h"
 #include "host/print_command.h"
 #include "platform/version.h"
@@ -19,13 +20,23 @@ void ShowVersion() {
               driver.PluginVersion(), plugin.c_str());
 }
 
+Command PrintCommand(CLI::App& program) {
+  const auto options = std::make_shared<PrintOptions>();
+  return {AddPrintCommand(program, *options), [options] { return RunPrint(*options); }};
+}
+
+// Every command, in the order of the help.
+constexpr Command (*kCommands[])(CLI::App& program) = {
+    PrintCommand,
+};
+
 int Run(int argc, char** argv) {
   CLI::App program("The label printer driver on the command line", "vlx");
   program.require_subcommand(0, 1);
   bool version = false;
   program.add_flag("--version", version, "Show the versions of the program and its libraries");
-  PrintOptions printOptions;
-  CLI::App* print = AddPrintCommand(program, printOptions);
+  std::vector<Command> commands;
+  for (const auto add : kCommands) commands.push_back(add(program));
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -35,7 +46,9 @@ int Run(int argc, char** argv) {
     ShowVersion();
     return kExitDone;
   }
-  if (print->parsed()) return RunPrint(printOptions);
+  for (const Command& command : commands) {
+    if (command.app->parsed()) return command.run();
+  }
   std::fputs(program.help().c_str(), stderr);
   return kExitUsage;
 }
@@ -47,11 +60,11 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
     return Run(argc, argv);
-  } catch (const HostError& error) {
+  } catch (const CommandError& error) {
     std::fprintf(stderr, "vlx: %s\n", error.what());
     return error.Code();
   } catch (const std::bad_alloc&) {
-    std::fputs("vlx: there is not enough memory for this page\n", stderr);
+    std::fputs("vlx: there is not enough memory\n", stderr);
     return kExitInternal;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vlx: internal error: %s\n", error.what());
