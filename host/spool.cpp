@@ -2,23 +2,43 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 
 #include "host/error.h"
 
 namespace {
 
+// What to do about it, by the error.
+struct Remedy {
+  int error;
+  const char* remedy;
+};
+constexpr Remedy kRemedies[] = {
+    {ENOENT, "; make its folder first"},
+    {EACCES, "; choose a folder that you may write to"},
+    {EROFS, "; choose a folder that you may write to"},
+    {ENOSPC, "; free some space or choose another folder"},
+    {EISDIR, "; name a file in it"},
+};
+
 [[noreturn]] void Fail(const std::string& target) {
-  throw HostError(kExitTarget, target + ": cannot be written: " + std::strerror(errno));
+  const int error = errno;
+  const auto* remedy = std::find_if(std::begin(kRemedies), std::end(kRemedies),
+                                    [error](const Remedy& row) { return row.error == error; });
+  throw HostError(kExitTarget, target + ": cannot be written: " + std::strerror(error) +
+                                   (remedy == std::end(kRemedies) ? "" : remedy->remedy));
 }
 
 class FileTarget final : public SpoolTarget {
  public:
-  explicit FileTarget(const std::string& path)
-      : m_path(path), m_temporary(path + "." + std::to_string(getpid()) + ".part") {
-    m_file = std::fopen(m_temporary.c_str(), "wbx");
+  explicit FileTarget(const std::string& path) : m_path(LinkedFile(path)) {
+    m_temporary = m_path + "." + std::to_string(getpid()) + ".part";
+    m_file = std::fopen(m_temporary.c_str(), "wbxe");
     if (m_file == nullptr) Fail(m_path);
   }
   ~FileTarget() override {
@@ -43,19 +63,38 @@ class FileTarget final : public SpoolTarget {
   }
 
  private:
+  // A link stays one: what it points to is replaced.
+  static std::string LinkedFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    return error ? path : file.string();
+  }
+
   const std::string m_path;
-  const std::string m_temporary;
+  std::string m_temporary;
   std::FILE* m_file;
 };
 
-class StandardOutput final : public SpoolTarget {
+// Standard output, a device, a named pipe: what takes bytes as they come and must not be replaced
+// by a file.
+class StreamTarget final : public SpoolTarget {
  public:
+  StreamTarget(const std::string& name, std::FILE* file) : m_name(name), m_file(file) {
+    if (m_file == nullptr) Fail(m_name);
+  }
+  ~StreamTarget() override {
+    if (m_file != stdout) std::fclose(m_file);
+  }
   void Write(std::string_view bytes) override {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) Fail("standard output");
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file) != bytes.size()) Fail(m_name);
   }
   void Finish() override {
-    if (std::fflush(stdout) != 0) Fail("standard output");
+    if (std::fflush(m_file) != 0) Fail(m_name);
   }
+
+ private:
+  const std::string m_name;
+  std::FILE* m_file;
 };
 
 std::uint64_t CountOf(std::string_view text, std::string_view part) {
@@ -67,7 +106,12 @@ std::uint64_t CountOf(std::string_view text, std::string_view part) {
 }  // namespace
 
 std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path) {
-  if (path == "-") return std::make_unique<StandardOutput>();
+  if (path == "-") return std::make_unique<StreamTarget>("standard output", stdout);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    return std::make_unique<StreamTarget>(path, std::fopen(path.c_str(), "wbe"));
+  }
   return std::make_unique<FileTarget>(path);
 }
 

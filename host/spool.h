@@ -17,7 +17,7 @@ class SpoolTarget {
   virtual void Finish() = 0;
 };
 
-// A file path, or "-" for standard output.
+// A file path, a device or named pipe, or "-" for standard output.
 std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path);
 
 // "tcp://HOST[:PORT]", port 9100 by default. Connecting takes 10 seconds at most, and no write
