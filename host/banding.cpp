@@ -13,13 +13,13 @@ constexpr POINTL kNoMoreBands = {-1, -1};
 
 }  // namespace
 
-void LabelDriver::PrintPage(Surface surface, LONG bandPx) {
-  m_surface = std::move(surface);
+void LabelDriver::PrintPage(const PageImage& surface, LONG bandPx) {
+  m_surface = &surface;
   m_bands.clear();
   const bool landscape = m_publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;
   // A strip of a multiple of 4 columns has rows without padding, which would cover its neighbour.
   const LONG step = landscape ? std::max<LONG>((bandPx + 3) / 4 * 4, 4) : std::max<LONG>(bandPx, 1);
-  const LONG length = landscape ? m_surface.widthPx : m_surface.heightPx;
+  const LONG length = static_cast<LONG>(landscape ? surface.widthPx : surface.heightPx);
   for (LONG start = 0; start < length; start += step) {
     m_bands.push_back({start, std::min(step, length - start)});
   }
@@ -36,18 +36,18 @@ void LabelDriver::PrintPage(Surface surface, LONG bandPx) {
 
 bool LabelDriver::SendBand(const Band& band) {
   if (m_publicDevmode.dmOrientation != DMORIENT_LANDSCAPE) {
-    return SendToPlugin(m_surface.pixels.data() + band.startPx * m_surface.strideBytes,
-                        m_surface.strideBytes, m_surface.widthPx, band.lengthPx, {0, band.startPx});
+    return SendToPlugin(m_surface->Row(static_cast<std::uint32_t>(band.startPx)),
+                        m_surface->strideBytes, static_cast<LONG>(m_surface->widthPx),
+                        band.lengthPx, {0, band.startPx});
   }
   const std::size_t strideBytes = (std::size_t{3} * band.lengthPx + 3) / 4 * 4;
-  std::vector<BYTE> strip(strideBytes * m_surface.heightPx, 0xFF);
-  for (LONG y = 0; y < m_surface.heightPx; ++y) {
-    std::memcpy(strip.data() + y * strideBytes,
-                m_surface.pixels.data() + y * m_surface.strideBytes + 3 * band.startPx,
+  m_strip.assign(strideBytes * m_surface->heightPx, 0xFF);
+  for (std::uint32_t y = 0; y < m_surface->heightPx; ++y) {
+    std::memcpy(m_strip.data() + y * strideBytes, m_surface->Row(y) + 3 * band.startPx,
                 std::size_t{3} * band.lengthPx);
   }
-  return SendToPlugin(strip.data(), strideBytes, band.lengthPx, m_surface.heightPx,
-                      {band.startPx, 0});
+  return SendToPlugin(m_strip.data(), strideBytes, band.lengthPx,
+                      static_cast<LONG>(m_surface->heightPx), {band.startPx, 0});
 }
 
 bool LabelDriver::SendToPlugin(const BYTE* bytes, std::size_t strideBytes, LONG widthPx,
@@ -63,8 +63,7 @@ bool LabelDriver::SendToPlugin(const BYTE* bytes, std::size_t strideBytes, LONG 
   IPPARAMS parameters = {};
   parameters.dwSize = sizeof parameters;
   parameters.ptOffset = at;
-  parameters.bBlankBand =
-      std::all_of(bytes, bytes + size, [](BYTE byte) { return byte == 0xFF; }) ? TRUE : FALSE;
+  parameters.bBlankBand = IsWhite(bytes, size) ? TRUE : FALSE;
   PBYTE result = nullptr;
   return SUCCEEDED(m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(bytes), &header, nullptr,
                                              kBand24Bits, &parameters, &result)) &&

@@ -40,7 +40,7 @@ class LabelDriver {
 
   // One document. bandPx: rows of a portrait band, columns of a landscape one.
   void StartDocument(const std::string& name, DWORD jobId);
-  void PrintPage(Surface surface, LONG bandPx);
+  void PrintPage(const PageImage& surface, LONG bandPx);
   void EndDocument();
   void AbortDocument() noexcept;
 
@@ -96,7 +96,8 @@ class LabelDriver {
   DEVINFO m_devInfo = {};
   SURFOBJ m_surfaceObject = {};
 
-  Surface m_surface;
+  const PageImage* m_surface = nullptr;  // while its page is printed
+  std::vector<BYTE> m_strip;             // a landscape band
   std::vector<Band> m_bands;
   std::size_t m_nextBand = 0;
 };

@@ -25,35 +25,53 @@ std::string SizeText(std::int64_t width, std::int64_t height, int dpi) {
          std::to_string(width) + " x " + std::to_string(height) + " dots)";
 }
 
-PageImage Shrunk(const PageImage& page, const DevicePage& device, const std::string& name) {
+void Shrink(PageImage& page, const DevicePage& device, const std::string& name) {
   const double scale = std::min(static_cast<double>(device.physicalWidthPx) / page.widthPx,
                                 static_cast<double>(device.physicalHeightPx) / page.heightPx);
   const auto side = [scale](std::uint32_t length, LONG most) {
     return std::clamp<std::int64_t>(std::llround(length * scale), 1, most);
   };
-  PageImage smaller = MakePage(side(page.widthPx, device.physicalWidthPx),
-                               side(page.heightPx, device.physicalHeightPx), name);
+  PageImage smaller;
+  ShapePage(smaller, side(page.widthPx, device.physicalWidthPx),
+            side(page.heightPx, device.physicalHeightPx), name);
   if (stbir_resize_uint8(page.pixels.data(), static_cast<int>(page.widthPx),
-                         static_cast<int>(page.heightPx), 0, smaller.pixels.data(),
-                         static_cast<int>(smaller.widthPx), static_cast<int>(smaller.heightPx), 0,
+                         static_cast<int>(page.heightPx), static_cast<int>(page.strideBytes),
+                         smaller.pixels.data(), static_cast<int>(smaller.widthPx),
+                         static_cast<int>(smaller.heightPx), static_cast<int>(smaller.strideBytes),
                          3) == 0) {
     throw std::bad_alloc();
   }
-  return smaller;
-}
-
-bool IsWhite(const std::uint8_t* bytes, std::size_t size) {
-  return std::all_of(bytes, bytes + size, [](std::uint8_t byte) { return byte == 0xFF; });
+  page = std::move(smaller);
 }
 
 }  // namespace
 
-PageImage FitPage(PageImage page, const DevicePage& device, Fit fit, const std::string& name) {
+bool IsWhite(const std::uint8_t* bytes, std::size_t size) {
+  return size == 0 || (bytes[0] == 0xFF && std::memcmp(bytes, bytes + 1, size - 1) == 0);
+}
+
+void CheckPrintable(const DevicePage& device) {
+  if (device.surfaceWidthPx > 0 && device.surfaceHeightPx > 0) return;
+  throw HostError(
+      kExitSettings,
+      "The margins leave nothing of the paper of " +
+          SizeText(device.physicalWidthPx, device.physicalHeightPx, device.dpi) +
+          " to print on: make paper.margin_* or the stock's margins smaller, or --paper larger");
+}
+
+void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::string& name) {
+  if (page.roundedUp) {
+    const auto whole = [](std::uint32_t length, LONG most) {
+      return std::int64_t{length} == std::int64_t{most} + 1 && most > 0 ? length - 1 : length;
+    };
+    TrimPage(page, whole(page.widthPx, device.physicalWidthPx),
+             whole(page.heightPx, device.physicalHeightPx));
+  }
   if (std::int64_t{page.widthPx} <= device.physicalWidthPx &&
       std::int64_t{page.heightPx} <= device.physicalHeightPx) {
-    return page;
+    return;
   }
-  if (fit == Fit::Shrink) return Shrunk(page, device, name);
+  if (fit == Fit::Shrink) return Shrink(page, device, name);
   throw HostError(kExitSettings,
                   name + " is " + SizeText(page.widthPx, page.heightPx, device.dpi) + " at " +
                       std::to_string(device.dpi) + " dpi, the paper is " +
@@ -61,23 +79,25 @@ PageImage FitPage(PageImage page, const DevicePage& device, Fit fit, const std::
                       ": choose a larger --paper, another --dpi or --orientation, or --fit shrink");
 }
 
-Surface RasterPage(const PageImage& page, const DevicePage& device) {
-  Surface surface;
-  surface.widthPx = device.surfaceWidthPx;
-  surface.heightPx = device.surfaceHeightPx;
-  surface.strideBytes = (std::size_t{3} * surface.widthPx + 3) / 4 * 4;
-  surface.pixels.assign(surface.strideBytes * surface.heightPx, 0xFF);
-  const std::int64_t columns =
-      std::min<std::int64_t>(std::int64_t{page.widthPx} - device.offsetXPx, surface.widthPx);
-  const std::int64_t rows =
-      std::min<std::int64_t>(std::int64_t{page.heightPx} - device.offsetYPx, surface.heightPx);
-  if (columns <= 0) return surface;
+void RasterPage(PageImage& page, const DevicePage& device, PageImage& surface) {
+  const std::int64_t width = device.surfaceWidthPx;
+  const std::int64_t height = device.surfaceHeightPx;
+  if (device.offsetXPx == 0 && device.offsetYPx == 0 && page.widthPx == width &&
+      page.heightPx == height) {
+    std::swap(page, surface);
+    return;
+  }
+  ShapePage(surface, static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height),
+            "The printable area");
+  std::fill(surface.pixels.begin(), surface.pixels.end(), 0xFF);
+  const std::int64_t columns = std::min(std::int64_t{page.widthPx} - device.offsetXPx, width);
+  const std::int64_t rows = std::min(std::int64_t{page.heightPx} - device.offsetYPx, height);
+  if (columns <= 0) return;
   for (std::int64_t y = 0; y < rows; ++y) {
-    std::memcpy(surface.pixels.data() + y * surface.strideBytes,
+    std::memcpy(surface.Row(static_cast<std::uint32_t>(y)),
                 page.Row(static_cast<std::uint32_t>(y + device.offsetYPx)) + 3 * device.offsetXPx,
                 static_cast<std::size_t>(3 * columns));
   }
-  return surface;
 }
 
 bool LosesContent(const PageImage& page, const DevicePage& device) {

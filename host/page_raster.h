@@ -16,22 +16,21 @@ struct DevicePage {
   int dpi;
 };
 
+// Throws HostError (settings) when the margins leave nothing of the paper.
+void CheckPrintable(const DevicePage& device);
+
 enum class Fit { None, Shrink };
 
 // Makes the page fit the paper. A page that is larger is an error with Fit::None (HostError,
 // settings, with both sizes and the remedy) and made smaller in proportion with Fit::Shrink.
-PageImage FitPage(PageImage page, const DevicePage& device, Fit fit, const std::string& name);
+void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::string& name);
 
-// The surface of the device: rows of 24-bit pixels padded to 4 bytes.
-struct Surface {
-  LONG widthPx = 0;
-  LONG heightPx = 0;
-  std::size_t strideBytes = 0;
-  std::vector<std::uint8_t> pixels;
-};
+// Lays the page with its top left corner on the paper's and cuts out the device's surface. The
+// page's content is undefined afterwards: a page that is the surface changes places with it.
+void RasterPage(PageImage& page, const DevicePage& device, PageImage& surface);
 
-// Lays the page with its top left corner on the paper's and cuts out the surface.
-Surface RasterPage(const PageImage& page, const DevicePage& device);
+// Whether all bytes are 0xFF.
+bool IsWhite(const std::uint8_t* bytes, std::size_t size);
 
 // Whether the page has anything but white where the printer does not print: outside of the surface,
 // or in its last columns and rows, which the plug-in drops when it puts the borders back.

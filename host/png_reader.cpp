@@ -59,7 +59,7 @@ struct Reader {
 
 }  // namespace
 
-PageImage ReadPng(std::FILE* file, const std::string& source) {
+void ReadPng(std::FILE* file, const std::string& source, PageImage& page) {
   Reader reader;
   if (reader.info == nullptr) throw std::bad_alloc();
   const auto fail = [&]() -> HostError {
@@ -67,10 +67,11 @@ PageImage ReadPng(std::FILE* file, const std::string& source) {
                                      "); export it again");
   };
   if (!ReadHeader(reader.png, reader.info, file)) throw fail();
-  PageImage page = MakePage(png_get_image_width(reader.png, reader.info),
-                            png_get_image_height(reader.png, reader.info), source);
+  ShapePage(page, png_get_image_width(reader.png, reader.info),
+            png_get_image_height(reader.png, reader.info), source);
   std::vector<png_bytep> rows(page.heightPx);
   for (std::uint32_t y = 0; y < page.heightPx; ++y) rows[y] = page.Row(y);
-  if (!ReadRows(reader.png, reader.info, rows.data(), page.RowBytes())) throw fail();
-  return page;
+  if (!ReadRows(reader.png, reader.info, rows.data(), std::size_t{3} * page.widthPx)) {
+    throw fail();
+  }
 }

@@ -18,7 +18,8 @@ constexpr const char* kExamples = R"(Examples:
   vlx print label.png -o label.job --paper 100x150mm --dpi 300
   vlx print label.png --to tcp://192.0.2.7 --settings two-colour.toml
   vlx print page-*.png -o - --copies 3 --set print.speed=150
-  pdftoppm -r 203 labels.pdf | vlx print - -o labels.job --dpi 203 --fit shrink
+  vlx print labels.pdf -o labels.job --paper 4x6in --dpi 203
+  produce-pages | vlx print - -o labels.job --fit shrink
 
 Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
 5 target unreachable, 7 partly sent, 70 internal)";
@@ -97,34 +98,51 @@ class Progress {
   const bool m_shown;
 };
 
-// The next page as it lies on the device, none after the last. Says what the printer cannot reach.
-std::optional<Surface> NextSurface(PageReader& reader, const DevicePage& device, Fit fit,
-                                   std::size_t number) {
-  std::optional<PageImage> page = reader.Next();
-  if (!page) return std::nullopt;
-  const std::string name = "Page " + std::to_string(number);
-  const PageImage fitted = FitPage(std::move(*page), device, fit, name);
-  if (LosesContent(fitted, device)) {
-    std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
-                 name.c_str());
+// Turns page after page of the files into the device's surface, in the same two buffers.
+class SurfaceReader {
+ public:
+  SurfaceReader(const PrintOptions& options, const DevicePage& device)
+      : m_reader(options.files, device.dpi),
+        m_device(device),
+        m_fit(options.fit == "shrink" ? Fit::Shrink : Fit::None) {}
+
+  // False after the last page. Says what the printer cannot reach.
+  bool Next() {
+    if (!m_reader.Next(m_page)) return false;
+    const std::string name = "Page " + std::to_string(++m_number);
+    FitPage(m_page, m_device, m_fit, name);
+    if (LosesContent(m_page, m_device)) {
+      std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
+                   name.c_str());
+    }
+    RasterPage(m_page, m_device, m_surface);
+    return true;
   }
-  return RasterPage(fitted, device);
-}
+  const PageImage& Surface() const { return m_surface; }
+  std::size_t KnownCount() const { return m_reader.KnownCount(); }
+
+ private:
+  PageReader m_reader;
+  const DevicePage m_device;
+  const Fit m_fit;
+  std::size_t m_number = 0;
+  PageImage m_page;
+  PageImage m_surface;
+};
 
 // Prints all pages and returns their number. Nothing is written before the first page is ready.
 std::size_t PrintPages(LabelDriver& driver, const PrintOptions& options) {
-  PageReader reader(options.files);
   const DevicePage device = driver.Page();
-  const Fit fit = options.fit == "shrink" ? Fit::Shrink : Fit::None;
+  CheckPrintable(device);
+  SurfaceReader pages(options, device);
   std::size_t count = 0;
-  std::optional<Surface> surface = NextSurface(reader, device, fit, 1);
-  const Progress progress(reader.KnownCount());
+  bool more = pages.Next();
+  const Progress progress(pages.KnownCount());
   driver.StartDocument(DocumentName(options), 1);
   try {
-    while (surface) {
-      driver.PrintPage(std::move(*surface), options.bandRows);
+    for (; more; more = pages.Next()) {
+      driver.PrintPage(pages.Surface(), options.bandRows);
       progress.Show(++count);
-      surface = NextSurface(reader, device, fit, count + 1);
     }
     driver.EndDocument();
   } catch (...) {
@@ -163,7 +181,7 @@ void ReportJob(const PrintOptions& options, std::size_t pages, const SpoolCounts
 CLI::App* AddPrintCommand(CLI::App& program, PrintOptions& options) {
   CLI::App* print =
       program.add_subcommand("print", "Print images through the label printer driver");
-  print->add_option("FILE", options.files, "PNG, PBM, PGM or PPM files, a page each; - reads pages")
+  print->add_option("FILE", options.files, "PNG, PBM, PGM, PPM and PDF files; - reads standard input")
       ->required();
   print->add_option("-o,--output", options.output, "File for the job, - for standard output");
   print->add_option("--to", options.tcp, "Network printer, tcp://HOST[:9100]");

@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   cmake g++ make
   libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev
-  libgtest-dev python3 binutils
+  libgtest-dev python3 binutils poppler-utils
 )
 
 missing=()

@@ -18,13 +18,13 @@ std::vector<std::string> ReadPages(const std::string& content) {
   home.WriteFile("page", content);
   std::vector<std::string> pages;
   try {
-    PageReader reader({home.Path("page")});
-    while (const auto page = reader.Next()) {
-      std::string text = std::to_string(page->widthPx) + "x" + std::to_string(page->heightPx);
-      for (std::size_t i = 0; i < page->pixels.size(); i += 3) {
+    PageReader reader({home.Path("page")}, 300);
+    for (PageImage page; reader.Next(page);) {
+      std::string text = std::to_string(page.widthPx) + "x" + std::to_string(page.heightPx);
+      for (std::uint32_t x = 0; x < page.widthPx * page.heightPx; ++x) {
+        const std::uint8_t* pixel = page.Row(x / page.widthPx) + 3 * (x % page.widthPx);
         char rgb[8];
-        std::snprintf(rgb, sizeof rgb, " %02x%02x%02x", page->pixels[i + 2], page->pixels[i + 1],
-                      page->pixels[i]);
+        std::snprintf(rgb, sizeof rgb, " %02x%02x%02x", pixel[2], pixel[1], pixel[0]);
         text += rgb;
       }
       pages.push_back(text);
@@ -46,6 +46,9 @@ TEST(PageReader, ReadsEveryPnmForm) {
   EXPECT_EQ(ReadPages("P2 2 1 10 0 5"), Pages{"2x1 000000 808080"});
   EXPECT_EQ(ReadPages("P3 1 1 255 1 2 3"), Pages{"1x1 010203"});
   EXPECT_EQ(ReadPages("P5 2 1 65535\n\xFF\xFF\x80\x00"s), (Pages{"2x1 ffffff 808080"}));
+  EXPECT_EQ(ReadPages("P6 5 1 255\nabcdefghijklmno"),
+            Pages{"5x1 616263 646566 676869 6a6b6c 6d6e6f"});
+  EXPECT_EQ(ReadPages("P5 2 1 10\n\n\x05"), (Pages{"2x1 ffffff 808080"}));
   EXPECT_EQ(ReadPages("P6 1 1 255\nabcP5 1 1 255\nd\n"), (Pages{"1x1 616263", "1x1 646464"}));
 }
 
@@ -69,7 +72,8 @@ TEST(PageReader, RefusesWhatIsNoWholePage) {
     ASSERT_EQ(pages.size(), 1u) << content;
     EXPECT_NE(pages[0].find(message), std::string::npos) << pages[0];
   }
-  EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1").back(), "error: breaks off in the middle of a page");
+  EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1").back(),
+            "error: breaks off in the middle of a page; export it again");
 }
 
 std::string WritePng(png_uint_32 format, const void* pixels, int width) {
@@ -102,20 +106,25 @@ TEST(PageRaster, CutsTheSurfaceAndTellsWhatIsLost) {
     const auto number = [&random](LONG least, LONG most) {
       return least + static_cast<LONG>(random() % (most - least + 1));
     };
-    const DevicePage device = {20, 20, number(0, 5), number(0, 5), number(0, 15), number(0, 15),
+    const DevicePage device = {20, 20, number(0, 5), number(0, 5), number(1, 15), number(1, 15),
                                203};
-    PageImage page = MakePage(number(1, 20), number(1, 20), "page");
+    PageImage page;
+    ShapePage(page, number(1, 20), number(1, 20), "page");
+    std::fill(page.pixels.begin(), page.pixels.end(), 0xFF);
     const LONG dotX = number(0, page.widthPx - 1), dotY = number(0, page.heightPx - 1);
     page.Row(dotY)[3 * dotX] = 7;
-    const Surface surface = RasterPage(page, device);
+    const bool loses = LosesContent(page, device);
+    PageImage surface;
+    RasterPage(page, device, surface);
     const LONG x = dotX - device.offsetXPx, y = dotY - device.offsetYPx;
-    const bool onSurface = x >= 0 && y >= 0 && x < surface.widthPx && y < surface.heightPx;
+    const bool onSurface =
+        x >= 0 && y >= 0 && x < device.surfaceWidthPx && y < device.surfaceHeightPx;
     EXPECT_EQ(std::count(surface.pixels.begin(), surface.pixels.end(), 7), onSurface);
     if (onSurface) {
       EXPECT_EQ(surface.pixels[y * surface.strideBytes + 3 * x], 7);
     }
-    const bool printed = onSurface && dotX < surface.widthPx && dotY < surface.heightPx;
-    EXPECT_EQ(LosesContent(page, device), !printed);
+    const bool printed = onSurface && dotX < device.surfaceWidthPx && dotY < device.surfaceHeightPx;
+    EXPECT_EQ(loses, !printed);
   }
 }
 

@@ -1,50 +1,14 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 
 #include <thread>
 
-#include "tests/support/png_image.h"
-#include "tests/support/temp_home.h"
+#include "tests/host/vlx_process.h"
 
 namespace {
 
-// vlx as a process.
-class Print : public ::testing::Test {
- protected:
-  Print() {
-    std::string pixels;
-    for (int i = 0; i < 81 * 47; ++i) pixels += i * i / 7 % 3 == 0 ? '\0' : '\xFF';
-    home.WriteFile("page.pgm", "P5 81 47 255\n" + pixels);
-    page = pixels;
-  }
-  // Runs `vlx print` with the arguments and gives its exit code; {} is the folder.
-  int Run(std::string arguments) {
-    for (std::size_t at; (at = arguments.find("{}")) != arguments.npos;) {
-      arguments.replace(at, 2, home.Path(""));
-    }
-    const std::string command = "'" VLX_PATH "' print " + arguments + " >" + home.Path("out.txt") +
-                                " 2>" + home.Path("err.txt");
-    return WEXITSTATUS(std::system(command.c_str()));
-  }
-  std::string Read(const std::string& name) const {
-    std::ifstream file(home.Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  // The job without its first line, which holds the time.
-  std::string Job(const std::string& name) const {
-    const std::string job = Read(name);
-    return job.substr(std::min(job.find('\n'), job.size()));
-  }
-  static PngImage ImageOf(const std::string& job) {
-    return DecodePng(job.substr(std::min(job.find("\x89PNG"), job.size())));
-  }
-
-  TempHome home;
-  std::string page;
-  const std::string paper = " --paper 12x7mm --dpi 203 ";
-};
+using Print = VlxProcess;
 
 TEST_F(Print, PageArrivesDotForDotWhateverTheBands) {
   ASSERT_EQ(Run("{}page.pgm -o {}a.job" + paper), 0) << Read("err.txt");
@@ -125,6 +89,22 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
   }
   EXPECT_EQ(Run("{}page.pgm -o - --paper 5x5mm"), 4);
   EXPECT_EQ(Read("out.txt"), "");
+}
+
+TEST_F(Print, PipeStaysAPipe) {
+  const std::string pipe = home.Path("pipe");
+  ASSERT_EQ(
+      std::system(("mkfifo " + pipe + "; cat " + pipe + " >" + home.Path("got") + " &").c_str()),
+      0);
+  EXPECT_EQ(Run("{}page.pgm -o {}pipe" + paper), 0) << Read("err.txt");
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  ASSERT_EQ(Run("{}page.pgm -o {}a.job" + paper), 0);
+  for (int i = 0; i < 500 && Job("got").size() < Job("a.job").size(); ++i) usleep(10000);
+  EXPECT_EQ(Job("got"), Job("a.job"));
+  std::filesystem::create_symlink(home.Path("a.job"), home.Path("link"));
+  EXPECT_EQ(Run("{}page.pgm -o {}link --copies 5" + paper), 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(home.Path("link")));
+  EXPECT_NE(Job("a.job").find("\r\nA5\r\n"), std::string::npos);
 }
 
 // A network printer on loopback that takes one job, or hangs up after some bytes.
