@@ -8,6 +8,7 @@
 #include "host/driver.h"
 #include "host/print_command.h"
 #include "platform/version.h"
+#include "viewer/commands.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ Command PrintCommand(CLI::App& program) {
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
     PrintCommand,
+    AddViewCommand,
 };
 
 int Run(int argc, char** argv) {

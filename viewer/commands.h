@@ -1,0 +1,6 @@
+// The virtual printer's commands of vlx. Each adds itself to the program's command line.
+#pragma once
+
+#include "common/command.h"
+
+Command AddViewCommand(CLI::App& program);

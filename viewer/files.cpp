@@ -1,0 +1,71 @@
+#include "viewer/files.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "common/error.h"
+
+namespace viewer {
+
+namespace {
+
+constexpr std::size_t kMostJobBytes = std::size_t{1} << 30;
+
+[[noreturn]] void FailToWrite(const std::string& path, const std::string& why) {
+  throw CommandError(kExitTarget,
+                     path + " cannot be written: " + why + "; check the folder and its space");
+}
+
+}  // namespace
+
+std::string ReadJobFile(const std::string& path) {
+  const auto fail = [&](const std::string& why) {
+    throw CommandError(kExitInput, "The job " + path + " cannot be read: " + why);
+  };
+  std::FILE* file = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
+  if (file == nullptr) fail(std::string(std::strerror(errno)) + "; check its name");
+  const std::unique_ptr<std::FILE, void (*)(std::FILE*)> owner(file, [](std::FILE* f) {
+    if (f != stdin) std::fclose(f);
+  });
+  std::string job;
+  char bytes[1 << 16];
+  for (std::size_t count; (count = std::fread(bytes, 1, sizeof bytes, file)) > 0;) {
+    job.append(bytes, count);
+    if (job.size() > kMostJobBytes) fail("it is longer than 1 GiB; split it");
+  }
+  if (std::ferror(file)) fail(std::strerror(errno));
+  return job;
+}
+
+void WriteWholeFile(const std::string& path, std::string_view content) {
+  const bool toOutput = path == "-";
+  const std::string part = path + "." + std::to_string(getpid()) + ".part";
+  std::FILE* file = toOutput ? stdout : std::fopen(part.c_str(), "wb");
+  if (file == nullptr) FailToWrite(path, std::strerror(errno));
+  bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
+  written = (toOutput ? std::fflush(file) : std::fclose(file)) == 0 && written;
+  if (written && (toOutput || std::rename(part.c_str(), path.c_str()) == 0)) return;
+  const int error = errno;
+  if (!toOutput) std::remove(part.c_str());
+  FailToWrite(toOutput ? "Standard output" : path, std::strerror(error));
+}
+
+void MakeFolder(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (!std::filesystem::is_directory(path)) {
+    FailToWrite(path, error ? error.message() : "a file of this name is in the way");
+  }
+}
+
+std::string JobStem(const std::string& path) {
+  const std::string stem = std::filesystem::path(path).stem().string();
+  return path == "-" || stem.empty() ? "job" : stem;
+}
+
+}  // namespace viewer
