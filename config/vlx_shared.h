@@ -81,11 +81,17 @@ VLX_SHARED_API void ConvertEp2Qor(OEMDEV* devmode);
 // The library's version, static text like "1.0.0".
 extern "C" VLX_SHARED_API const char* VlxSharedVersion();
 
-// How grey becomes dots. Values not listed mean eFloydSteinberg.
+// How grey becomes dots; docs/image_quality.md shows each. Values not listed mean eFloydSteinberg.
+// Parameter 0 is the default that suits most labels; what is beyond a range means its end. Black
+// and white pixels of the page come out as they are, whatever the ditherer.
 enum eBitmapDitherer : WORD {
-  eThreshold = 0,       // parameter: the level below which a pixel is black, 0 means 128
-  eFloydSteinberg = 1,  // error diffusion of Floyd and Steinberg, "An Adaptive Algorithm for
-                        // Spatial Greyscale", Proc. SID 17/2, 1976; the parameter is not used
+  eThreshold = 0,           // parameter: the level below which a pixel is black, 0 means 128
+  eFloydSteinberg = 1,      // error diffusion; parameter: levels of noise on the threshold
+  eOrdered = 2,             // Bayer's 8 x 8 pattern; parameter: dots of a step, 1 to 8, 0 means 1
+  eClusteredDot = 3,        // round dots at 45 degrees; parameter: cell, 2 to 16 dots, 0 means 4
+  eBlueNoise = 4,           // a blue-noise mask; parameter: dots of a step, 1 to 4, 0 means 1
+  eClusteredDiffusion = 5,  // error diffusion that keeps dots together; parameter: how strongly,
+                            // 1 to 255, 0 means 192
 };
 
 // Operations on GDI+ bitmaps. 24-bit bitmaps hold bytes blue, green, red; 1-bit ones 0 for black.
@@ -106,8 +112,9 @@ class VLX_SHARED_API BitmapHelper {
   static INT GetMonochromeImage1BPP(Gdiplus::Bitmap* source, Gdiplus::Bitmap* target);
 
   // Splits a 24-bit page into what is printed in black and what is printed in the highlight colour,
-  // both black on white, dithered, 24-bit and of the page's size; the caller deletes them.
-  // tolerance is the part of the largest colour distance that still counts as the highlight colour.
+  // both black on white, dithered, 24-bit and of the page's size; the caller deletes them. Every
+  // pixel counts as a mixture of paper, black and highlight; tolerance, 0 to 1, is how far a colour
+  // may be from these mixtures, and its hue from the highlight's, and still get highlight.
   // Returns 0, both outs null, on failure.
   static INT SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, double tolerance,
                         eBitmapDitherer ditherer, INT ditherParam, Gdiplus::Bitmap** background,

@@ -36,7 +36,9 @@ constexpr SettingKey kKeys[] = {
     {"colour.mode", Kind::Words, "dwColorMode", "one=1 two=2"},
     {"colour.highlight", Kind::Color, "crHighlightColor", ""},
     {"colour.tolerance", Kind::Percent, "nColorTolerance", "", 0, 100},
-    {"colour.ditherer", Kind::Words, "wDitherer", "threshold=0 floyd-steinberg=1"},
+    {"colour.ditherer", Kind::Words, "wDitherer",
+     "threshold=0 floyd-steinberg=1 ordered=2 clustered-dot=3 blue-noise=4 clustered-diffusion=5"},
+    {"colour.ditherer_parameter", Kind::Number, "byDitherParam", "", 0, 255},
     {"colour.threshold", Kind::Number, "byDitherParam", "", 0, 255},
 
     {"cut.enabled", Kind::Flag, "dwCut1Enabled", ""},

@@ -6,6 +6,7 @@
 
 #include "config/vlx_shared.h"
 #include "vlx_shared/pixels.h"
+#include "vlx_shared/raster_kernels.h"
 
 using Gdiplus::Bitmap;
 using Gdiplus::PixelFormat1bppIndexed;
@@ -99,18 +100,8 @@ INT BitmapHelper::GetMonochromeImage1BPP(Bitmap* source, Bitmap* target) {
   const Pixels from(source, PixelFormat24bppRGB);
   const Pixels to(target, PixelFormat1bppIndexed);
   if (!from.IsValid() || !to.IsValid() || !from.SameSize(to)) return 0;
-  for (INT y = 0; y < from.Height(); ++y) {
-    const BYTE* pixel = from.Row(y);
-    BYTE* row = to.Row(y);
-    for (INT x = 0; x < from.Width();) {
-      unsigned bits = 0;
-      INT count = 0;
-      for (; count < 8 && x < from.Width(); ++count, ++x, pixel += 3) {
-        bits = bits << 1 | (Luma(pixel) >= 128 ? 1u : 0u);
-      }
-      row[(x - 1) / 8] = static_cast<BYTE>(bits << (8 - count));
-    }
-  }
+  const RasterKernels& kernels = BestKernels();
+  for (INT y = 0; y < from.Height(); ++y) kernels.Pack(from.Row(y), from.Width(), to.Row(y));
   return 1;
 }
 

@@ -37,8 +37,3 @@ class Pixels {
   Gdiplus::GpImage* m_image = nullptr;
   Gdiplus::BitmapData m_data = {};
 };
-
-// Luma of a pixel, 0 to 255, with the weights of ITU-R BT.601.
-inline INT Luma(const BYTE* pixel) {
-  return (114 * pixel[0] + 587 * pixel[1] + 299 * pixel[2]) / 1000;
-}

@@ -74,7 +74,7 @@ TEST_F(DevMode, RecordFromOutsideIsRepaired) {
   record.dwSensorType = 6;
   record.dwRotation = 4;
   record.dwColorMode = 0;
-  record.wDitherer = 2;
+  record.wDitherer = 6;
   record.dwInitialCutSent = 1;
   record.wCustomType2 = 9;
   record.dwSpeed = 0xFFFFFFFF;

@@ -1,0 +1,153 @@
+// Greys become dots, and the page's own dots stay.
+
+#include "platform/fault.h"
+#include "tests/vlx_shared/bitmaps.h"
+
+namespace {
+
+constexpr eBitmapDitherer kDitherers[] = {eThreshold,         eFloydSteinberg, eOrdered,
+                                          eClusteredDot,      eBlueNoise,      eClusteredDiffusion,
+                                          eBitmapDitherer{99}};
+
+using Halftones = Bitmaps;
+
+TEST_F(Halftones, BlackAndWhiteStayAndTouchNothingBesideThem) {
+  for (const INT width : {1, 7, 64, 65, 150}) {
+    const INT height = 70;
+    std::vector<DWORD> levels(width * height);
+    for (DWORD& level : levels) level = random() % 2 == 0 ? random() % 2 * 255 : random() % 256;
+    const auto page = [&](DWORD own) {
+      return Page(width, height, [&, own](INT x, INT y) {
+        const DWORD level = levels[y * width + x];
+        return (level == 0 || level == 255 ? level ^ own : level) * 0x010101;
+      });
+    };
+    for (const eBitmapDitherer ditherer : kDitherers) {
+      for (const INT parameter : {0, 1, 255}) {
+        Bitmap* dots = Own(BitmapRasterizer::Dither(page(0), ditherer, parameter));
+        Bitmap* others = Own(BitmapRasterizer::Dither(page(255), ditherer, parameter));
+        for (INT i = 0; i < width * height; ++i) {
+          const DWORD dot = Pixel(dots, i % width, i / width);
+          const DWORD other = Pixel(others, i % width, i / width);
+          if (levels[i] == 0 || levels[i] == 255) {
+            ASSERT_EQ(dot, levels[i] * 0x010101) << ditherer;
+          } else {
+            ASSERT_TRUE(dot == 0 || dot == 0xFFFFFF);
+            ASSERT_EQ(dot, other) << ditherer;  // black turned white beside it
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Halftones, GreyKeepsItsTone) {
+  for (const DWORD level : {4u, 31u, 64u, 128u, 200u, 250u}) {
+    Bitmap* grey = Page(256, 256, [level](INT, INT) { return level * 0x010101; });
+    for (const eBitmapDitherer ditherer : kDitherers) {
+      if (ditherer == eThreshold) continue;
+      for (const INT parameter : {0, 3, 200}) {
+        Bitmap* dots = Own(BitmapRasterizer::Dither(grey, ditherer, parameter));
+        double white = 0;
+        for (INT i = 0; i < 65536; ++i) white += Pixel(dots, i % 256, i / 256) != 0;
+        EXPECT_NEAR(white / 65536, level / 255.0, 0.012) << ditherer << ' ' << parameter;
+      }
+    }
+  }
+}
+
+// The method as its authors describe it, in fractions.
+TEST_F(Halftones, FloydSteinbergRunsLeftToRightInEveryRow) {
+  const INT width = 24, height = 40;
+  std::vector<double> wanted(width * height);
+  for (double& level : wanted) level = static_cast<double>(random() % 256);
+  Bitmap* page =
+      Page(width, height, [&](INT x, INT y) { return DWORD(wanted[y * width + x]) * 0x010101; });
+  const std::vector<double> levels = wanted;
+  Bitmap* dots = Own(BitmapRasterizer::Dither(page, eFloydSteinberg, 0));
+  for (INT i = 0; i < width * height; ++i) {
+    const INT x = i % width;
+    const double white = wanted[i] >= 128 ? 255 : 0;
+    ASSERT_EQ(Pixel(dots, x, i / width), white == 0 ? 0u : 0xFFFFFFu) << i;
+    const auto pass = [&](INT dx, INT dy, double part) {
+      const INT to = i + dy * width + dx;
+      if (x + dx < 0 || x + dx >= width || to >= width * height) return;
+      if (levels[to] != 0 && levels[to] != 255) wanted[to] += (wanted[i] - white) * part / 16;
+    };
+    if (levels[i] == 0 || levels[i] == 255) continue;
+    pass(1, 0, 7), pass(-1, 1, 3), pass(0, 1, 5), pass(1, 1, 1);
+  }
+}
+
+// Changes from dot to dot along the rows of a flat grey: the finer the pattern, the more of them.
+TEST_F(Halftones, ParametersCoarsenThePattern) {
+  Bitmap* grey = Page(256, 256, [](INT x, INT) { return x < 128 ? 0x606060u : 0x909090u; });
+  const auto changes = [&](eBitmapDitherer ditherer, INT parameter) {
+    Bitmap* dots = Own(BitmapRasterizer::Dither(grey, ditherer, parameter));
+    INT count = 0;
+    for (INT i = 1; i < 65536; ++i) {
+      if (i % 256 != 0) count += Pixel(dots, i % 256, i / 256) != Pixel(dots, i % 256 - 1, i / 256);
+    }
+    return count;
+  };
+  EXPECT_NEAR(changes(eOrdered, 1), 2 * changes(eOrdered, 2), 600);
+  EXPECT_NEAR(changes(eBlueNoise, 1), 4 * changes(eBlueNoise, 4), 900);
+  EXPECT_NEAR(changes(eClusteredDot, 4), 2 * changes(eClusteredDot, 8), 600);
+  EXPECT_EQ(changes(eClusteredDot, 4), changes(eClusteredDot, 0));
+  EXPECT_EQ(changes(eClusteredDot, 16), changes(eClusteredDot, 255));
+  EXPECT_LT(changes(eClusteredDiffusion, 255), 0.75 * changes(eFloydSteinberg, 0));
+  EXPECT_LT(changes(eClusteredDiffusion, 0), changes(eClusteredDiffusion, 100));
+}
+
+// No clumps and no holes: every square of a flat tint holds nearly the same number of dots.
+TEST_F(Halftones, BlueNoiseIsEven) {
+  Bitmap* grey = Page(192, 192, [](INT, INT) { return 0xE0E0E0u; });
+  Bitmap* dots = Own(BitmapRasterizer::Dither(grey, eBlueNoise, 0));
+  for (INT top = 0; top + 24 <= 192; top += 8) {
+    for (INT left = 0; left + 24 <= 192; left += 8) {
+      INT black = 0;
+      for (INT i = 0; i < 24 * 24; ++i) black += Pixel(dots, left + i % 24, top + i / 24) == 0;
+      EXPECT_NEAR(black, 24 * 24 * 31 / 255.0, 8);
+    }
+  }
+}
+
+// Makes the n-th platform call of an action fail, for every n that there is; action returns whether
+// it succeeded. Returns the number of calls.
+template <typename Action>
+int FailEachCall(const Action& action) {
+  for (int n = 0;; ++n) {
+    int left = n;
+    PlatformSetFaultHook(
+        [](const char*, void* context) { return (*static_cast<int*>(context))-- == 0; }, &left);
+    const bool succeeded = action();
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_EQ(succeeded, left >= 0) << n;
+    if (left >= 0) return n;
+  }
+}
+
+TEST_F(Halftones, EveryFailingCallGivesTheFailureResult) {
+  Bitmap* page = Page(40, 40, [](INT x, INT) { return x * 0x050505u; });
+  for (const eBitmapDitherer ditherer : kDitherers) {
+    EXPECT_GE(FailEachCall([&] {
+                Bitmap* dots = BitmapRasterizer::Dither(page, ditherer, 0);
+                BitmapHelper::DeleteBitmap(dots);
+                return dots != nullptr;
+              }),
+              3);
+    EXPECT_GE(FailEachCall([&] {
+                Bitmap *black = page, *highlight = page;
+                const INT done = BitmapHelper::SplitImage(page, 0xFFFF0000, 0.25, ditherer, 0,
+                                                          &black, &highlight);
+                EXPECT_EQ(black != nullptr, done != 0);
+                EXPECT_EQ(highlight != nullptr, done != 0);
+                BitmapHelper::DeleteBitmap(black);
+                BitmapHelper::DeleteBitmap(highlight);
+                return done != 0;
+              }),
+              4);
+  }
+}
+
+}  // namespace

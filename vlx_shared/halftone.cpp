@@ -1,0 +1,87 @@
+#include "vlx_shared/halftone.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "platform/fault.h"
+
+namespace {
+
+bool IsScreen(eBitmapDitherer ditherer) {
+  return ditherer == eThreshold || ditherer == eOrdered || ditherer == eClusteredDot ||
+         ditherer == eBlueNoise;
+}
+
+DiffusionRule RuleOf(eBitmapDitherer ditherer, INT parameter) {
+  parameter = std::clamp(parameter, 0, 255);
+  if (ditherer != eClusteredDiffusion) return {0, 8 * parameter, 0};
+  // At 192 two to four dots hold together: large enough for a thermal head to print each alike.
+  const INT strength = parameter == 0 ? 192 : parameter;
+  return {strength, 3 * strength, 0};
+}
+
+}  // namespace
+
+Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT inks) : m_inks(inks) {
+  if (PlatformShouldFail("Halftone")) throw std::bad_alloc();
+  const std::size_t rowSize = std::size_t(widthPx) + 2 * kStripMargin;
+  m_levels = std::make_unique_for_overwrite<BYTE[]>(rowSize * kStripRows * inks);
+  std::memset(m_levels.get(), 255, rowSize * kStripRows * inks);
+  for (INT ink = 0; ink < inks; ++ink) {
+    m_strips[ink] = {m_levels.get() + rowSize * kStripRows * ink + kStripMargin,
+                     static_cast<std::ptrdiff_t>(rowSize), widthPx};
+  }
+  if (IsScreen(ditherer)) {
+    m_screen.emplace(ditherer, parameter);
+    return;
+  }
+  m_rule = RuleOf(ditherer, parameter);
+  m_stateSize = rowSize * 2 * inks;
+  m_states = std::make_unique<std::int16_t[]>(m_stateSize);
+  for (INT ink = 0; ink < inks; ++ink) {
+    std::int16_t* error = m_states.get() + rowSize * 2 * ink + kStripMargin;
+    m_state[ink] = {error, error + rowSize};
+  }
+}
+
+void Halftone::Dither(INT rows, bool hasGrey) {
+  if (m_screen) {
+    if (hasGrey) ApplyScreen(rows);
+  } else if (hasGrey) {
+    ApplyDiffusion(rows);
+  } else if (!m_stateIsClear) {
+    // Black and white pass no error on.
+    std::fill_n(m_states.get(), m_stateSize, std::int16_t{0});
+    m_stateIsClear = true;
+  }
+  m_pageRow += rows;
+}
+
+void Halftone::ApplyScreen(INT rows) {
+  const RasterKernels& kernels = BestKernels();
+  const INT period = m_screen->Period();
+  for (INT row = 0; row < rows; ++row) {
+    const BYTE* thresholds = m_screen->Row(m_pageRow + row);
+    if (m_inks == 1) {
+      kernels.Screen(Row(0, row), m_strips[0].widthPx, thresholds, period);
+    } else {
+      kernels.ScreenTwo(Row(0, row), Row(1, row), m_strips[0].widthPx, thresholds, period);
+    }
+  }
+}
+
+void Halftone::ApplyDiffusion(INT rows) {
+  for (INT ink = 0; ink < m_inks; ++ink) {
+    for (INT row = rows; row < kStripRows; ++row) {  // below the page's end
+      std::memset(Row(ink, row), 255, m_strips[ink].widthPx);
+    }
+  }
+  m_rule.pageRow = m_pageRow;
+  if (m_inks == 1) {
+    BestKernels().Diffuse(m_strips[0], m_rule, m_state[0]);
+  } else {
+    BestKernels().DiffuseTwo(m_strips[0], m_strips[1], m_rule, m_state[0], m_state[1]);
+  }
+  m_stateIsClear = false;
+}

@@ -1,0 +1,144 @@
+#include "vlx_shared/screens.h"
+
+#include <algorithm>
+#include <array>
+#include <compare>
+#include <cstdlib>
+
+#include "platform/fault.h"
+#include "vlx_shared/raster_kernels.h"
+
+namespace {
+
+// A square of thresholds, row by row.
+struct Tile {
+  INT side;
+  std::vector<BYTE> thresholds;
+};
+
+// The threshold of place rank among count, so that a level prints as nearly as can be its part of
+// them white.
+BYTE ThresholdOf(INT rank, INT count) {
+  return static_cast<BYTE>(1 + (2 * rank + 1) * 255 / (2 * count));
+}
+
+// B. Bayer: "An optimum method for two-level rendition of continuous-tone pictures", ICC 1973.
+INT BayerRank(INT x, INT y, INT bits) {
+  INT rank = 0;
+  for (INT i = 0; i < bits; ++i) rank = rank << 2 | ((x ^ y) >> i & 1) << 1 | (y >> i & 1);
+  return rank;
+}
+
+// Every place of a tile as a square of size x size places.
+Tile Enlarge(const Tile& tile, INT size) {
+  Tile large{tile.side * size, {}};
+  for (INT y = 0; y < large.side; ++y) {
+    for (INT x = 0; x < large.side; ++x) {
+      large.thresholds.push_back(tile.thresholds[y / size * tile.side + x / size]);
+    }
+  }
+  return large;
+}
+
+Tile Ordered() {
+  Tile tile{8, {}};
+  for (INT y = 0; y < 8; ++y) {
+    for (INT x = 0; x < 8; ++x) tile.thresholds.push_back(ThresholdOf(BayerRank(x, y, 3), 64));
+  }
+  return tile;
+}
+
+Tile BlueNoise() {
+  static constexpr char kTable[] =
+#include "vlx_shared/blue_noise_table.inc"
+      ;
+  const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'a' + 10; };
+  Tile tile{64, {}};
+  for (INT i = 0; i < 64 * 64; ++i) {
+    tile.thresholds.push_back(
+        ThresholdOf(digit(kTable[2 * i]) * 16 + digit(kTable[2 * i + 1]), 256));
+  }
+  return tile;
+}
+
+// The order in which the places of a clustered-dot tile turn black.
+struct ClusterPlace {
+  bool isGap;    // nearer to a gap's middle than to a dot's
+  INT distance;  // grows from a dot's middle, falls towards a gap's
+  INT corner;    // around the middle, opposite ones after each other
+  INT spot;      // the tile's dots grow in turn, far ones after each other
+  INT index;
+  auto operator<=>(const ClusterPlace&) const = default;
+};
+
+// A screen of 45 degrees: dots stand at the tile's corners of cell x cell squares like the black
+// fields of a chessboard, gaps at the white ones. Eight dots share a tile of 4 cells.
+ClusterPlace PlaceOf(INT x, INT y, INT cell) {
+  const INT unit = 2 * cell;  // lengths in half pixels: a pixel's middle is odd
+  INT nearestDot = 0;
+  INT nearestGap = 0;
+  ClusterPlace place{false, 0, 0, 0, y * 4 * cell + x};
+  for (INT row = 0; row <= 4; ++row) {
+    for (INT column = 0; column <= 4; ++column) {
+      const INT dx = 2 * x + 1 - column * unit;
+      const INT dy = 2 * y + 1 - row * unit;
+      const INT distance = dx * dx + dy * dy;
+      INT& nearest = (row + column) % 2 == 0 ? nearestDot : nearestGap;
+      if (nearest != 0 && distance >= nearest) continue;
+      nearest = distance;
+      if ((row + column) % 2 != 0) continue;
+      const INT sides = dx > 0 ? (dy > 0 ? 0 : 2) : (dy > 0 ? 3 : 1);
+      place.corner = 2 * sides + (std::abs(dx) < std::abs(dy) ? 1 : 0);
+      place.spot = BayerRank(column % 4, row % 4, 2);
+    }
+  }
+  place.isGap = nearestGap < nearestDot;
+  place.distance = place.isGap ? -nearestGap : nearestDot;
+  return place;
+}
+
+Tile ClusteredDot(INT cell) {
+  Tile tile{4 * cell, {}};
+  std::vector<ClusterPlace> order;
+  for (INT y = 0; y < tile.side; ++y) {
+    for (INT x = 0; x < tile.side; ++x) order.push_back(PlaceOf(x, y, cell));
+  }
+  std::sort(order.begin(), order.end());
+  const INT count = tile.side * tile.side;
+  tile.thresholds.resize(count);
+  for (INT i = 0; i < count; ++i) {
+    tile.thresholds[order[i].index] = ThresholdOf(count - 1 - i, count);
+  }
+  return tile;
+}
+
+Tile TileOf(eBitmapDitherer ditherer, INT parameter) {
+  const auto sized = [parameter](INT standard, INT least, INT most) {
+    return parameter == 0 ? standard : std::clamp(parameter, least, most);
+  };
+  switch (ditherer) {
+    case eOrdered:
+      return Enlarge(Ordered(), sized(1, 1, 8));
+    case eClusteredDot:
+      return ClusteredDot(sized(4, 2, 16));
+    case eBlueNoise:
+      return Enlarge(BlueNoise(), sized(1, 1, 4));
+    default:
+      return Tile{1, {static_cast<BYTE>(sized(128, 1, 255))}};
+  }
+}
+
+}  // namespace
+
+Screen::Screen(eBitmapDitherer ditherer, INT parameter) {
+  if (PlatformShouldFail("Screen")) throw std::bad_alloc();
+  const Tile tile = TileOf(ditherer, parameter);
+  m_side = tile.side;
+  m_strideBytes = static_cast<std::size_t>(m_side) + kStripMargin;
+  m_rows.resize(m_side * m_strideBytes);
+  for (INT y = 0; y < m_side; ++y) {
+    for (std::size_t x = 0; x < m_strideBytes; ++x) {
+      m_rows[y * m_strideBytes + x] = tile.thresholds[y * m_side + x % m_side];
+    }
+  }
+}
