@@ -25,7 +25,12 @@ void LabelDriver::PrintPage(const PageImage& surface, LONG bandPx) {
   }
   if (landscape) std::reverse(m_bands.begin(), m_bands.end());
 
-  CheckDone(Hook<PFN_DrvStartPage>(INDEX_DrvStartPage)(&m_surfaceObject), "the start of the page");
+  {
+    const StageClock::Scope time(m_spool.Clock(), Stage::Pages);  // of the page before
+    CheckDone(Hook<PFN_DrvStartPage>(INDEX_DrvStartPage)(&m_surfaceObject),
+              "the start of the page");
+  }
+  const StageClock::Scope time(m_spool.Clock(), Stage::Bands);
   POINTL at = {0, 0};
   CheckDone(Hook<PFN_DrvStartBanding>(INDEX_DrvStartBanding)(&m_surfaceObject, &at), "the bands");
   while (at.x != kNoMoreBands.x || at.y != kNoMoreBands.y) {

@@ -8,28 +8,13 @@
 #include <utility>
 
 #include "host/error.h"
+#include "host/unicode.h"
 #include "platform/palette.h"
-#include "platform/spooler.h"
-#include "platform/text.h"
 
 namespace {
 
 constexpr CLSID kPluginClass = {
     0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
-
-std::u16string Widened(const std::string& text) {
-  std::u16string wide(text.size() + 1, u'\0');
-  const INT size =
-      MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), static_cast<INT>(wide.size()));
-  wide.resize(size > 0 ? size - 1 : 0);
-  return wide;
-}
-
-std::u16string DefaultPrinter() {
-  WCHAR name[256];
-  DWORD size = std::size(name);
-  return GetDefaultPrinterW(name, &size) ? std::u16string(name) : std::u16string();
-}
 
 DEVMODEW PublicDevMode(const PageSettings& page) {
   DEVMODEW devmode = {};
@@ -120,7 +105,6 @@ LabelDriver::~LabelDriver() {
   if (m_device.pdevOEM != nullptr) m_plugin->DisablePDEV(&m_device);
   if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
   if (m_enabled) m_plugin->DisableDriver();
-  if (m_printer != nullptr) ClosePrinter(m_printer);
 }
 
 void LabelDriver::RethrowSpoolError() {
@@ -139,7 +123,7 @@ void LabelDriver::CheckDone(BOOL result, const char* call) { Check(result ? S_OK
 OEMDMPARAM LabelDriver::DevModeBlock(const void* in, OEMDEV* out) {
   OEMDMPARAM block = {};
   block.cbSize = sizeof block;
-  block.hPrinter = m_printer;
+  block.hPrinter = m_printer ? m_printer->Handle() : nullptr;
   block.pOEMDMIn = const_cast<void*>(in);
   block.pOEMDMOut = out;
   block.cbBufSize = sizeof *out;
@@ -193,16 +177,13 @@ GDIINFO LabelDriver::InitialGdiInfo(const PageSettings& page) const {
 
 void LabelDriver::Open(const std::string& printerName, const PageSettings& page,
                        const OEMDEV& devmode) {
-  std::u16string name = printerName.empty() ? DefaultPrinter() : Widened(printerName);
-  if (!OpenPrinterW(name.data(), &m_printer, nullptr)) {
-    throw HostError(kExitSettings, "There is no printer \"" + printerName +
-                                       "\"; system.toml in the VLX_HOME folder names the printers");
-  }
+  m_printer.emplace(printerName);
+  std::u16string name = m_printer->Name();
   m_publicDevmode = PublicDevMode(page);
   name.copy(m_publicDevmode.dmDeviceName, std::size(m_publicDevmode.dmDeviceName) - 1);
   m_devmode = devmode;
   m_procedures.DrvWriteSpoolBuf = WriteSpoolBuf;
-  m_device = {sizeof m_device,  nullptr,    this,         m_printer,
+  m_device = {sizeof m_device,  nullptr,    this,         m_printer->Handle(),
               &m_publicDevmode, &m_devmode, &m_procedures};
   m_surfaceObject.dhpdev = &m_device;
 
@@ -245,6 +226,7 @@ void LabelDriver::StartDocument(const std::string& name, DWORD jobId) {
 }
 
 void LabelDriver::EndDocument() {
+  const StageClock::Scope time(m_spool.Clock(), Stage::Pages);
   CheckDone(Hook<PFN_DrvEndDoc>(INDEX_DrvEndDoc)(&m_surfaceObject, 0), "the end of the document");
 }
 

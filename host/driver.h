@@ -4,12 +4,14 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "config/oemdev.h"
 #include "host/module.h"
 #include "host/page_raster.h"
+#include "host/printer.h"
 #include "host/settings.h"
 #include "host/spool.h"
 #include "platform/print_oem.h"
@@ -86,7 +88,7 @@ class LabelDriver {
   DWORD m_pluginVersion = 0;
   bool m_enabled = false;
 
-  HANDLE m_printer = nullptr;
+  std::optional<Printer> m_printer;  // while a device context is open
   DEVMODEW m_publicDevmode = {};
   OEMDEV m_devmode = {};
   DRVPROCS m_procedures = {};

@@ -34,7 +34,7 @@ std::int32_t ParseLengthUm(std::string_view text, std::string_view what) {
   for (const UnitSize& known : kUnits) {
     if (known.name != unit) continue;
     const double um = std::round(value * known.um);
-    if (std::abs(um) > 2147483647.0) Refuse(text, what, "the length is out of range");
+    if (um > 2147483647.0 || um < -2147483648.0) Refuse(text, what, "the length is out of range");
     return static_cast<std::int32_t>(um);
   }
   Refuse(text, what, "add the unit: mm, um, cm or in");
@@ -55,6 +55,15 @@ PaperSize ParsePaperSize(std::string_view text, std::string_view what) {
     }
   }
   return size;
+}
+
+std::string FormatLength(std::int32_t um) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3f", um / 1000.0);
+  std::string result(text);
+  result.erase(result.find_last_not_of('0') + 1);
+  if (result.ends_with('.')) result.pop_back();
+  return result + "mm";
 }
 
 std::string FormatMm(double mm) {

@@ -17,5 +17,8 @@ struct PaperSize {
 // A text like "100x150mm": the unit counts for both. Each side must be 0.1 mm to 3276.7 mm.
 PaperSize ParsePaperSize(std::string_view text, std::string_view what);
 
+// The length with the unit, exact, as ParseLengthUm reads it: "2.5mm".
+std::string FormatLength(std::int32_t um);
+
 // Millimetres for messages, without needless zeros.
 std::string FormatMm(double mm);

@@ -1,16 +1,9 @@
 #include "host/print_command.h"
 
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "host/driver.h"
-#include "host/page_reader.h"
-#include "host/settings.h"
+#include "host/error.h"
+#include "host/job.h"
 
 namespace {
 
@@ -24,44 +17,12 @@ constexpr const char* kExamples = R"(Examples:
 Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
 5 target unreachable, 7 partly sent, 70 internal)";
 
-Settings ReadSettings(const PrintOptions& options) {
-  Settings settings;
-  if (!options.settingsFile.empty()) settings.ReadFile(options.settingsFile);
-  for (const std::string& set : options.sets) settings.Set(set);
-  // Options of their own stand above both.
-  const auto quoted = [](const std::string& text) { return "'" + text + "'"; };
-  if (!options.paper.empty()) settings.Set("paper.size", quoted(options.paper));
-  if (!options.orientation.empty()) settings.Set("paper.orientation", quoted(options.orientation));
-  if (options.dpi != 0) settings.Set("paper.dpi", std::to_string(options.dpi));
-  if (options.copies != 0) settings.Set("print.copies", std::to_string(options.copies));
-  if (options.collate) settings.Set("print.collate", "true");
-  return settings;
-}
-
-std::vector<BYTE> ReadDevModeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw HostError(kExitInput, "The settings record " + path + " cannot be read");
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-OEMDEV MakeDevMode(LabelDriver& driver, const PrintOptions& options, const Settings& settings) {
-  OEMDEV devmode =
-      options.devmodeFile.empty()
-          ? driver.DefaultDevMode()
-          : driver.MergeDevMode(ReadDevModeFile(options.devmodeFile), options.devmodeFile);
-  settings.ApplyTo(devmode);
-  std::vector<BYTE> record(sizeof devmode);
-  std::memcpy(record.data(), &devmode, sizeof devmode);
-  devmode = driver.MergeDevMode(record, "The settings");
-  settings.CheckKept(devmode);
-  return devmode;
-}
-
-void SaveDevMode(const std::string& path, const OEMDEV& devmode) {
-  const std::unique_ptr<SpoolTarget> file = OpenFileTarget(path);
-  file->Write({reinterpret_cast<const char*>(&devmode), sizeof devmode});
-  file->Finish();
-}
+struct PrintOptions {
+  JobOptions job;
+  std::string output;
+  std::string tcp;
+  bool timing = false;
+};
 
 std::vector<std::unique_ptr<SpoolTarget>> OpenTargets(const PrintOptions& options) {
   if (options.output.empty() && options.tcp.empty()) {
@@ -73,154 +34,43 @@ std::vector<std::unique_ptr<SpoolTarget>> OpenTargets(const PrintOptions& option
   return targets;
 }
 
-std::string DocumentName(const PrintOptions& options) {
-  if (!options.name.empty()) return options.name;
-  const std::string& first = options.files.front();
-  return first == "-" ? "standard input" : std::filesystem::path(first).filename().string();
-}
-
-// "17/200" on a terminal while a long job runs; nothing in a pipe.
-class Progress {
- public:
-  explicit Progress(std::size_t total) : m_total(total), m_shown(total != 1 && isatty(2) == 1) {}
-  ~Progress() {
-    if (m_shown) std::fputs("\r\x1B[K", stderr);
-  }
-  void Show(std::size_t page) const {
-    if (!m_shown) return;
-    const std::string total = m_total == 0 ? "" : "/" + std::to_string(m_total);
-    std::fprintf(stderr, "\r%zu%s", page, total.c_str());
-    std::fflush(stderr);
-  }
-
- private:
-  const std::size_t m_total;
-  const bool m_shown;
-};
-
-// Turns page after page of the files into the device's surface, in the same two buffers.
-class SurfaceReader {
- public:
-  SurfaceReader(const PrintOptions& options, const DevicePage& device)
-      : m_reader(options.files, device.dpi),
-        m_device(device),
-        m_fit(options.fit == "shrink" ? Fit::Shrink : Fit::None) {}
-
-  // False after the last page. Says what the printer cannot reach.
-  bool Next() {
-    if (!m_reader.Next(m_page)) return false;
-    const std::string name = "Page " + std::to_string(++m_number);
-    FitPage(m_page, m_device, m_fit, name);
-    if (LosesContent(m_page, m_device)) {
-      std::fprintf(stderr, "%s has content in the margins that the printer does not reach\n",
-                   name.c_str());
-    }
-    RasterPage(m_page, m_device, m_surface);
-    return true;
-  }
-  const PageImage& Surface() const { return m_surface; }
-  std::size_t KnownCount() const { return m_reader.KnownCount(); }
-
- private:
-  PageReader m_reader;
-  const DevicePage m_device;
-  const Fit m_fit;
-  std::size_t m_number = 0;
-  PageImage m_page;
-  PageImage m_surface;
-};
-
-// Prints all pages and returns their number. Nothing is written before the first page is ready.
-std::size_t PrintPages(LabelDriver& driver, const PrintOptions& options) {
-  const DevicePage device = driver.Page();
-  CheckPrintable(device);
-  SurfaceReader pages(options, device);
-  std::size_t count = 0;
-  bool more = pages.Next();
-  const Progress progress(pages.KnownCount());
-  driver.StartDocument(DocumentName(options), 1);
-  try {
-    for (; more; more = pages.Next()) {
-      driver.PrintPage(pages.Surface(), options.bandRows);
-      progress.Show(++count);
-    }
-    driver.EndDocument();
-  } catch (...) {
-    driver.AbortDocument();
-    throw;
-  }
-  return count;
-}
-
-std::size_t PrintJob(const PrintOptions& options, const Settings& settings, Spool& spool) {
-  LabelDriver driver(FindPlugin(), spool);
-  const OEMDEV devmode = MakeDevMode(driver, options, settings);
-  if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, devmode);
-  driver.Open(options.printer, settings.Page(), devmode);
-  return PrintPages(driver, options);
-}
-
-std::string Counted(std::uint64_t count, const char* noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-void ReportJob(const PrintOptions& options, std::size_t pages, const SpoolCounts& counts) {
+void ReportJob(const PrintOptions& options, std::size_t pages, Spool& spool) {
   const bool toOutput = options.output == "-";
   const std::string target =
       options.output.empty() || toOutput
           ? (options.tcp.empty() ? std::string("standard output") : options.tcp)
           : options.output;
-  std::fprintf(toOutput ? stderr : stdout, "%s: %s, %s, %s downloaded, %llu re-used\n",
-               target.c_str(), Counted(pages, "label").c_str(),
-               Counted(counts.bytes, "byte").c_str(), Counted(counts.downloads, "image").c_str(),
-               static_cast<unsigned long long>(counts.reused));
+  std::FILE* report = toOutput ? stderr : stdout;
+  std::fprintf(report, "%s: %s\n", target.c_str(), spool.Cost().Line().c_str());
+  if (options.timing) std::fputs(spool.Clock().Table(pages).c_str(), report);
+}
+
+int RunPrint(const PrintOptions& options) {
+  const Settings settings = ReadSettings(options.job);
+  Spool spool(OpenTargets(options));
+  std::size_t pages = 0;
+  try {
+    pages = RunJob(options.job, settings, spool);
+    spool.Finish();
+  } catch (const HostError& error) {
+    // What a printer on the network has got cannot be taken back.
+    if (options.tcp.empty() || spool.Cost().Bytes() == 0) throw;
+    throw HostError(kExitPartlySent, std::string(error.what()) + "; a part of the job was sent");
+  }
+  ReportJob(options, pages, spool);
+  return kExitDone;
 }
 
 }  // namespace
 
-CLI::App* AddPrintCommand(CLI::App& program, PrintOptions& options) {
+Command PrintCommand(CLI::App& program) {
+  const auto options = std::make_shared<PrintOptions>();
   CLI::App* print =
-      program.add_subcommand("print", "Print images through the label printer driver");
-  print->add_option("FILE", options.files, "PNG, PBM, PGM, PPM and PDF files; - reads standard input")
-      ->required();
-  print->add_option("-o,--output", options.output, "File for the job, - for standard output");
-  print->add_option("--to", options.tcp, "Network printer, tcp://HOST[:9100]");
-  print->add_option("--settings", options.settingsFile, "Settings file (TOML)");
-  print->add_option("--set", options.sets, "One setting, KEY=VALUE; may be repeated")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  print->add_option("--devmode", options.devmodeFile, "Start from a raw settings record");
-  print->add_option("--save-devmode", options.saveDevmodeFile, "Write the raw settings record");
-  print->add_option("--printer", options.printer, "Printer of system.toml, the first by default");
-  print->add_option("--paper", options.paper, "Paper size, as 100x150mm");
-  print->add_option("--dpi", options.dpi, "Dots per inch of the printer and of the pages")
-      ->check(CLI::Range(100, 1200));
-  print->add_option("--orientation", options.orientation, "portrait or landscape")
-      ->check(CLI::IsMember({"portrait", "landscape"}));
-  print->add_option("--fit", options.fit, "none: a page that is too large is an error; or shrink")
-      ->check(CLI::IsMember({"none", "shrink"}));
-  print->add_option("--copies", options.copies, "Copies of each label")
-      ->check(CLI::Range(1, 32767));
-  print->add_flag("--collate", options.collate, "The application repeats the job by itself");
-  print->add_option("--name", options.name, "Name of the job");
-  print->add_option("--band-rows", options.bandRows, "Rows that the driver renders at a time")
-      ->check(CLI::Range(1, 1000000));
+      program.add_subcommand("print", "Print images and PDF files through the printer driver");
+  print->add_option("-o,--output", options->output, "File for the job, - for standard output");
+  print->add_option("--to", options->tcp, "Network printer, tcp://HOST[:9100]");
+  AddJobOptions(*print, options->job);
+  print->add_flag("--timing", options->timing, "Show where the time of the job went");
   print->footer(kExamples);
-  return print;
-}
-
-int RunPrint(const PrintOptions& options) {
-  const Settings settings = ReadSettings(options);
-  Spool spool(OpenTargets(options));
-  std::size_t pages = 0;
-  try {
-    pages = PrintJob(options, settings, spool);
-    spool.Finish();
-  } catch (const HostError& error) {
-    // What a printer on the network has got cannot be taken back.
-    if (options.tcp.empty() || spool.Counts().bytes == 0) throw;
-    throw HostError(kExitPartlySent, std::string(error.what()) + "; a part of the job was sent");
-  }
-  ReportJob(options, pages, spool.Counts());
-  return kExitDone;
+  return {print, [options] { return RunPrint(*options); }};
 }

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "host/error.h"
+#include "host/unicode.h"
 #include "platform/com.h"
 #include "platform/text.h"
 
@@ -14,14 +15,6 @@ std::vector<BYTE> BytesOf(std::int64_t number, std::size_t size) {
   std::vector<BYTE> bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<BYTE>(number >> (8 * i));
   return bytes;
-}
-
-std::u16string Widened(const std::string& text) {
-  std::u16string wide(text.size() + 1, u'\0');
-  const INT size =
-      MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), static_cast<INT>(wide.size()));
-  wide.resize(size > 0 ? size - 1 : 0);
-  return wide;
 }
 
 }  // namespace
@@ -151,7 +144,7 @@ std::vector<BYTE> SettingValue::AsField(const OemDevField& field) const {
     case OemDevKind::Guid:
       return Guid();
     case OemDevKind::Color:
-      return BytesOf(isText ? Color() : Integer(0, 0xFFFFFF), field.size);
+      return BytesOf(isText ? std::int64_t{Color()} : Integer(0, 0xFFFFFFFF), field.size);
     case OemDevKind::Length:
     case OemDevKind::Margin:
       if (isText) return BytesOf(ParseLengthUm(Text(), m_key), field.size);

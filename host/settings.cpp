@@ -48,13 +48,6 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
                   "There is no setting \"" + key + "\"; did you mean \"" + nearest + "\"?");
 }
 
-const OemDevField& FieldNamed(std::string_view name) {
-  for (const OemDevField& field : OemDevFields()) {
-    if (field.name == name) return field;
-  }
-  throw HostError(kExitInternal, "no field " + std::string(name));
-}
-
 const OemDevField* FindRawField(std::string_view key) {
   if (!key.starts_with(kRawPrefix)) return nullptr;
   for (const OemDevField& field : OemDevFields()) {
@@ -77,6 +70,13 @@ void Walk(const toml::table& table, const std::string& prefix, const Visit& visi
 
 }  // namespace
 
+const OemDevField& FieldOfKey(const SettingKey& key) {
+  for (const OemDevField& field : OemDevFields()) {
+    if (field.name == key.field) return field;
+  }
+  throw HostError(kExitInternal, "no field " + std::string(key.field));
+}
+
 // Puts one value where its key says.
 class SettingWriter {
  public:
@@ -93,7 +93,7 @@ class SettingWriter {
       if (known.field.empty()) {
         WritePage(known);
       } else {
-        const OemDevField& field = FieldNamed(known.field);
+        const OemDevField& field = FieldOfKey(known);
         Put(field, m_value.AsKey(known, field));
       }
       return;
@@ -131,6 +131,12 @@ void Settings::ReadFile(const std::string& path) {
   std::ostringstream text;
   if (!file || !(text << file.rdbuf())) {
     throw HostError(kExitInput, "The settings file " + path + " cannot be read");
+  }
+  if (text.str().find('\0') != std::string::npos) {
+    throw HostError(kExitSettings,
+                    path +
+                        " is no settings file: it holds binary data; a raw settings record is "
+                        "taken by --devmode and shown by vlx settings devmode");
   }
   try {
     Walk(toml::parse(text.str()), "", [this](const std::string& key, const toml::node& node) {

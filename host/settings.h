@@ -61,3 +61,6 @@ struct SettingKey {
   LONG most = 0;
 };
 std::span<const SettingKey> SettingKeys();
+
+// The field that a key with one sets.
+const OemDevField& FieldOfKey(const SettingKey& key);

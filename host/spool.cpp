@@ -97,12 +97,6 @@ class StreamTarget final : public SpoolTarget {
   std::FILE* m_file;
 };
 
-std::uint64_t CountOf(std::string_view text, std::string_view part) {
-  std::uint64_t count = 0;
-  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
-
 }  // namespace
 
 std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path) {
@@ -118,30 +112,12 @@ std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path) {
 Spool::Spool(std::vector<std::unique_ptr<SpoolTarget>> targets) : m_targets(std::move(targets)) {}
 
 void Spool::Write(std::string_view bytes) {
-  Count(bytes);
+  const StageClock::Scope time(m_clock, Stage::Write);
+  m_cost.Count(bytes);
   for (const auto& target : m_targets) target->Write(bytes);
 }
 
 void Spool::Finish() {
+  const StageClock::Scope time(m_clock, Stage::Write);
   for (const auto& target : m_targets) target->Finish();
-}
-
-// A download is a header, the image and its end, each written by itself; the page's images are
-// placed after its downloads.
-void Spool::Count(std::string_view bytes) {
-  m_counts.bytes += bytes.size();
-  if (bytes.starts_with("dPNG;")) {
-    ++m_counts.downloads;
-    ++m_downloadsOfPage;
-    m_inDownload = true;
-  } else if (m_inDownload) {
-    m_inDownload = !bytes.starts_with(
-        "\x1B"
-        "end-of-data");
-  } else {
-    const std::uint64_t placed = CountOf(bytes, "\r\nI:Image") + CountOf(bytes, "\r\nR Image");
-    if (placed == 0) return;
-    m_counts.reused += placed > m_downloadsOfPage ? placed - m_downloadsOfPage : 0;
-    m_downloadsOfPage = 0;
-  }
 }

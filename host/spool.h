@@ -2,11 +2,13 @@
 // network. Several targets get the same bytes.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "host/job_cost.h"
+#include "host/stage_clock.h"
 
 class SpoolTarget {
  public:
@@ -25,26 +27,17 @@ std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path);
 // when nobody answers.
 std::unique_ptr<SpoolTarget> OpenTcpTarget(const std::string& address);
 
-// What went through the spool.
-struct SpoolCounts {
-  std::uint64_t bytes = 0;
-  std::uint64_t downloads = 0;  // images sent
-  std::uint64_t reused = 0;     // images placed that the printer held already
-};
-
-// Takes the writes of one job to all targets and counts what they are.
+// Takes the writes of one job to all targets; knows what they cost and what time the job takes.
 class Spool {
  public:
   explicit Spool(std::vector<std::unique_ptr<SpoolTarget>> targets);
   void Write(std::string_view bytes);
   void Finish();
-  const SpoolCounts& Counts() const { return m_counts; }
+  const JobCost& Cost() const { return m_cost; }
+  StageClock& Clock() { return m_clock; }
 
  private:
-  void Count(std::string_view bytes);
-
   std::vector<std::unique_ptr<SpoolTarget>> m_targets;
-  SpoolCounts m_counts;
-  std::uint64_t m_downloadsOfPage = 0;
-  bool m_inDownload = false;
+  JobCost m_cost;
+  StageClock m_clock;
 };

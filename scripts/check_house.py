@@ -19,7 +19,13 @@ MAY_INCLUDE = {
     "tools": {"host", "viewer", "platform", "common"},
 }
 PLUGIN = {"config", "commands", "imaging", "Renderer"}
-RECORDS = {"config/oemdev.h", "config/oemdev_fields.h", "config/config_record.h"}
+# What host/ sees of config/: data that the driver and its user interface share with the plug-in.
+SHARED_DATA = {
+    "config/oemdev.h",
+    "config/oemdev_fields.h",
+    "config/config_record.h",
+    "config/stock_catalogue.h",
+}
 LONGEST = 400
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
@@ -48,8 +54,8 @@ def include_fault(folder, kind, target):
         return f'{folder}/ may not include "{target}"'
     if target.startswith("platform/linux/"):
         return f'"{target}" is private to platform/'
-    if folder == "host" and owner == "config" and target not in RECORDS:
-        return f'host/ may include the records of config/ only, not "{target}"'
+    if folder == "host" and owner == "config" and target not in SHARED_DATA:
+        return f'host/ may include records and catalogue of config/ only, not "{target}"'
     return None
 
 

@@ -5,8 +5,11 @@
 #include <cstdio>
 
 #include "common/command.h"
+#include "common/error.h"
 #include "host/driver.h"
 #include "host/print_command.h"
+#include "host/settings_command.h"
+#include "host/stocks_command.h"
 #include "platform/version.h"
 #include "viewer/commands.h"
 
@@ -21,15 +24,12 @@ void ShowVersion() {
               driver.PluginVersion(), plugin.c_str());
 }
 
-Command PrintCommand(CLI::App& program) {
-  const auto options = std::make_shared<PrintOptions>();
-  return {AddPrintCommand(program, *options), [options] { return RunPrint(*options); }};
-}
-
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
     PrintCommand,
     AddViewCommand,
+    SettingsCommand,
+    StocksCommand,
 };
 
 int Run(int argc, char** argv) {

@@ -1,0 +1,55 @@
+// What a job costs, read from its writes as they go by: labels, cuts, media, bytes, images.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+class JobCost {
+ public:
+  // Takes the next write of the job. The driver writes every command whole; of a downloaded image
+  // only its digest is taken, nothing is searched in it.
+  void Count(std::string_view write);
+
+  std::uint64_t Bytes() const { return m_bytes; }
+  std::uint64_t Labels() const { return m_labels; }  // copies included
+  std::uint64_t Cuts() const { return m_cuts; }
+  double MediaMm() const { return m_mediaMm; }  // labels and the gaps behind them
+  std::size_t DifferentImages() const { return m_digests.size(); }
+  // How much smaller the images sent are than one image with every placement would be: 0 to 100.
+  int SavedPercent() const;
+
+  // "200 labels, 1 cut, 30600 mm of media, 51234 bytes, 3 images, 96 % of the image bytes saved"
+  std::string Line() const;
+
+ private:
+  struct Image {
+    std::uint64_t bytes = 0;
+    bool fresh = false;  // downloaded and not placed yet
+  };
+  void CountLine(std::string_view line);
+  void EndImage();
+  void Place(std::string_view name);
+  void PrintLabels(std::uint64_t count);
+
+  std::uint64_t m_bytes = 0;
+  std::uint64_t m_labels = 0;
+  double m_mediaMm = 0;
+  double m_pitchMm = 0;
+
+  std::uint64_t m_cuts = 0;
+  std::uint64_t m_cutAfter = 0;  // labels, 0: no cut
+  std::uint64_t m_uncut = 0;     // labels since the last cut
+  bool m_cutAtEnd = false;
+
+  bool m_inImage = false;
+  std::string m_imageName;
+  std::size_t m_imageDigest = 0;
+  std::uint64_t m_imageBytes = 0;
+  std::map<std::string, Image, std::less<>> m_images;  // that the printer holds
+  std::set<std::size_t> m_digests;
+  std::uint64_t m_sentImageBytes = 0;
+  std::uint64_t m_savedImageBytes = 0;
+};

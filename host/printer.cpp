@@ -1,0 +1,30 @@
+#include "host/printer.h"
+
+#include <iterator>
+
+#include "host/error.h"
+#include "host/unicode.h"
+#include "platform/spooler.h"
+#include "platform/system_file.h"
+
+namespace {
+
+std::u16string DefaultName() {
+  WCHAR name[256];
+  DWORD size = std::size(name);
+  return GetDefaultPrinterW(name, &size) ? std::u16string(name) : std::u16string();
+}
+
+}  // namespace
+
+Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
+  if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;
+  const std::u16string known = DefaultName();
+  throw HostError(
+      kExitSettings,
+      "There is no printer \"" + (name.empty() ? Narrowed(m_name) : name) + "\" in " +
+          PlatformHomeFolder() + "/system.toml" +
+          (known.empty() ? "; name one there" : "; the first is \"" + Narrowed(known) + "\""));
+}
+
+Printer::~Printer() { ClosePrinter(m_handle); }

@@ -1,0 +1,111 @@
+#include "host/stocks_command.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "config/stock_catalogue.h"
+#include "host/error.h"
+#include "host/length.h"
+#include "host/printer.h"
+#include "host/unicode.h"
+#include "platform/system_file.h"
+
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  vlx stocks
+  vlx stocks --printer "Label Printer"
+  vlx print label.png -o label.job --set paper.stock={0A1B2C3D-0000-0000-0000-000000000001}
+
+The catalogue is registry.reg in the VLX_HOME folder.)";
+
+struct StocksOptions {
+  std::string printer;
+};
+
+// What the plug-in does not use has no settled unit; it is shown as it is stored.
+struct StoredNumber {
+  const char* name;
+  DWORD StockItem::*field;
+};
+constexpr StoredNumber kStoredNumbers[] = {
+    {"PaperWidth", &StockItem::dwPaperWidth},
+    {"PaperLength", &StockItem::dwPaperLength},
+    {"GapDistance", &StockItem::dwGapDistance},
+    {"OffsetX", &StockItem::dwOffsetX},
+    {"OffsetY", &StockItem::dwOffsetY},
+    {"SensorType", &StockItem::dwSensorType},
+    {"Rotation", &StockItem::dwRotation},
+    {"Darkness", &StockItem::dwDarkness},
+    {"Darkness2", &StockItem::dwDarkness2},
+    {"PrintMode", &StockItem::dwPrintMode},
+    {"RibbonSaver", &StockItem::dwRibbonSaver},
+    {"NumberCopies", &StockItem::dwNumberCopies},
+    {"Mirror", &StockItem::dwMirror},
+    {"Invert", &StockItem::dwInvert},
+    {"TopSameAsBottom", &StockItem::dwTopSameAsBottom},
+    {"BackfeedMode", &StockItem::dwBackfeedMode},
+    {"BackfeedSpeed", &StockItem::dwBackfeedSpeed},
+    {"IgnorePaperEnd", &StockItem::dwIgnorePaperEnd},
+    {"SingleBuffer", &StockItem::dwSingleBuffer},
+    {"IgnoreLabelPosition", &StockItem::dwIgnoreLabelPosition},
+};
+
+std::string Margin(DWORD um) {
+  return um > 0x7FFFFFFF ? std::to_string(um) + "um" : FormatLength(static_cast<LONG>(um));
+}
+
+void PrintStock(const StockItem& stock, bool first, bool selectable) {
+  const StockItem defaults;
+  const std::string name = Narrowed(stock.displayName);
+  std::printf("%s  %s%s\n",
+              selectable ? FormatGuid(stock.guid).c_str() : "(without Id, cannot be selected)",
+              name.empty() ? "(no name)" : name.c_str(),
+              first ? "  (used when none is selected)" : "");
+  std::printf("  margins: left %s, right %s, top %s, bottom %s\n",
+              Margin(stock.dwUnprintableLeft).c_str(), Margin(stock.dwUnprintableRight).c_str(),
+              Margin(stock.dwUnprintableTop).c_str(), Margin(stock.dwUnprintableBottom).c_str());
+  std::string stored = "  stored: SpeedInMmPerSec " + std::to_string(stock.dwSpeedInMmPerSec);
+  for (const StoredNumber& number : kStoredNumbers) {
+    if (stock.*number.field == defaults.*number.field) continue;
+    stored.append(", ").append(number.name).append(" ");
+    stored += std::to_string(stock.*number.field);
+  }
+  std::printf("%s\n", stored.c_str());
+}
+
+int RunStocks(const StocksOptions& options) {
+  const Printer printer(options.printer);
+  StockList stocks;
+  LoadStocksForPrinter(stocks, printer.Handle());
+  if (stocks.empty()) {
+    const auto system = PlatformPrinterFromHandle(printer.Handle());
+    std::printf(
+        "There are no stocks of \"%s\"; the driver reads them from %s/registry.reg, below\n"
+        "HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\%s\\%s\\Stocks\n",
+        Narrowed(printer.Name()).c_str(), PlatformHomeFolder().c_str(),
+        Narrowed(StripKeyChars(system ? system->driver : u"")).c_str(),
+        Narrowed(StripKeyChars(printer.Name())).c_str());
+    return kExitDone;
+  }
+  // A stock without an identifier gets another one at every reading.
+  StockList again;
+  LoadStocksForPrinter(again, printer.Handle());
+  for (const StockItem& stock : stocks) {
+    const bool selectable = std::any_of(again.begin(), again.end(), [&](const StockItem& other) {
+      return other.guid == stock.guid;
+    });
+    PrintStock(stock, &stock == &stocks.front(), selectable);
+  }
+  return kExitDone;
+}
+
+}  // namespace
+
+Command StocksCommand(CLI::App& program) {
+  const auto options = std::make_shared<StocksOptions>();
+  CLI::App* stocks = program.add_subcommand("stocks", "List the paper stocks of a printer");
+  stocks->add_option("--printer", options->printer, "Printer of system.toml, the first by default");
+  stocks->footer(kExamples);
+  return {stocks, [options] { return RunStocks(*options); }};
+}
