@@ -26,10 +26,9 @@ void ShowVersion() {
 
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
-    PrintCommand,
-    AddViewCommand,
-    SettingsCommand,
-    StocksCommand,
+    PrintCommand,  // a line each
+    AddViewCommand,  AddExplainCommand, AddLintCommand, AddDiffCommand,
+    AddServeCommand, SettingsCommand,   StocksCommand,
 };
 
 int Run(int argc, char** argv) {

@@ -230,7 +230,7 @@ class ShapeReader {
     const std::string_view text = element == '#' ? NumberAt(m_text) : WordAt(m_text);
     if (text.empty()) return false;
     const double number = element == '#' ? ToNumber(text) : 0;
-    line.values.push_back({&m_form.fields[line.values.size()], text, number});
+    line.values.push_back({&m_form.fields[line.values.size()], text, number, element == '#'});
     m_text.remove_prefix(text.size());
     return true;
   }

@@ -61,6 +61,7 @@ struct Value {
   const Field* field;
   std::string_view text;
   double number = 0;
+  bool isNumber = false;
   bool Given() const { return text.data() != nullptr; }
 };
 

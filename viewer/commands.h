@@ -4,3 +4,7 @@
 #include "common/command.h"
 
 Command AddViewCommand(CLI::App& program);
+Command AddExplainCommand(CLI::App& program);
+Command AddLintCommand(CLI::App& program);
+Command AddDiffCommand(CLI::App& program);
+Command AddServeCommand(CLI::App& program);

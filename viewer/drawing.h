@@ -39,6 +39,8 @@ Landing Land(const Label& label, const Placement& placement, double dpi);
 struct LabelPicture {
   BitImage black;
   BitImage highlight;
+
+  bool operator==(const LabelPicture&) const = default;
 };
 
 // Draws a label as it leaves the printer: the row printed first on top. None, with the reason in

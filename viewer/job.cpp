@@ -76,6 +76,7 @@ void JobReader::TakeData(const Piece& piece) {
   stored = {};
   stored.png = piece.text;
   stored.place = piece.place;
+  stored.placed = !piece.whole;  // that it is cut off says enough
   m_download.reset();
   ++m_downloads;
 }
@@ -179,7 +180,11 @@ void JobReader::Erase() {
 
 void JobReader::DefineField(const Line& line, Place place) {
   const int angle = ToInt(line.Text(3));
-  if (angle % 90 != 0 || angle < 0 || angle > 270) return;  // noted as out of range
+  if (angle % 90 != 0 || angle < 0 || angle > 270) {  // noted as out of range, once
+    const auto image = m_images.find(line.Text(4));
+    if (image != m_images.end()) image->second.placed = true;
+    return;
+  }
   const FieldOnLabel where = {line.Number(1), line.Number(2), angle};
   if (m_fields.size() < kMostFields || m_fields.contains(line.Text(0))) {
     m_fields[std::string(line.Text(0))] = where;

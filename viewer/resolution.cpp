@@ -8,13 +8,14 @@ namespace viewer {
 namespace {
 
 constexpr double kUsual[] = {203, 300, 600, 200, 400, 406, 305, 609, 152, 1200};
+constexpr double kMmAnInch = 25.4;
 constexpr int kLeastDpi = 100;
 constexpr int kMostDpi = 1200;
 constexpr int kLabelsLookedAt = 20;
 
 // Whether so many dots fill a length at a resolution; pages are cut to whole dots.
 bool Fills(std::uint32_t dots, double mm, double dpi) {
-  return std::abs(dots - mm * dpi / 25.4) < 1.0;
+  return std::abs(dots - mm * dpi / kMmAnInch) < 1.0;
 }
 
 std::optional<double> GuessFrom(const Label& label) {
@@ -23,12 +24,17 @@ std::optional<double> GuessFrom(const Label& label) {
     const bool sideways = placement.angle == 90 || placement.angle == 270;
     const std::uint32_t across = sideways ? placement.image->height : placement.image->width;
     const std::uint32_t along = sideways ? placement.image->width : placement.image->height;
+    const auto fillsAll = [&](double dpi) {
+      return Fills(across, label.WidthMm(), dpi) && Fills(along, label.size->lengthMm, dpi);
+    };
+    const auto fillsAcross = [&](double dpi) { return Fills(across, label.WidthMm(), dpi); };
     // A page image of the label's very size tells any resolution, one cropped along it a usual one.
-    const double dpi = std::round(across * 25.4 / label.WidthMm());
-    if (dpi >= kLeastDpi && dpi <= kMostDpi && Fills(along, label.size->lengthMm, dpi)) return dpi;
-    for (const double usual : kUsual) {
-      if (Fills(across, label.WidthMm(), usual)) return usual;
-    }
+    const auto whole = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAll);
+    if (whole != std::end(kUsual)) return *whole;
+    const double dpi = std::round(across * kMmAnInch / label.WidthMm());
+    if (dpi >= kLeastDpi && dpi <= kMostDpi && fillsAll(dpi)) return dpi;
+    const auto cropped = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAcross);
+    if (cropped != std::end(kUsual)) return *cropped;
   }
   return std::nullopt;
 }

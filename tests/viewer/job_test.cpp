@@ -1,0 +1,276 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/viewer/job_builder.h"
+#include "viewer/diff.h"
+#include "viewer/explain.h"
+#include "viewer/job_view.h"
+#include "viewer/lint.h"
+
+namespace {
+
+const std::string kArrow = PngOf({"###", "#.."});
+const std::string kHeader = ";Print job name: test\r\neIMG;*\r\n";
+
+// The label as it leaves the printer: . paper, # black, r highlight.
+std::vector<std::string> Rows(const viewer::LabelPicture& picture) {
+  std::vector<std::string> rows;
+  for (unsigned y = 0; y < picture.black.height; ++y) {
+    rows.emplace_back();
+    for (unsigned x = 0; x < picture.black.width; ++x) {
+      rows.back() += picture.black.At(x, y) ? '#' : picture.highlight.At(x, y) ? 'r' : '.';
+    }
+  }
+  return rows;
+}
+
+std::vector<viewer::DrawnLabel> Labels(const std::string& job) {
+  viewer::JobView view(job, kDotAMm);
+  std::vector<viewer::DrawnLabel> labels;
+  while (std::optional<viewer::DrawnLabel> label = view.Next()) labels.push_back(*label);
+  return labels;
+}
+
+TEST(LabelDrawing, ImageTurnsAboutItsFirstDot) {
+  const std::pair<const char*, std::vector<std::string>> rows[] = {
+      {"1.00,1.00,0", {".....", ".###.", ".#...", "....."}},
+      {"1.00,4.00,90", {".....", ".#...", ".#...", ".##.."}},
+      {"4.00,3.00,180", {".....", "...#.", ".###.", "....."}},
+      {"3.00,1.00,270", {".....", ".##..", "..#..", "..#.."}},
+      {"-1.00,3.00,0", {".....", ".....", ".....", "##..."}},  // what hangs over is lost
+      {"1.00,1.00,45", {".....", ".....", ".....", "....."}},
+  };
+  for (const auto& [place, expected] : rows) {
+    const auto labels = Labels(kHeader + Download("0", kArrow) + PageSetUp("4.00,5.00,5.00") +
+                               "I:Image0;" + place + ";0\r\nA1\r\n");
+    ASSERT_EQ(labels.size(), 1u);
+    EXPECT_EQ(Rows(*labels[0].picture), expected) << place;
+    if (labels[0].label.placements.empty() || place[0] == '-') continue;
+    const auto upright = Rows(viewer::Turn(*labels[0].picture, labels[0].turn));
+    std::string all;
+    for (const std::string& row : upright) all += row + "|";
+    EXPECT_NE(all.find("###"), all.npos) << place << " " << all;
+  }
+}
+
+TEST(LabelDrawing, RightHalfOfTwoColoursLiesOverTheLeft) {
+  const std::string images = kHeader + Download("0", PngOf({"#"})) + Download("1", PngOf({"###"}));
+  const auto labels = Labels(images + PageSetUp("2.00,3.00,8.00", "O A0=3,H0.00,E\r\n") +
+                             "I:Image0;5.00,1.00,0;0\r\nI:Image1;0.00,0.00,0;1\r\nA1\r\n");
+  EXPECT_EQ(Rows(*labels.at(0).picture), (std::vector<std::string>{"###.", ".r.."}));
+  // A wider head, as of printers whose second colour stands apart.
+  const auto apart = Labels(images + PageSetUp("2.00,3.00,8.06", "O H0.00\r\n") +
+                            "I:Image0;8.06,1.00,180;0\r\nI:Image1;4.00,1.00,180;1\r\nA1\r\n");
+  EXPECT_EQ(Rows(*apart.at(0).picture), (std::vector<std::string>{".###", "...."}));
+}
+
+TEST(JobReading, RecalledFieldKeepsItsPlaceAndTakesTheNewImage) {
+  const std::string job = kHeader + Download("0", kArrow) + PageSetUp("2.00,5.00,4.00") +
+                          "I:Image0;1.00,0.00,0;0\r\nA1\r\n" + Download("0", PngOf({"##"})) +
+                          "\r\nR Image0;0\r\nA2\r\n\r\nA1\r\n";
+  const auto labels = Labels(job);
+  ASSERT_EQ(labels.size(), 3u);
+  EXPECT_EQ(Rows(*labels[0].picture), (std::vector<std::string>{".###", ".#.."}));
+  EXPECT_EQ(Rows(*labels[1].picture), (std::vector<std::string>{".##.", "...."}));
+  EXPECT_TRUE(labels[1].label.placements.at(0).recalled);
+  EXPECT_EQ(labels[1].label.copies, 2);
+  EXPECT_EQ(Rows(*labels[2].picture), (std::vector<std::string>{"....", "...."}));
+}
+
+TEST(JobReading, CutsFollowCountAndEnd) {
+  std::string job;
+  for (const char* page : {"C2,0.00,0.00\r\nA1\r\n", "C2,0.00,0.00\r\nA4\r\n", "A1\r\n",
+                           "C9998,0.00,0.00\r\nA7\r\n", "Ce,2.00,1.50\r\nA3\r\n"}) {
+    job += PageSetUp("5.00,5.00,5.00") + page;
+  }
+  std::string cuts;
+  for (const auto& drawn : Labels(job)) {
+    cuts += std::to_string(drawn.label.cuts) + (drawn.label.cutAtEnd ? "| " : " ");
+  }
+  EXPECT_EQ(cuts, "0 2 1| 0 1| ");
+}
+
+TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
+  const std::string image = Download("0", kArrow);
+  const std::string place = "I:Image0;0.00,0.00,0;0\r\n";
+  const std::string size = PageSetUp("4.00,5.00,5.00");
+  const std::string good = kHeader + image + size + place + "A1\r\n";
+  const struct {
+    std::string job;
+    std::size_t line;
+    const char* text;  // of the only fault; null: none
+  } rows[] = {
+      {good, 0, nullptr},
+      {good + "\r\n", 0, nullptr},
+      {good + "\x1B!whatever of the user's own\r\n", 0, nullptr},
+      {kHeader + size + place + "A1\r\n", 8, "not downloaded"},
+      {kHeader + image + size + "A1\r\n", 4, "never placed"},
+      {kHeader + image + image + size + place + "A1\r\n", 4, "never placed"},
+      {kHeader + image + size + "I:Image0;3.00,0.00,0;0\r\nA1\r\n", 10, "1 dots"},
+      {kHeader + image + size + "I:Image0;0.00,2.00,180;0\r\nA1\r\n", 10, "left edge"},
+      {kHeader + image + size + "I:Image0;0.00,0.00,45;0\r\nA1\r\n", 10, "angle"},
+      {kHeader + image + size + "I:Image0;0.00,0\r\n" + place + "A1\r\n", 10, "I:FIELD;X,Y"},
+      {kHeader + image + size + "R Image0;0\r\n" + place + "A1\r\n", 10, "no earlier label"},
+      {kHeader + image + size + place + "A1\n", 11, "LF alone"},
+      {kHeader + image + size + place + "A1\r", 11, "CR alone"},
+      {kHeader + image + size + place + "A1", 11, "not ended"},
+      {kHeader + image + size + place + "A0\r\n", 11, "copies"},
+      {kHeader + image + size + place + "A1000000\r\n", 11, "copies"},
+      {kHeader + image + size + "O H1\r\n" + place + "A1\r\n" + "dPNG;0\r\n", 13, "ends before"},
+      {kHeader + image + size + place + "A1\r\ndPNG;1\r\nJ\r\n", 13, "no data"},
+      {good + "\x1B:xx\x1B"
+              "end-of-data\r\n",
+       12, "follows no download"},
+      {good + place, 12, "last label"},
+      {good + place + "J\r\n", 13, "before the images"},
+      {kHeader + image + place + "A1\r\n", 6, "without a size"},
+      {kHeader + image + PageSetUp("4.00,3.00,5.00") + place + "A1\r\n", 9, "pitch"},
+      {kHeader + image + "H9999,5,T,R0\r\n" + size.substr(15) + place + "A1\r\n", 5, "speed"},
+      {kHeader + Download("0", "no PNG") + size + place + "A1\r\n", 4, "no PNG file"},
+      {kHeader + Download("0", kArrow.substr(0, kArrow.size() - 20)) + size + place + "A1\r\n", 4,
+       "cannot be read"},
+      {";\r\n", 1, "no label"},
+      {good + ";" + std::string(512 - good.size() % 512 - 3, 'x') + "\r\n", 12, "multiple of 512"},
+      {kHeader + image + Download("1", kArrow) + PageSetUp("4.00,5.00,10.00", "O H0.00\r\n") +
+           "I:Image0;6.00,0.00,0;0\r\nI:Image1;0.00,0.00,0;1\r\nA1\r\n",
+       13, "1 mm right of the black"},
+  };
+  for (const auto& row : rows) {
+    const viewer::LintResult result = viewer::LintJob(row.job, kDotAMm);
+    ASSERT_EQ(result.faults.size(), row.text != nullptr ? 1u : 0u)
+        << row.job << (result.faults.empty() ? "" : result.faults[0].text) << " "
+        << (row.text ? row.text : "");
+    if (row.text == nullptr) continue;
+    EXPECT_NE(result.faults[0].text.find(row.text), std::string::npos) << result.faults[0].text;
+    EXPECT_EQ(result.faults[0].place.line, row.line) << result.faults[0].text;
+  }
+  const viewer::LintResult cut = viewer::LintJob((kHeader + image).substr(0, 60), kDotAMm);
+  ASSERT_FALSE(cut.faults.empty());
+  EXPECT_NE(cut.faults.front().text.find("ends inside a data block"), std::string::npos);
+  EXPECT_EQ(cut.faults.front().place.offset, 60u);
+}
+
+std::string PngThatClaims(std::string width, std::string height) {
+  std::string png = PngOf({"#"});
+  png.replace(16, 4, width);
+  png.replace(20, 4, height);
+  return png;
+}
+
+TEST(JobReading, HostileStreamsEndSoonAndSmall) {
+  const std::string huge(4, '\x7F');
+  const std::string one("\0\0\0\1", 4);
+  std::string manyFields, manyDownloads;
+  for (int i = 0; i < 30000; ++i) {
+    manyFields += "I:F" + std::to_string(i) + ";0.00,0.00,0;0\r\n";
+    manyDownloads += Download(std::to_string(i), kArrow);
+  }
+  const std::string place = "I:Image0;0.00,0.00,0;0\r\nA1\r\n";
+  const std::string jobs[] = {
+      "",
+      std::string(1 << 20, '\0'),
+      std::string(1 << 20, '\n'),
+      std::string(1 << 20, 'A'),
+      "\x1B:",
+      "dPNG;",
+      Download("0", PngThatClaims(huge, huge)) + PageSetUp("4.00,5.00,5.00") + place,
+      Download("0", PngThatClaims(huge, one)) + PageSetUp("4.00,5.00,5.00") + place,
+      Download("0", PngThatClaims(std::string("\0\1\x86\xA0", 4), std::string("\0\0\7\xD0", 4))) +
+          PageSetUp("4.00,5.00,5.00") + place,
+      Download("0", kArrow) + PageSetUp("10000000.00,10000000.00,5000000.00") + place,
+      Download("0", kArrow) + PageSetUp("4.00,5.00,5.00") + "I:F;" + std::string(400, '9') +
+          ",-99999999999,180;0\r\nA99999999999999999999\r\n",
+      "S" + std::string(100000, 'l') + ";\r\nSl0;" + std::string(5000, '1') + ",1,1,1,1\r\nA1\r\n",
+      "Sl0;-5,-5,-5,-5,-5\r\nA-1\r\nC-3,1,1\r\nA2\r\nC0,1,1\r\nA1\r\n",
+      Download("0", kArrow) + PageSetUp("4.00,5.00,5.00") + manyFields + "A1\r\n",
+      manyDownloads,
+      "O " + std::string(1 << 16, ',') +
+          "\r\nO A1='\r\nO T\r\nR ;\r\nI:;;;;\r\nH,,,\r\nCe\r\nC1,1\r\n",
+  };
+  for (const std::string& job : jobs) {
+    const auto start = std::chrono::steady_clock::now();
+    for (const viewer::DrawnLabel& drawn : Labels(job)) {
+      EXPECT_TRUE(drawn.picture || !drawn.why.empty());
+    }
+    EXPECT_GT(viewer::LintJob(job, 0).count, 0u) << job.substr(0, 80);
+    viewer::ExplainJob(job, [](const viewer::Explanation& it) { EXPECT_FALSE(it.words.empty()); });
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  }
+}
+
+TEST(Resolution, IsGuessedFromPagesThatFillTheLabel) {
+  const std::pair<std::string, double> rows[] = {
+      {PngOf(std::vector<std::string>(79, std::string(159, '#'))), 203},
+      {PngOf(std::vector<std::string>(9, std::string(236, '#'))), 300},  // cropped
+      {PngOf(std::vector<std::string>(98, std::string(197, '#'))), 250},
+      {PngOf(std::vector<std::string>(9, std::string(50, '#'))), 0},
+  };
+  for (const auto& [png, dpi] : rows) {
+    const std::string job = kHeader + Download("0", png) + PageSetUp("10.00,13.00,20.00") +
+                            "I:Image0;0.00,0.00,0;0\r\nA1\r\n";
+    EXPECT_EQ(viewer::GuessDpi(job).value_or(0), dpi);
+  }
+}
+
+TEST(Explain, SaysEachLineInUnits) {
+  const std::string job =
+      kHeader + Download("1", kArrow) + "O H0.25,A1='START signal',EXY\r\n" +
+      "Sl0;0.00,-1.50,50.00,53.00,200.00Q\r\nC9998,2.00,1.50\r\n!x\x01\r\nA3\r\n";
+  std::vector<viewer::Explanation> lines;
+  viewer::ExplainJob(job, [&](const viewer::Explanation& it) { lines.push_back(it); });
+  const char* const words[] = {
+      "comment",
+      "erases the images",
+      "name 1",
+      "image 1: 3 x 2 dots",
+      "option H 0.25 mm, option A1 'START signal', option E, then \"XY\" passed",
+      "offset y -1.5 mm, length 50 mm, pitch 53 mm, width 200 mm (two colours of 100 mm side by "
+      "side), then \"Q\" passed",
+      "first value 2 mm",
+      "passed to the printer as it stands",
+      "copies 3"};
+  ASSERT_EQ(lines.size(), std::size(words));
+  std::size_t offset = 0;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_NE(lines[i].words.find(words[i]), std::string::npos) << lines[i].words;
+    EXPECT_EQ(lines[i].place.line, i + 1);
+    EXPECT_EQ(lines[i].place.offset, offset);
+    offset += lines[i].bytes;
+  }
+  EXPECT_EQ(offset, job.size());
+  EXPECT_EQ(lines[7].text, "!x\\x01");
+}
+
+TEST(Diff, ComparesPrintNotBytes) {
+  const auto job = [](const std::vector<std::string>& rows, const std::string& place,
+                      const std::string& print) {
+    return kHeader + Download("0", PngOf(rows)) + PageSetUp("4.00,5.00,5.00") + "I:Image0;" +
+           place + ";0\r\n" + print;
+  };
+  const std::string a = job({"###", "#.."}, "1.00,1.00,0", "A1\r\n");
+  const struct {
+    std::string b;
+    std::uint64_t dots;
+    const char* text;
+  } rows[] = {
+      {job({".....", ".###.", ".#..."}, "0.00,0.00,0", "A1\r\n"), 0, nullptr},
+      {job({"..#", "###"}, "4.00,3.00,180", "A1\r\n"), 0, nullptr},
+      {job({"###", "##."}, "1.00,1.00,0", "A1\r\n"), 1, "from 2, 2 to 3, 3 mm"},
+      {job({"###", "#.."}, "2.00,1.00,0", "A1\r\n"), 4, "from 1, 1 to 5, 3 mm"},
+      {job({"###", "#.."}, "1.00,1.00,0", "A2\r\n"), 0, "copies: 1 and 2"},
+      {job({"###", "#.."}, "1.00,1.00,0", "A1\r\nA1\r\n"), 0, "only the second"},
+  };
+  for (const auto& row : rows) {
+    std::vector<viewer::LabelDiff> diffs;
+    const viewer::JobDiff result = viewer::DiffJobs(
+        a, row.b, kDotAMm, [&](const viewer::LabelDiff& d) { diffs.push_back(d); });
+    ASSERT_EQ(result.different, row.text != nullptr ? 1u : 0u);
+    if (row.text == nullptr) continue;
+    EXPECT_NE(diffs[0].texts.at(0).find(row.text), std::string::npos) << diffs[0].texts[0];
+    EXPECT_EQ(diffs[0].dots, row.dots);
+    EXPECT_EQ(diffs[0].png.empty(), row.dots == 0);
+  }
+}
+
+}  // namespace
