@@ -65,19 +65,14 @@ bool BuildColorTable(COemPDEV& state, DWORD format) {
   return true;
 }
 
-// Grows the page buffer; *askedBytes is the size that was asked for. Without memory the page is
-// given up, whether or not it held a band already.
+// Grows the page buffer by bytes, which the caller fills; *askedBytes is the size that was asked
+// for. Without memory the page is given up, whether or not it held a band already.
 bool GrowBuffer(COemPDEV& state, std::uint64_t bytes, DWORD* askedBytes) {
   const DWORD oldSize = state.pBitmapBuffer == nullptr ? 0 : state.dwBitmapBufferSize;
   const std::uint64_t newSize = oldSize + bytes;
   *askedBytes = static_cast<DWORD>(newSize);
-  if (bytes <= kMostBytes && newSize <= kMostBytes) {
-    auto* buffer = static_cast<BYTE*>(LocalAlloc(LPTR, static_cast<SIZE_T>(newSize)));
-    if (buffer != nullptr) {
-      if (oldSize != 0) std::memcpy(buffer, state.pBitmapBuffer, oldSize);
-      if (state.SetPageBuffer(buffer, *askedBytes)) return true;
-    }
-  }
+  if (bytes <= kMostBytes && newSize <= kMostBytes && state.GrowPageBuffer(*askedBytes))
+    return true;
   LogError(kNoCategory, "LocalAlloc failed!\n");
   state.ResetPage();
   return false;

@@ -1,5 +1,7 @@
 #include "config/device_state.h"
 
+#include <algorithm>
+#include <cstring>
 #include <new>
 
 #include "config/vlx_shared.h"
@@ -27,8 +29,39 @@ bool Own(std::shared_ptr<void>& owner, void* resource, void (*release)(void*)) {
 
 }  // namespace
 
+struct COemPDEV::PageBlock {
+  explicit PageBlock(BYTE* block) : bytes(block) {}
+  PageBlock(const PageBlock&) = delete;
+  PageBlock& operator=(const PageBlock&) = delete;
+  ~PageBlock() { LocalFree(bytes); }
+  BYTE* bytes;
+};
+
 bool COemPDEV::SetPageBuffer(BYTE* buffer, DWORD size) {
-  if (!Own(m_pageBufferOwner, buffer, FreeBlock)) return false;
+  try {
+    m_pageBufferOwner = buffer == nullptr ? nullptr : std::make_shared<PageBlock>(buffer);
+  } catch (const std::bad_alloc&) {
+    LocalFree(buffer);
+    return false;
+  }
+  pBitmapBuffer = buffer;
+  dwBitmapBufferSize = size;
+  return true;
+}
+
+bool COemPDEV::GrowPageBuffer(DWORD size) {
+  // What another state still shows is copied.
+  if (m_pageBufferOwner == nullptr || m_pageBufferOwner.use_count() != 1) {
+    auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, size));
+    if (buffer == nullptr) return false;
+    if (pBitmapBuffer != nullptr) {
+      std::memcpy(buffer, pBitmapBuffer, std::min(size, dwBitmapBufferSize));
+    }
+    return SetPageBuffer(buffer, size);
+  }
+  auto* buffer = static_cast<BYTE*>(LocalReAlloc(m_pageBufferOwner->bytes, size, LMEM_MOVEABLE));
+  if (buffer == nullptr) return false;
+  m_pageBufferOwner->bytes = buffer;
   pBitmapBuffer = buffer;
   dwBitmapBufferSize = size;
   return true;

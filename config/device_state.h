@@ -42,6 +42,10 @@ class COemPDEV {
   bool SetPageBuffer(BYTE* buffer, DWORD size);
   bool SetColorTable(RGBQUAD* table, LONG entries);
 
+  // Makes the page buffer that many bytes long, its content kept and what is added without a value.
+  // Returns false, the state as before, when there is no memory.
+  bool GrowPageBuffer(DWORD size);
+
   // Take over a bitmap that the shared library made (null: none) as the kept background or
   // highlight. Without memory for the bookkeeping nothing is kept, so that the next page is
   // compared with nothing rather than with a page that the printer no longer holds.
@@ -85,7 +89,8 @@ class COemPDEV {
   JobState job;
 
  private:
-  std::shared_ptr<void> m_pageBufferOwner;
+  struct PageBlock;
+  std::shared_ptr<PageBlock> m_pageBufferOwner;
   std::shared_ptr<void> m_colorTableOwner;
   std::shared_ptr<void> m_backgroundOwner;
   std::shared_ptr<void> m_highlightOwner;

@@ -31,11 +31,10 @@ void SaveStage(const Page& page, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
 // A driver may leave the last rows of a page out. What is missing of the picture is paper: white.
 bool CompleteBuffer(COemPDEV& state, std::uint64_t neededBytes) {
   if (state.dwBitmapBufferSize >= neededBytes) return true;
-  auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, neededBytes));
-  if (buffer == nullptr) return false;
-  std::memcpy(buffer, state.pBitmapBuffer, state.dwBitmapBufferSize);
-  std::memset(buffer + state.dwBitmapBufferSize, 0xFF, neededBytes - state.dwBitmapBufferSize);
-  return state.SetPageBuffer(buffer, static_cast<DWORD>(neededBytes));
+  const DWORD capturedBytes = state.dwBitmapBufferSize;
+  if (!state.GrowPageBuffer(static_cast<DWORD>(neededBytes))) return false;
+  std::memset(state.pBitmapBuffer + capturedBytes, 0xFF, neededBytes - capturedBytes);
+  return true;
 }
 
 bool CopyPage(Page& page) {

@@ -105,7 +105,10 @@ PLATFORM_API GpStatus WINAPI GdipGetImageWidth(GpImage* image, UINT* width);
 PLATFORM_API GpStatus WINAPI GdipGetImageHeight(GpImage* image, UINT* height);
 PLATFORM_API GpStatus WINAPI GdipGetImagePixelFormat(GpImage* image, PixelFormat* format);
 
-// Gives the bitmap's own pixels; rect null (the whole image) and the bitmap's own format only.
+// Gives the bitmap's own pixels; rect null (the whole image) and the bitmap's own format only. Locked
+// for writing alone, what the pixels were is lost: all of them must be written.
+// A 24-bit bitmap can be written as 1-bit rows, for writing alone; it is then black and white. Until
+// its pixels are asked for it is kept so, and can be read as 1-bit rows too.
 PLATFORM_API GpStatus WINAPI GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags,
                                                 PixelFormat format, BitmapData* lockedBitmapData);
 PLATFORM_API GpStatus WINAPI GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData);

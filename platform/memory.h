@@ -5,6 +5,7 @@
 #include "platform/types.h"
 
 inline constexpr UINT LMEM_FIXED = 0x0000;
+inline constexpr UINT LMEM_MOVEABLE = 0x0002;
 inline constexpr UINT LMEM_ZEROINIT = 0x0040;
 inline constexpr UINT LPTR = LMEM_FIXED | LMEM_ZEROINIT;
 inline constexpr UINT GMEM_FIXED = 0x0000;
@@ -16,6 +17,11 @@ inline constexpr UINT GPTR = GMEM_FIXED | GMEM_ZEROINIT;
 // Null when there is no memory; the last error is then ERROR_NOT_ENOUGH_MEMORY.
 PLATFORM_API HLOCAL WINAPI LocalAlloc(UINT uFlags, SIZE_T uBytes);
 PLATFORM_API HGLOBAL WINAPI GlobalAlloc(UINT uFlags, SIZE_T dwBytes);
+
+// Makes a block larger or smaller and returns its new place; what is added has no value. The only
+// flags are LMEM_MOVEABLE. Null, the block as it was, when there is no memory; the last error is
+// then ERROR_NOT_ENOUGH_MEMORY, or ERROR_INVALID_PARAMETER for no block or other flags.
+PLATFORM_API HLOCAL WINAPI LocalReAlloc(HLOCAL hMem, SIZE_T uBytes, UINT uFlags);
 
 // Frees a block (null is allowed) and returns null.
 PLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL hMem);

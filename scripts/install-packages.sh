@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   cmake g++ make
-  libpng-dev libhwy-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
+  libdeflate-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
   libgtest-dev python3 binutils poppler-utils zint zbar-tools dmtx-utils
 )
 

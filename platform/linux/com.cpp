@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "platform/fault.h"
+#include "platform/linux/block.h"
 #include "platform/synch.h"
 
 namespace {
@@ -19,6 +19,9 @@ constexpr ULARGE_INTEGER kLargestStream = 0x7FFFFFFF;
 
 class MemoryStream final : public IStream {
  public:
+  MemoryStream() = default;
+  MemoryStream(const MemoryStream&) = delete;
+  MemoryStream& operator=(const MemoryStream&) = delete;
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     if (ppv == nullptr) return E_POINTER;
     *ppv = nullptr;
@@ -40,9 +43,9 @@ class MemoryStream final : public IStream {
     if (pcbRead != nullptr) *pcbRead = 0;
     if (pv == nullptr) return STG_E_INVALIDPOINTER;
     if (PlatformShouldFail("IStream::Read")) return E_OUTOFMEMORY;
-    const ULARGE_INTEGER left = m_position < m_bytes.size() ? m_bytes.size() - m_position : 0;
+    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
     const auto count = static_cast<ULONG>(std::min<ULARGE_INTEGER>(cb, left));
-    if (count != 0) std::memcpy(pv, m_bytes.data() + m_position, count);
+    if (count != 0) std::memcpy(pv, m_bytes + m_position, count);
     m_position += count;
     if (pcbRead != nullptr) *pcbRead = count;
     return S_OK;
@@ -51,7 +54,7 @@ class MemoryStream final : public IStream {
     if (pcbWritten != nullptr) *pcbWritten = 0;
     if (pv == nullptr) return STG_E_INVALIDPOINTER;
     if (PlatformShouldFail("IStream::Write") || !Reach(m_position + cb)) return STG_E_MEDIUMFULL;
-    if (cb != 0) std::memcpy(m_bytes.data() + m_position, pv, cb);
+    if (cb != 0) std::memcpy(m_bytes + m_position, pv, cb);
     m_position += cb;
     if (pcbWritten != nullptr) *pcbWritten = cb;
     return S_OK;
@@ -60,7 +63,7 @@ class MemoryStream final : public IStream {
     if (PlatformShouldFail("IStream::Seek")) return E_OUTOFMEMORY;
     LARGE_INTEGER base = 0;
     if (dwOrigin == STREAM_SEEK_CUR) base = static_cast<LARGE_INTEGER>(m_position);
-    if (dwOrigin == STREAM_SEEK_END) base = static_cast<LARGE_INTEGER>(m_bytes.size());
+    if (dwOrigin == STREAM_SEEK_END) base = static_cast<LARGE_INTEGER>(m_size);
     LARGE_INTEGER target = 0;
     if (dwOrigin > STREAM_SEEK_END || __builtin_add_overflow(base, dlibMove, &target) ||
         target < 0) {
@@ -72,18 +75,17 @@ class MemoryStream final : public IStream {
   }
   HRESULT SetSize(ULARGE_INTEGER libNewSize) override {
     if (!Reach(libNewSize)) return STG_E_MEDIUMFULL;
-    m_bytes.resize(libNewSize);
+    m_size = libNewSize;
     return S_OK;
   }
   HRESULT CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,
                  ULARGE_INTEGER* pcbWritten) override {
     if (pstm == nullptr) return STG_E_INVALIDPOINTER;
-    const ULARGE_INTEGER left = m_position < m_bytes.size() ? m_bytes.size() - m_position : 0;
+    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
     const auto count = static_cast<ULONG>(std::min(cb, left));
     ULONG written = 0;
     static constexpr BYTE kNothing = 0;
-    const HRESULT hr =
-        pstm->Write(count == 0 ? &kNothing : m_bytes.data() + m_position, count, &written);
+    const HRESULT hr = pstm->Write(count == 0 ? &kNothing : m_bytes + m_position, count, &written);
     m_position += count;
     if (pcbRead != nullptr) *pcbRead = count;
     if (pcbWritten != nullptr) *pcbWritten = written;
@@ -102,7 +104,7 @@ class MemoryStream final : public IStream {
     if (PlatformShouldFail("IStream::Stat")) return E_OUTOFMEMORY;
     *pstatstg = {};
     pstatstg->type = kStreamType;
-    pstatstg->cbSize = m_bytes.size();
+    pstatstg->cbSize = m_size;
     return S_OK;
   }
   HRESULT Clone(IStream** ppstm) override {
@@ -111,19 +113,30 @@ class MemoryStream final : public IStream {
   }
 
  private:
+  ~MemoryStream() { FreeBlock(m_bytes); }
+
   // Makes the content at least that long; what is new is zero.
   bool Reach(ULARGE_INTEGER size) {
     if (size > kLargestStream) return false;
-    try {
-      if (size > m_bytes.size()) m_bytes.resize(size);
-      return true;
-    } catch (const std::bad_alloc&) {
-      return false;
+    if (size <= m_size) return true;
+    if (size > m_room) {
+      const ULARGE_INTEGER room = m_bytes == nullptr ? size : size + size / 2;
+      auto* larger = static_cast<BYTE*>(AllocateBlock(room, false));
+      if (larger == nullptr) return false;
+      if (m_size != 0) std::memcpy(larger, m_bytes, m_size);
+      FreeBlock(m_bytes);
+      m_bytes = larger;
+      m_room = room;
     }
+    std::memset(m_bytes + m_size, 0, size - m_size);
+    m_size = size;
+    return true;
   }
 
   LONG m_cRef = 1;
-  std::vector<BYTE> m_bytes;
+  BYTE* m_bytes = nullptr;  // a block
+  ULARGE_INTEGER m_size = 0;
+  ULARGE_INTEGER m_room = 0;
   ULARGE_INTEGER m_position = 0;
 };
 

@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "platform/linux/fault_state.h"
+
 namespace {
 
 std::atomic<PlatformFaultHook> hook{nullptr};
@@ -19,3 +21,5 @@ bool PlatformShouldFail(const char* call) {
   const PlatformFaultHook current = hook.load(std::memory_order_relaxed);
   return current != nullptr && current(call, hookContext);
 }
+
+bool FaultsArmed() { return hook.load(std::memory_order_relaxed) != nullptr; }

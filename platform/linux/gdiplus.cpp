@@ -9,6 +9,7 @@
 #include <new>
 
 #include "platform/fault.h"
+#include "platform/linux/block.h"
 #include "platform/linux/gdiplus_image.h"
 
 namespace Gdiplus {
@@ -16,7 +17,6 @@ namespace Gdiplus {
 namespace {
 
 constexpr ULONG_PTR kToken = 0x6D1;
-constexpr std::int64_t kMostBytes = 0x7FFFFFFF;
 
 constexpr CLSID kPngEncoder = {
     0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
@@ -30,13 +30,6 @@ constexpr ImageCodecInfo kEncoders[] = {{kPngEncoder, kPngFormat, WTEXT("Built-i
                                          1, 1, sizeof kPngSignature, kPngSignature, kPngMask}};
 
 std::atomic<LONG> startCount{0};
-
-// Why a call cannot go on, Ok when it can.
-GpStatus Check(const char* call, bool argumentsValid) {
-  if (!IsStarted()) return GdiplusNotInitialized;
-  if (!argumentsValid) return InvalidParameter;
-  return PlatformShouldFail(call) ? OutOfMemory : Ok;
-}
 
 bool IsWhole(REAL value) {
   return std::floor(value) == value && value >= -16777216.0f && value <= 16777216.0f;
@@ -58,7 +51,11 @@ void Apply(Transform& world, const Transform& change, GpMatrixOrder order) {
 
 }  // namespace
 
-bool IsStarted() { return startCount.load(std::memory_order_relaxed) > 0; }
+GpStatus Check(const char* call, bool argumentsValid) {
+  if (startCount.load(std::memory_order_relaxed) <= 0) return GdiplusNotInitialized;
+  if (!argumentsValid) return InvalidParameter;
+  return PlatformShouldFail(call) ? OutOfMemory : Ok;
+}
 
 Status GdiplusStartup(ULONG_PTR* token, const GdiplusStartupInput* input, GdiplusStartupOutput*) {
   if (token == nullptr || input == nullptr || input->GdiplusVersion != 1) return InvalidParameter;
@@ -69,7 +66,13 @@ Status GdiplusStartup(ULONG_PTR* token, const GdiplusStartupInput* input, Gdiplu
 }
 
 void GdiplusShutdown(ULONG_PTR token) {
-  if (token == kToken && IsStarted()) --startCount;
+  if (token != kToken) return;
+  LONG count = startCount.load();
+  while (count > 0 && !startCount.compare_exchange_weak(count, count - 1)) {
+  }
+  if (count != 1) return;
+  ReleasePngCompressors();
+  ReleaseKeptBlocks();
 }
 
 namespace DllExports {
@@ -79,74 +82,6 @@ void* GdipAlloc(SIZE_T size) {
 }
 
 void GdipFree(void* ptr) { std::free(ptr); }
-
-GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat format, BYTE* scan0,
-                                   GpBitmap** bitmap) {
-  if (bitmap == nullptr) return InvalidParameter;
-  *bitmap = nullptr;
-  const bool known = format == PixelFormat1bppIndexed || format == PixelFormat24bppRGB;
-  const GpStatus status =
-      Check("GdipCreateBitmapFromScan0", width > 0 && height > 0 && known && scan0 == nullptr);
-  if (status != Ok) return status;
-  const std::int64_t bits = std::int64_t{width} * (format == PixelFormat24bppRGB ? 24 : 1);
-  const std::int64_t strideBytes = (bits + 31) / 32 * 4;
-  if (strideBytes > kMostBytes / height) return OutOfMemory;
-  auto* pixels = static_cast<BYTE*>(std::calloc(height, strideBytes));
-  auto* image =
-      new (std::nothrow) GpImage{width, height, format, static_cast<INT>(strideBytes), pixels};
-  if (pixels == nullptr || image == nullptr) {
-    std::free(pixels);
-    delete image;
-    return OutOfMemory;
-  }
-  *bitmap = image;
-  return Ok;
-}
-
-GpStatus GdipDisposeImage(GpImage* image) {
-  if (image == nullptr) return InvalidParameter;
-  std::free(image->pixels);
-  delete image;
-  return Ok;
-}
-
-GpStatus GdipGetImageWidth(GpImage* image, UINT* width) {
-  if (image == nullptr || width == nullptr) return InvalidParameter;
-  *width = static_cast<UINT>(image->width);
-  return Ok;
-}
-
-GpStatus GdipGetImageHeight(GpImage* image, UINT* height) {
-  if (image == nullptr || height == nullptr) return InvalidParameter;
-  *height = static_cast<UINT>(image->height);
-  return Ok;
-}
-
-GpStatus GdipGetImagePixelFormat(GpImage* image, PixelFormat* format) {
-  if (image == nullptr || format == nullptr) return InvalidParameter;
-  *format = image->format;
-  return Ok;
-}
-
-GpStatus GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT, PixelFormat format,
-                            BitmapData* lockedBitmapData) {
-  if (bitmap == nullptr || rect != nullptr || lockedBitmapData == nullptr ||
-      format != bitmap->format) {
-    return InvalidParameter;
-  }
-  if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
-  *lockedBitmapData = {static_cast<UINT>(bitmap->width),
-                       static_cast<UINT>(bitmap->height),
-                       bitmap->strideBytes,
-                       format,
-                       bitmap->pixels,
-                       0};
-  return Ok;
-}
-
-GpStatus GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData) {
-  return bitmap == nullptr || lockedBitmapData == nullptr ? InvalidParameter : Ok;
-}
 
 GpStatus GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics) {
   if (graphics == nullptr) return InvalidParameter;
@@ -165,24 +100,8 @@ GpStatus GdipDeleteGraphics(GpGraphics* graphics) {
 
 GpStatus GdipGraphicsClear(GpGraphics* graphics, ARGB color) {
   const GpStatus status = Check("GdipGraphicsClear", graphics != nullptr);
-  if (status != Ok) return status;
-  const auto red = static_cast<BYTE>(color >> 16);
-  const auto green = static_cast<BYTE>(color >> 8);
-  const auto blue = static_cast<BYTE>(color);
-  const GpImage& target = *graphics->target;
-  for (INT y = 0; y < target.height; ++y) {
-    BYTE* row = target.Row(y);
-    if (target.IsOneBit()) {
-      std::memset(row, IsLight(red, green, blue) ? 0xFF : 0, target.strideBytes);
-      continue;
-    }
-    for (INT x = 0; x < target.width; ++x, row += 3) {
-      row[0] = blue;
-      row[1] = green;
-      row[2] = red;
-    }
-  }
-  return Ok;
+  if (status == Ok) graphics->target->Fill(color);
+  return status;
 }
 
 GpStatus GdipRotateWorldTransform(GpGraphics* graphics, REAL angle, GpMatrixOrder order) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/linux/gdiplus_image.h"
+#include "platform/linux/gdiplus_turn.h"
 
 namespace Gdiplus {
 
@@ -86,9 +87,18 @@ void Clip(std::int64_t& source, std::int64_t& target, std::int64_t& length, INT 
   length = std::min({length - skipped, sourceLength - source, targetLength - target});
 }
 
-void DrawShifted(const GpGraphics& graphics, const GpImage& source, INT x, INT y,
-                 const Rect& part) {
-  const GpImage& target = *graphics.target;
+// Makes ready what is about to be read and written.
+void Prepare(GpImage& source, GpImage& target, bool wholeTarget) {
+  source.MakePixels();
+  if (wholeTarget) {
+    target.DropPixels();
+  } else {
+    target.MakePixels();
+  }
+}
+
+void DrawShifted(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
+  GpImage& target = *graphics.target;
   std::int64_t sourceX = part.X, sourceY = part.Y;
   std::int64_t width = part.Width, height = part.Height;
   std::int64_t targetX = std::int64_t{x} + graphics.world.dx;
@@ -96,14 +106,33 @@ void DrawShifted(const GpGraphics& graphics, const GpImage& source, INT x, INT y
   Clip(sourceX, targetX, width, source.width, target.width);
   Clip(sourceY, targetY, height, source.height, target.height);
   if (width <= 0 || height <= 0) return;
+  Prepare(source, target, width == target.width && height == target.height);
   CopyRows(source, target,
            {static_cast<INT>(sourceX), static_cast<INT>(sourceY), static_cast<INT>(targetX),
             static_cast<INT>(targetY), static_cast<INT>(width), static_cast<INT>(height)});
 }
 
-void DrawTurned(const GpGraphics& graphics, const GpImage& source, INT x, INT y, const Rect& part) {
+// A page turned clockwise onto one of its size; false when it is another case.
+bool TurnWholePage(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
   const Transform& world = graphics.world;
-  const GpImage& target = *graphics.target;
+  GpImage& target = *graphics.target;
+  if (!world.IsClockwiseTurn() || source.IsOneBit() || target.IsOneBit() || x != 0 || y != 0 ||
+      part.X != 0 || part.Y != 0 || part.Width != source.width || part.Height != source.height ||
+      world.dx != source.height || world.dy != 0 || target.width != source.height ||
+      target.height != source.width || &source == &target) {
+    return false;
+  }
+  Prepare(source, target, true);
+  TurnClockwise({source.pixels, source.strideBytes}, source.width, source.height,
+                {target.pixels, target.strideBytes});
+  return true;
+}
+
+void DrawTurned(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
+  if (TurnWholePage(graphics, source, x, y, part)) return;
+  const Transform& world = graphics.world;
+  GpImage& target = *graphics.target;
+  Prepare(source, target, false);
   const INT left = std::max(part.X, 0);
   const INT top = std::max(part.Y, 0);
   const auto right =
@@ -134,7 +163,7 @@ void DrawTurned(const GpGraphics& graphics, const GpImage& source, INT x, INT y,
 
 }  // namespace
 
-void DrawPixels(const GpGraphics& graphics, const GpImage& source, INT x, INT y, const Rect& part) {
+void DrawPixels(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
   if (graphics.world.IsTranslation()) {
     DrawShifted(graphics, source, x, y, part);
   } else {

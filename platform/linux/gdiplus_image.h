@@ -7,15 +7,32 @@
 
 namespace Gdiplus {
 
+// A bitmap keeps its pixels in the cheapest form until somebody asks for them: a new or cleared one
+// is a colour, a 24-bit one that was written through a 1-bit lock is bits.
 struct GpImage {
+  enum class Content { Color, Bits, Pixels };
+
   INT width;
   INT height;
   PixelFormat format;
   INT strideBytes;
-  BYTE* pixels;  // calloc
+  BYTE* pixels;  // a block; as Content::Bits it begins with the rows of a 1-bit bitmap
+  Content content = Content::Color;
+  ARGB color = 0xFF000000;
 
-  BYTE* Row(INT y) const { return pixels + static_cast<std::size_t>(y) * strideBytes; }
   bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
+  INT BitStrideBytes() const { return (width + 31) / 32 * 4; }
+  BYTE* Row(INT y) const { return pixels + static_cast<std::size_t>(y) * strideBytes; }
+  BYTE* BitRow(INT y) const { return pixels + static_cast<std::size_t>(y) * BitStrideBytes(); }
+
+  void Fill(ARGB with) {
+    content = Content::Color;
+    color = with;
+  }
+  // Makes every pixel stand in its row.
+  void MakePixels();
+  // The same for one whose pixels are all about to be written: what they were is lost.
+  void DropPixels() { content = Content::Pixels; }
 };
 
 // Quarter turn and whole-pixel shift: x' = xx * x + yx * y + dx, y' = xy * x + yy * y + dy.
@@ -25,6 +42,7 @@ struct Transform {
   INT dx = 0, dy = 0;
 
   bool IsTranslation() const { return xx == 1 && yy == 1; }
+  bool IsClockwiseTurn() const { return xy == 1 && yx == -1; }
 };
 
 struct GpGraphics {
@@ -32,8 +50,8 @@ struct GpGraphics {
   Transform world;
 };
 
-// Whether GDI+ is running.
-bool IsStarted();
+// Why a call cannot go on, Ok when it can.
+GpStatus Check(const char* call, bool argumentsValid);
 
 // Luminance 128 and above counts as white. Weights of ITU-R BT.601.
 inline bool IsLight(BYTE red, BYTE green, BYTE blue) {
@@ -41,9 +59,12 @@ inline bool IsLight(BYTE red, BYTE green, BYTE blue) {
 }
 
 // Draws the source rectangle with its corner at (x, y) of the world.
-void DrawPixels(const GpGraphics& graphics, const GpImage& source, INT x, INT y, const Rect& part);
+void DrawPixels(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part);
 
 // Writes the image to the stream as a PNG file.
-GpStatus WritePng(const GpImage& image, IStream* stream);
+GpStatus WritePng(GpImage& image, IStream* stream);
+
+// Gives the memory of the PNG compressors back.
+void ReleasePngCompressors();
 
 }  // namespace Gdiplus

@@ -2,10 +2,10 @@
 
 #include <pthread.h>
 
-#include <cstdlib>
 #include <ctime>
 
 #include "platform/fault.h"
+#include "platform/linux/block.h"
 #include "platform/memory.h"
 #include "platform/synch.h"
 #include "platform/text.h"
@@ -18,8 +18,7 @@ thread_local DWORD lastError = ERROR_SUCCESS;
 void* Allocate(const char* call, UINT flags, SIZE_T bytes) {
   void* block = nullptr;
   if (!PlatformShouldFail(call)) {
-    const SIZE_T size = bytes == 0 ? 1 : bytes;
-    block = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
+    block = AllocateBlock(bytes, (flags & LMEM_ZEROINIT) != 0);
   }
   if (block == nullptr) lastError = ERROR_NOT_ENOUGH_MEMORY;
   return block;
@@ -41,8 +40,16 @@ HGLOBAL GlobalAlloc(UINT uFlags, SIZE_T dwBytes) {
   return Allocate("GlobalAlloc", uFlags, dwBytes);
 }
 
+HLOCAL LocalReAlloc(HLOCAL hMem, SIZE_T uBytes, UINT uFlags) {
+  void* block = nullptr;
+  const bool valid = hMem != nullptr && uFlags == LMEM_MOVEABLE;
+  if (valid && !PlatformShouldFail("LocalReAlloc")) block = ReallocateBlock(hMem, uBytes);
+  if (block == nullptr) lastError = valid ? ERROR_NOT_ENOUGH_MEMORY : ERROR_INVALID_PARAMETER;
+  return block;
+}
+
 HLOCAL LocalFree(HLOCAL hMem) {
-  std::free(hMem);
+  FreeBlock(hMem);
   return nullptr;
 }
 HGLOBAL GlobalFree(HGLOBAL hMem) { return LocalFree(hMem); }

@@ -15,7 +15,8 @@
 namespace {
 
 const SystemContent& WithoutFile() {
-  static const SystemContent content{1252, {{u"Label Printer", u"VLX Label", std::nullopt}}};
+  static const SystemContent content{
+      1252, {{u"Label Printer", u"VLX Label", std::nullopt}}, PngSize::Usual};
   return content;
 }
 
@@ -55,6 +56,16 @@ PlatformPrinter ReadPrinter(const toml::table& table) {
   return printer;
 }
 
+PngSize ReadPngSize(const toml::node& node) {
+  constexpr std::pair<const char*, PngSize> kNames[] = {
+      {"fast", PngSize::Fast}, {"default", PngSize::Usual}, {"small", PngSize::Small}};
+  const auto text = node.value<std::string>();
+  for (const auto& [name, size] : kNames) {
+    if (text == name) return size;
+  }
+  Fail("png must be \"fast\", \"default\" or \"small\"", node);
+}
+
 SystemContent Parse(const std::string& text) {
   const toml::table root = toml::parse(text);
   SystemContent content = WithoutFile();
@@ -65,6 +76,7 @@ SystemContent Parse(const std::string& text) {
     }
     content.ansiCodePage = static_cast<UINT>(*value);
   }
+  if (const toml::node* node = root.get("png")) content.pngSize = ReadPngSize(*node);
   if (const toml::node* node = root.get("printer")) {
     if (!node->is_array_of_tables()) Fail("printers are written as [[printer]]", *node);
     content.printers.clear();

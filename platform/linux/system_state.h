@@ -6,9 +6,13 @@
 
 #include "platform/system_file.h"
 
+// How much time goes into making PNG files small.
+enum class PngSize { Fast, Usual, Small };
+
 struct SystemContent {
   UINT ansiCodePage = 1252;
   std::vector<PlatformPrinter> printers;
+  PngSize pngSize = PngSize::Usual;
 };
 
 // The content as the file stands now.

@@ -28,7 +28,9 @@ class BandCapture : public ::testing::Test {
   BYTE At(LONG i) const { return state.pBitmapBuffer[i]; }
 
   static bool FailAllocation(const char* call, void* left) {
-    return std::strcmp(call, "LocalAlloc") == 0 && --*static_cast<int*>(left) == 0;
+    const bool allocates =
+        std::strcmp(call, "LocalAlloc") == 0 || std::strcmp(call, "LocalReAlloc") == 0;
+    return allocates && --*static_cast<int*>(left) == 0;
   }
   void FailAllocationNumber(int n) {
     allocationsLeft = n;

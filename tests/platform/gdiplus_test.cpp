@@ -1,12 +1,16 @@
 #include "platform/gdiplus.h"
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <random>
 
 #include "platform/fault.h"
 #include "tests/support/png_image.h"
+#include "tests/support/temp_home.h"
 
 namespace {
 
@@ -23,6 +27,23 @@ class GdiPlus : public ::testing::Test {
   void Start() {
     const GdiplusStartupInput input = {1, nullptr, FALSE, FALSE};
     EXPECT_EQ(GdiplusStartup(&token, &input, nullptr), Ok);
+    UINT count = 0, size = 0;
+    EXPECT_EQ(GdipGetImageEncodersSize(&count, &size), Ok);
+    room.resize(size);
+    EXPECT_EQ(GdipGetImageEncoders(count, size, Encoders()), Ok);
+  }
+  ImageCodecInfo* Encoders() { return reinterpret_cast<ImageCodecInfo*>(room.data()); }
+  // The bitmap's PNG file.
+  std::string Png(Bitmap& bitmap) {
+    ComPtr<IStream> stream;
+    EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    EXPECT_EQ(bitmap.Save(stream.Get(), &Encoders()->Clsid), Ok);
+    STATSTG statistics;
+    stream->Stat(&statistics, STATFLAG_NONAME);
+    std::string file(statistics.cbSize, '\0');
+    stream->Seek(0, STREAM_SEEK_SET, nullptr);
+    stream->Read(file.data(), static_cast<ULONG>(file.size()), nullptr);
+    return file;
   }
   // A bitmap of random pixels.
   std::unique_ptr<Bitmap> RandomBitmap(INT width, INT height, PixelFormat format) {
@@ -49,6 +70,7 @@ class GdiPlus : public ::testing::Test {
   }
 
   ULONG_PTR token = 0;
+  std::vector<BYTE> room;
   std::mt19937 random{11};
 };
 
@@ -98,35 +120,135 @@ TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
   }
 }
 
+TEST_F(GdiPlus, TurnsWholePagesAlikeOnEveryProcessor) {
+  const std::pair<INT, INT> sizes[] = {{1, 1},   {5, 16},   {6, 16},  {7, 33},   {16, 4},
+                                       {64, 64}, {131, 67}, {70, 15}, {201, 130}};
+  const std::int64_t all = hwy::SupportedTargets();
+  for (std::int64_t left = all; left != 0; left &= left - 1) {
+    const std::int64_t target = left & -left;
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(target);
+    for (const auto& [width, height] : sizes) {
+      const auto source = RandomBitmap(width, height, PixelFormat24bppRGB);
+      const auto turned = RandomBitmap(height, width, PixelFormat24bppRGB);
+      Graphics graphics(turned.get());
+      graphics.RotateTransform(90.0f, MatrixOrderAppend);
+      graphics.TranslateTransform(static_cast<float>(height), 0.0f, MatrixOrderAppend);
+      graphics.DrawImage(source.get(), 0, 0);
+      for (INT i = 0; i < width * height; ++i) {
+        const INT x = i % width, y = i / width;
+        ASSERT_EQ(Pixel(*turned, height - 1 - y, x), Pixel(*source, x, y))
+            << hwy::TargetName(target) << " " << width << " x " << height;
+      }
+    }
+  }
+  hwy::SetSupportedTargetsForTest(0);
+  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+TEST_F(GdiPlus, BitmapsStartBlackAndTakeAColour) {
+  RandomBitmap(90, 900, PixelFormat24bppRGB);  // leaves its memory to the next
+  Bitmap bitmap(90, 900, PixelFormat24bppRGB), bits(90, 900, PixelFormat1bppIndexed);
+  EXPECT_EQ(Pixel(bitmap, 89, 899) | Pixel(bits, 89, 899), 0u);
+  Graphics graphics(&bitmap), bitGraphics(&bits);
+  graphics.Clear(0xFF123456);
+  bitGraphics.Clear(0xFFF0F0F0);
+  EXPECT_EQ(Pixel(bitmap, 0, 0), 0x123456u);
+  EXPECT_EQ(Pixel(bitmap, 89, 899), 0x123456u);
+  EXPECT_EQ(Pixel(bits, 89, 899), 0xFFFFFFu);
+  graphics.Clear(0xFF654321);
+  graphics.DrawImage(RandomBitmap(1, 1, PixelFormat24bppRGB).get(), 3, 4);
+  EXPECT_EQ(Pixel(bitmap, 4, 4), 0x654321u);
+}
+
+TEST_F(GdiPlus, PageWrittenAsBitsHasTheirPixels) {
+  for (const INT width : {1, 2, 31, 33, 100}) {
+    const auto page = RandomBitmap(width, 9, PixelFormat24bppRGB);
+    BitmapData data;
+    const auto lock = [&](UINT flags) {
+      return GdipBitmapLockBits(page->nativeImage, nullptr, flags, PixelFormat1bppIndexed, &data);
+    };
+    EXPECT_EQ(lock(ImageLockModeRead), InvalidParameter);  // it has colours
+    EXPECT_EQ(lock(ImageLockModeRead | ImageLockModeWrite), InvalidParameter);
+    ASSERT_EQ(lock(ImageLockModeWrite), Ok);
+    std::vector<BYTE> bits(data.Stride * 9);
+    for (BYTE& byte : bits) byte = static_cast<BYTE>(random());
+    std::copy(bits.begin(), bits.end(), static_cast<BYTE*>(data.Scan0));
+    ASSERT_EQ(lock(ImageLockModeRead), Ok);
+    EXPECT_TRUE(std::equal(bits.begin(), bits.end(), static_cast<BYTE*>(data.Scan0)));
+    const INT stride = data.Stride;
+    for (INT i = 0; i < width * 9; ++i) {
+      const INT x = i % width, y = i / width;
+      const bool white = (bits[y * stride + x / 8] >> (7 - x % 8) & 1) != 0;
+      ASSERT_EQ(Pixel(*page, x, y), white ? 0xFFFFFFu : 0u) << width << " at " << x << " " << y;
+    }
+    EXPECT_EQ(lock(ImageLockModeRead), InvalidParameter);  // they may have been changed since
+  }
+}
+
 TEST_F(GdiPlus, SavesPngOfTheBitmapsDepth) {
-  UINT count = 0, size = 0;
-  ASSERT_EQ(GdipGetImageEncodersSize(&count, &size), Ok);
-  std::vector<BYTE> room(size);
-  auto* encoders = reinterpret_cast<ImageCodecInfo*>(room.data());
-  ASSERT_EQ(GdipGetImageEncoders(count, size, encoders), Ok);
-  ASSERT_EQ(std::u16string(encoders[0].MimeType), u"image/png");
+  ASSERT_EQ(std::u16string(Encoders()->MimeType), u"image/png");
   for (const PixelFormat format : {PixelFormat24bppRGB, PixelFormat1bppIndexed}) {
     const bool oneBit = format == PixelFormat1bppIndexed;
     const auto bitmap = RandomBitmap(37, 21, format);
+    const PngImage png = DecodePng(Png(*bitmap));
+    EXPECT_EQ(std::tuple(png.width, png.height, png.bitDepth, png.colorType),
+              std::tuple(37u, 21u, oneBit ? 1 : 8, oneBit ? 0 : 2));
+    for (unsigned i = 0; i < 37 * 21; ++i) {
+      const DWORD color = Pixel(*bitmap, i % 37, i / 37);
+      ASSERT_EQ(png.color[3 * i] << 16 | png.color[3 * i + 1] << 8 | png.color[3 * i + 2], color);
+    }
+  }
+}
+
+TEST_F(GdiPlus, EverySettingGivesTheSamePicture) {
+  const TempHome home;
+  // Repeating rows, sparse marks and noise are compressed in different ways.
+  const auto bitmap = RandomBitmap(300, 400, PixelFormat1bppIndexed);
+  const BitmapData data = Lock(*bitmap);
+  auto* bits = static_cast<BYTE*>(data.Scan0);
+  for (const INT noisyRows : {400, 100, 0}) {
+    for (INT y = noisyRows; y < 400; ++y) std::memset(bits + y * data.Stride, y / 9, data.Stride);
+    std::vector<std::size_t> sizes;
+    for (const char* size : {"fast", "default", "small"}) {
+      home.WriteFile("system.toml", "png = \"" + std::string(size) + "\"");
+      const std::string file = Png(*bitmap);
+      const PngImage png = DecodePng(file);
+      ASSERT_EQ(png.grey.size(), 300u * 400u);
+      for (unsigned i = 0; i < 300 * 400; ++i) {
+        ASSERT_EQ(png.grey[i] != 0, Pixel(*bitmap, i % 300, i / 300) != 0) << size;
+      }
+      sizes.push_back(file.size());
+    }
+    EXPECT_TRUE(std::is_sorted(sizes.rbegin(), sizes.rend())) << ::testing::PrintToString(sizes);
+  }
+  home.WriteFile("system.toml", "\npng = \"tiny\"");
+  Png(*bitmap);
+  ASSERT_FALSE(home.LogLines().empty());
+  EXPECT_NE(home.LogLines().back().find("line 2: png must be"), std::string::npos);
+}
+
+TEST_F(GdiPlus, FailedPngLeavesNothingBehind) {
+  const auto bitmap = RandomBitmap(37, 21, PixelFormat1bppIndexed);
+  struct Row {
+    const char* call;
+    Status status;
+  };
+  for (const Row& row : {Row{"PngBuffer", OutOfMemory}, Row{"PngCompressor", OutOfMemory},
+                         Row{"IStream::Write", Win32Error}}) {
     ComPtr<IStream> stream;
     ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
     EXPECT_EQ(bitmap->Save(stream.Get(), &IID_IStream), InvalidParameter);
-    ASSERT_EQ(bitmap->Save(stream.Get(), &encoders[0].Clsid), Ok);
+    PlatformSetFaultHook(
+        [](const char* call, void* name) {
+          return std::strcmp(call, static_cast<const char*>(name)) == 0;
+        },
+        const_cast<char*>(row.call));
+    EXPECT_EQ(bitmap->Save(stream.Get(), &Encoders()->Clsid), row.status) << row.call;
+    PlatformSetFaultHook(nullptr, nullptr);
     STATSTG statistics;
     stream->Stat(&statistics, STATFLAG_NONAME);
-    std::string file(statistics.cbSize, '\0');
-    stream->Seek(0, STREAM_SEEK_SET, nullptr);
-    stream->Read(file.data(), static_cast<ULONG>(file.size()), nullptr);
-    const PngImage png = DecodePng(file);
-    EXPECT_EQ(std::tuple(png.width, png.height, png.bitDepth, png.colorType),
-              std::tuple(37u, 21u, oneBit ? 1 : 8, oneBit ? 0 : 2));
-    for (unsigned i = 0; oneBit && i < 37 * 21; ++i) {
-      ASSERT_EQ(png.grey[i] * 0x010101u, Pixel(*bitmap, i % 37, i / 37));
-    }
-    PlatformSetFaultHook(
-        [](const char* call, void*) { return std::string(call) == "IStream::Write"; }, nullptr);
-    EXPECT_EQ(bitmap->Save(stream.Get(), &encoders[0].Clsid), Win32Error);
-    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_EQ(statistics.cbSize, 0u) << row.call;
   }
 }
 

@@ -12,7 +12,8 @@ struct PngImage {
   unsigned height = 0;
   int bitDepth = 0;
   int colorType = -1;
-  std::vector<unsigned char> grey;  // width x height, 0 black
+  std::vector<unsigned char> grey;   // width x height, 0 black
+  std::vector<unsigned char> color;  // the same as red, green, blue
 
   unsigned char At(unsigned x, unsigned y) const { return grey[y * width + x]; }
 };
@@ -28,6 +29,10 @@ inline PngImage DecodePng(const std::string& bytes) {
   image.format = PNG_FORMAT_GRAY;
   decoded.grey.resize(PNG_IMAGE_SIZE(image));
   if (!png_image_finish_read(&image, nullptr, decoded.grey.data(), 0, nullptr)) return decoded;
+  if (!png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) return decoded;
+  image.format = PNG_FORMAT_RGB;
+  decoded.color.resize(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, decoded.color.data(), 0, nullptr)) return decoded;
   decoded.width = image.width;
   decoded.height = image.height;
   decoded.bitDepth = bytes[24];

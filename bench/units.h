@@ -1,0 +1,13 @@
+// What the other figures are measured in: work that every program for labels has to do, in its
+// plainest form.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+// R. Floyd, L. Steinberg: "An Adaptive Algorithm for Spatial Greyscale", Proc. SID 17/2, 1976, as
+// textbooks print it: one pixel after the other, row by row, in place. levels: widthPx a row.
+void TextbookFloydSteinberg(std::span<std::uint8_t> levels, int widthPx);
+
+// The size in bytes of what libpng makes of a PNG file at its level 9, without row filters.
+std::size_t LibpngLevel9Bytes(std::span<const char> png);

@@ -1,0 +1,23 @@
+// Memory blocks of the platform. Large ones are mappings that are kept when they are freed, up to a
+// bound, and handed out again: a page follows the page before without the kernel clearing fresh
+// memory, and a block that grows moves its mapping instead of its bytes. Any thread.
+//
+// Under the address sanitizer and while a test makes calls fail (platform/fault.h) every block is
+// plain heap memory, so that leaks and overruns are seen.
+#pragma once
+
+#include "platform/types.h"
+
+// Returns bytes of memory (0 counts as 1), zero-filled on request, at least 16-byte aligned. Null
+// when there is none. Memory of a large block is real only once it is written to.
+void* AllocateBlock(SIZE_T bytes, bool zeroFilled);
+
+// Makes the block that large; what is added has no value. Returns its new place, or null, the block
+// as it was. A growing block may take the room of the largest kept one.
+void* ReallocateBlock(void* block, SIZE_T bytes);
+
+// Null is allowed.
+void FreeBlock(void* block);
+
+// Gives all kept memory back to the system.
+void ReleaseKeptBlocks();
