@@ -21,11 +21,7 @@ constexpr std::uintptr_t kPageMask = 4095;
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kPlain = true;
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kPlain = true;
-#else
-constexpr bool kPlain = false;
-#endif
+constexpr bool kPlain = __has_feature(address_sanitizer);
 #else
 constexpr bool kPlain = false;
 #endif
