@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   cmake g++ make
   libdeflate-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
-  libgtest-dev python3 binutils poppler-utils zint zbar-tools dmtx-utils
+  libgtest-dev python3 binutils poppler-utils zint zbar-tools dmtx-utils chromium
 )
 
 missing=()

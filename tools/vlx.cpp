@@ -26,9 +26,8 @@ void ShowVersion() {
 
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
-    PrintCommand,  // a line each
-    AddViewCommand,  AddExplainCommand, AddLintCommand, AddDiffCommand,
-    AddServeCommand, SettingsCommand,   StocksCommand,
+    PrintCommand,   AddViewCommand,  AddExplainCommand, AddLintCommand,
+    AddDiffCommand, AddServeCommand, SettingsCommand,   StocksCommand,
 };
 
 int Run(int argc, char** argv) {

@@ -1,12 +1,14 @@
 #include "viewer/contact_sheet.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace viewer {
 
 namespace {
 
 constexpr std::size_t kMostFaultsShown = 20;
+constexpr std::uint64_t kFewLabels = 2;  // they are shown larger
 
 std::string Base64(std::string_view bytes) {
   constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -38,6 +40,9 @@ std::string ImageItem(const Label& label, const Placement& placement, double dpi
   if (placement.bothSides) html += " · both sides";
   return html + "</li>";
 }
+
+// Millimetres to the tenth: a head may say hundredths more than the paper has.
+std::string Tenths(double mm) { return Plain(std::round(mm * 10) / 10); }
 
 std::string Fact(const std::string& name, const std::string& value, const std::string& more = "") {
   return "<div><dt>" + name + "</dt><dd>" + value +
@@ -102,7 +107,7 @@ void LabelStrip::AddItem(const DrawnLabel& drawn, const std::string& source) {
   double widthMm = label.WidthMm();
   double heightMm = label.size ? label.size->lengthMm : 0;
   if (drawn.turn == 90 || drawn.turn == 270) std::swap(widthMm, heightMm);
-  const std::string sizeMm = Plain(widthMm) + " × " + Plain(heightMm) + " mm";
+  const std::string sizeMm = Tenths(widthMm) + " × " + Tenths(heightMm) + " mm";
   std::string& html = m_items;
   html += label.cutAtEnd ? "<li class=\"cut\">" : "<li>";
   html += "<div class=\"web\" style=\"--w:" + Plain(std::clamp(widthMm, 1.0, 10000.0)) +
@@ -133,7 +138,9 @@ void LabelStrip::AddItem(const DrawnLabel& drawn, const std::string& source) {
 }
 
 std::string LabelStrip::Html() const {
-  std::string html = "<ol class=\"strip\">\n" + m_items + "</ol>\n";
+  std::string html =
+      m_count <= kFewLabels ? "<ol class=\"strip few\">\n" : "<ol class=\"strip\">\n";
+  html += m_items + "</ol>\n";
   if (m_count > kMostLabelsOnSheet) {
     html += "<p class=\"rest\">and " + Counted(m_count - kMostLabelsOnSheet, "more label") +
             "; <code>vlx view -o FOLDER</code> draws all of them</p>\n";
@@ -143,12 +150,12 @@ std::string LabelStrip::Html() const {
 
 std::string FactsHtml(const JobView& view, const JobTotals& totals, std::uint64_t jobBytes) {
   return "<dl class=\"facts\">" + Fact("Labels", Grouped(totals.labels)) +
-         Fact("Printed with copies", Grouped(static_cast<std::uint64_t>(totals.copies))) +
+         Fact("With copies", Grouped(static_cast<std::uint64_t>(totals.copies))) +
          Fact("Cuts", Grouped(static_cast<std::uint64_t>(totals.cuts))) +
          Fact("Job", Grouped(jobBytes), jobBytes == 1 ? "byte" : "bytes") +
-         Fact("Images downloaded", Grouped(view.Reader().Downloads())) +
-         Fact("Images re-used", Grouped(view.Reader().Reused())) +
-         Fact("Resolution", Plain(view.Dpi()), view.DpiIsGuessed() ? "dpi, guessed" : "dpi") +
+         Fact("Downloaded", Grouped(view.Reader().Downloads()), "images") +
+         Fact("Re-used", Grouped(view.Reader().Reused()), "images") +
+         Fact("Resolution", Plain(view.Dpi()), view.DpiIsGuessed() ? "dpi guessed" : "dpi") +
          "</dl>\n";
 }
 

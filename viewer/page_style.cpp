@@ -17,7 +17,7 @@ h1 { margin: 0; font-size: 26px; line-height: 1.2; overflow-wrap: anywhere; }
 h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
 .notes { margin: 4px 0 0; color: var(--soft); overflow-wrap: anywhere; }
 .facts { display: flex; flex-wrap: wrap; gap: 10px; margin: 18px 0; padding: 0; }
-.facts div { flex: 1 1 118px; background: var(--card); border: 1px solid var(--line);
+.facts div { flex: 1 1 122px; white-space: nowrap; background: var(--card); border: 1px solid var(--line);
   border-radius: 10px; padding: 9px 13px; }
 .facts dt { color: var(--soft); font-size: 12.5px; }
 .facts dd { margin: 0; font-size: 19px; font-weight: 600; font-variant-numeric: tabular-nums; }
@@ -27,6 +27,7 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
 .faults ul { margin: 4px 0 0; padding-left: 20px; overflow-wrap: anywhere; }
 .strip { display: flex; flex-wrap: wrap; align-items: stretch; list-style: none; margin: 0;
   padding: 0; row-gap: 16px; }
+.few { --mm: 4.2px; }
 .strip > li { display: flex; flex-direction: column; max-width: 100%; background: var(--card);
   border-block: 1px solid var(--line); border-inline-end: 1px dashed var(--line); }
 .web { position: relative; display: flex; flex: 1; align-items: center; justify-content: center;
@@ -58,11 +59,16 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
 .cutmark { position: absolute; right: -11px; top: -4px; color: var(--red); font-size: 19px;
   line-height: 1; background: var(--page); transform: rotate(90deg); }
 .rest { padding: 14px 4px; color: var(--soft); }
+.job { margin-top: 26px; }
+.job .notes { margin-bottom: 12px; }
+.job .strip { --mm: 1.9px; }
+a { color: var(--accent); }
+h2 a { color: inherit; text-decoration-color: var(--soft); }
 footer { margin-top: 26px; color: var(--soft); font-size: 12.5px; }
 @media (max-width: 640px) {
   main { padding: 18px 14px 30px; }
   h1 { font-size: 22px; }
-  .facts div { flex-basis: 92px; padding: 7px 10px; }
+  .facts div { flex-basis: 104px; padding: 7px 10px; }
   .facts dd { font-size: 17px; }
   .strip { flex-direction: column; row-gap: 0; }
   .strip > li { border-inline: 1px solid var(--line); border-bottom-style: dashed; }
@@ -76,6 +82,7 @@ footer { margin-top: 26px; color: var(--soft); font-size: 12.5px; }
   body { font-size: 10pt; }
   main { padding: 0; max-width: none; }
   * { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+  .few { --mm: 0.9mm; }
   .strip > li, .facts, .faults { break-inside: avoid; }
 }
 )";

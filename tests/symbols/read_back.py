@@ -136,4 +136,5 @@ def main():
     return 0 if right == expected else 1
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())
