@@ -23,20 +23,23 @@ struct LevelStrip {
 };
 
 // What error diffusion carries from row to row, one entry a pixel of the row above and
-// kStripMargin zeros at both ends: the error in eighths of a level, and the dot as
-// +feedback (white), -feedback (black) or 0 (the page's own).
+// kStripMargin zeros at both ends: the error in eighths of a level, 0 only for the page's own
+// black and white, and the dot as +feedback (white), -feedback (black) or 0 (the page's own).
 struct DiffusionState {
   std::int16_t* error;
   std::int16_t* dots;
 };
 
 // How error diffusion decides, in eighths of a level; 2 x feedback + noise / 2 is at most 1023, so
-// that sums of errors fit 16 bits.
+// that errors stay below kLargestError.
 struct DiffusionRule {
   INT feedback;  // draws a dot towards the ones at its left and above
   INT noise;     // the range of the noise on the threshold, which breaks up worms and stripes
   INT pageRow;   // of the strip's first row
 };
+
+// Sixteen errors fit 16 bits. Only an ink that gives way to another one's dots can reach this.
+inline constexpr INT kLargestError = 2047;
 
 // The noise of a row: a linear congruential generator of 16 bits. Each row has its own factor, for
 // one generator from many seeds would draw streaks down the page.

@@ -7,7 +7,6 @@
 namespace {
 
 constexpr INT kMiddle = 128;
-constexpr INT kLargestError = 2047;  // eighths of a level: sixteen of them fit 16 bits
 
 bool Grey(const BYTE* pixels, INT count, BYTE* levels) {
   bool grey = false;
@@ -97,16 +96,20 @@ class DiffusedRow {
   // The pixels of a row in order. blocked: another ink prints here. Returns whether a dot is set.
   bool Next(INT x, INT noise, bool blocked) {
     const INT aboveRight = m_error[x + 1];
-    const INT sum = 7 * m_left + m_aboveLeft + 5 * m_above + 3 * aboveRight;
+    // What black or white at the left would have got of the pixel above comes down too: otherwise a
+    // photo's left edge, where every row begins without an error, would be too light or too dark.
+    const INT share = m_left == 0 ? 8 : 5;
+    const INT sum = 7 * m_left + m_aboveLeft + share * m_above + 3 * aboveRight;
     m_aboveLeft = m_above;
     m_above = aboveRight;
     INT error = 0;
     INT dot = 0;
     if (!IsPure(m_levels[x])) {
-      const INT wanted = 8 * m_levels[x] + ((sum + 8) >> 4);
+      const INT wanted = 8 * m_levels[x] + (sum >> 4);
       const bool white = blocked || wanted + noise + m_leftDot + m_dots[x] >= 8 * kMiddle;
       m_levels[x] = white ? 255 : 0;
-      error = std::clamp(wanted - 8 * m_levels[x], -kLargestError, kLargestError);
+      // An odd error makes up for the sum's rounding down, and is never 0.
+      error = std::clamp(wanted - 8 * m_levels[x], -kLargestError, kLargestError) | 1;
       dot = white ? m_feedback : -m_feedback;
     }
     m_error[x] = static_cast<std::int16_t>(error);

@@ -170,10 +170,10 @@ class Front {
     const auto set = [](int value)
                          HWY_ATTR { return hn::Set(kLaneTag, static_cast<std::int16_t>(value)); };
     const LaneVec level = hn::PromoteTo(kLaneTag, hn::Load(bytes, levels + j * kLanes));
-    const LaneVec above =
-        hn::Add(hn::Add(m_errors.last[2][j], hn::Mul(m_errors.last[1][j], set(5))),
-                hn::Add(hn::Mul(m_errors.last[0][j], set(3)), set(8)));
-    const LaneVec sum = hn::Add(above, hn::Sub(hn::ShiftLeft<3>(m_error[j]), m_error[j]));
+    const LaneVec share = hn::IfThenElse(hn::Eq(m_error[j], hn::Zero(kLaneTag)), set(8), set(5));
+    const LaneVec above = hn::Add(m_errors.last[2][j], hn::Mul(m_errors.last[0][j], set(3)));
+    const LaneVec left = hn::Add(above, hn::Sub(hn::ShiftLeft<3>(m_error[j]), m_error[j]));
+    const LaneVec sum = hn::Add(left, hn::Mul(m_errors.last[1][j], share));
     const LaneVec wanted = hn::Add(hn::ShiftLeft<3>(level), hn::ShiftRight<4>(sum));
     LaneVec compared = wanted;
     if constexpr (kShaped) {
@@ -184,8 +184,8 @@ class Front {
     const auto isWhite = hn::Eq(level, set(255));
     const auto pure = hn::Or(isWhite, hn::Eq(level, set(0)));
     LaneVec error = hn::Sub(wanted, hn::IfThenElseZero(white, set(8 * 255)));
-    if constexpr (kSecond) error = hn::Min(hn::Max(error, set(-2047)), set(2047));
-    m_error[j] = hn::IfThenZeroElse(pure, error);
+    if constexpr (kSecond) error = hn::Min(hn::Max(error, set(-kLargestError)), set(kLargestError));
+    m_error[j] = hn::IfThenZeroElse(pure, hn::Or(error, set(1)));
     if constexpr (kShaped) {
       const LaneVec dot = hn::IfThenElse(white, m_feedback, hn::Neg(m_feedback));
       m_dot[j] = hn::IfThenZeroElse(pure, dot);
