@@ -26,6 +26,11 @@ BYTE BlackBits(const BYTE* row, INT i, INT width) {
   return i == (width - 1) / 8 ? static_cast<BYTE>(black & LastByteMask(width)) : black;
 }
 
+bool HasSize(Bitmap* bitmap, INT width, INT height) {
+  return bitmap != nullptr && bitmap->GetWidth() == static_cast<UINT>(width) &&
+         bitmap->GetHeight() == static_cast<UINT>(height);
+}
+
 bool HasContent(const Pixels& pixels, INT y) {
   const BYTE* row = pixels.Row(y);
   const INT bytes = (pixels.Width() + 7) / 8;
@@ -84,24 +89,38 @@ void BitmapHelper::DeleteBitmap(Bitmap* bitmap) { delete bitmap; }
 
 void BitmapHelper::Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT height,
                                            Bitmap* bitmap) {
-  const Pixels target(bitmap, PixelFormat24bppRGB);
-  if (buffer == nullptr || !target.IsValid() || target.Width() != width ||
-      target.Height() != height) {
+  if (buffer == nullptr || !HasSize(bitmap, width, height)) return;
+  const Pixels target(bitmap, PixelFormat24bppRGB, Gdiplus::ImageLockModeWrite);
+  if (!target.IsValid()) return;
+  const std::size_t strideBytes = (std::size_t{3} * width + 3) / 4 * 4;
+  if (target.StrideBytes() == static_cast<std::ptrdiff_t>(strideBytes)) {
+    std::memcpy(target.Row(0), buffer, strideBytes * height);
     return;
   }
-  const std::size_t rowBytes = std::size_t{3} * width;
-  const std::size_t strideBytes = (rowBytes + 3) / 4 * 4;
   for (INT y = 0; y < height; ++y) {
-    std::memcpy(target.Row(y), buffer + y * strideBytes, rowBytes);
+    std::memcpy(target.Row(y), buffer + y * strideBytes, std::size_t{3} * width);
   }
 }
 
 INT BitmapHelper::GetMonochromeImage1BPP(Bitmap* source, Bitmap* target) {
-  const Pixels from(source, PixelFormat24bppRGB);
-  const Pixels to(target, PixelFormat1bppIndexed);
-  if (!from.IsValid() || !to.IsValid() || !from.SameSize(to)) return 0;
+  const Pixels dots(source, PixelFormat1bppIndexed);  // it may be kept as such
+  const Pixels from(dots.IsValid() ? nullptr : source, PixelFormat24bppRGB);
+  const Pixels& given = dots.IsValid() ? dots : from;
+  if (!given.IsValid() || !HasSize(target, given.Width(), given.Height()) ||
+      target->GetPixelFormat() != PixelFormat1bppIndexed) {
+    return 0;
+  }
+  const Pixels to(target, PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
+  if (!to.IsValid()) return 0;
   const RasterKernels& kernels = BestKernels();
-  for (INT y = 0; y < from.Height(); ++y) kernels.Pack(from.Row(y), from.Width(), to.Row(y));
+  const std::size_t rowBytes = (given.Width() + 7) / 8;
+  for (INT y = 0; y < given.Height(); ++y) {
+    if (dots.IsValid()) {
+      std::memcpy(to.Row(y), dots.Row(y), rowBytes);
+    } else {
+      kernels.Pack(from.Row(y), from.Width(), to.Row(y));
+    }
+  }
   return 1;
 }
 

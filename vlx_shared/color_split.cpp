@@ -22,9 +22,9 @@ INT BitmapHelper::SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, d
   Gdiplus::Bitmap* black = make(WTEXT("SplitBackground"));
   Gdiplus::Bitmap* colored = make(WTEXT("SplitHighlight"));
   try {
-    const Pixels blackPixels(black, Gdiplus::PixelFormat24bppRGB);
-    const Pixels coloredPixels(colored, Gdiplus::PixelFormat24bppRGB);
-    if (!blackPixels.IsValid() || !coloredPixels.IsValid()) throw std::bad_alloc();
+    const Pixels blackDots(black, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
+    const Pixels coloredDots(colored, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
+    if (!blackDots.IsValid() || !coloredDots.IsValid()) throw std::bad_alloc();
     const RasterKernels& kernels = BestKernels();
     const ColorMixture mixture(highlight, tolerance);
     Halftone halftone(ditherer, ditherParam, width, 2);
@@ -37,8 +37,8 @@ INT BitmapHelper::SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, d
       }
       halftone.Dither(rows, grey);
       for (INT y = 0; y < rows; ++y) {
-        kernels.Spread(halftone.Row(0, y), width, blackPixels.Row(top + y));
-        kernels.Spread(halftone.Row(1, y), width, coloredPixels.Row(top + y));
+        kernels.PackLevels(halftone.Row(0, y), width, blackDots.Row(top + y));
+        kernels.PackLevels(halftone.Row(1, y), width, coloredDots.Row(top + y));
       }
     }
     *background = black;

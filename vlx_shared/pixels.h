@@ -6,14 +6,16 @@
 
 #include "platform/gdiplus.h"
 
-// Holds a bitmap's pixels; not valid when the bitmap is null or of another format.
+// Holds a bitmap's pixels for reading, or for writing all of them. Not valid when the bitmap is
+// null or of another format. A 24-bit bitmap can also be written as 1-bit rows, and read so while
+// it has not been touched otherwise.
 class Pixels {
  public:
-  Pixels(Gdiplus::Bitmap* bitmap, Gdiplus::PixelFormat format) {
+  Pixels(Gdiplus::Bitmap* bitmap, Gdiplus::PixelFormat format,
+         Gdiplus::ImageLockMode mode = Gdiplus::ImageLockModeRead) {
     if (bitmap == nullptr) return;
-    if (Gdiplus::DllExports::GdipBitmapLockBits(
-            bitmap->nativeImage, nullptr, Gdiplus::ImageLockModeRead | Gdiplus::ImageLockModeWrite,
-            format, &m_data) == Gdiplus::Ok) {
+    if (Gdiplus::DllExports::GdipBitmapLockBits(bitmap->nativeImage, nullptr, mode, format,
+                                                &m_data) == Gdiplus::Ok) {
       m_image = bitmap->nativeImage;
     }
   }
@@ -29,6 +31,7 @@ class Pixels {
   bool SameSize(const Pixels& other) const {
     return Width() == other.Width() && Height() == other.Height();
   }
+  std::ptrdiff_t StrideBytes() const { return m_data.Stride; }
   BYTE* Row(INT y) const {
     return static_cast<BYTE*>(m_data.Scan0) + static_cast<std::ptrdiff_t>(y) * m_data.Stride;
   }

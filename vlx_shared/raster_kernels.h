@@ -92,10 +92,9 @@ struct RasterKernels {
                      const DiffusionRule& rule, const DiffusionState& blackState,
                      const DiffusionState& highlightState);
 
-  // Pixels of count levels.
-  void (*Spread)(const BYTE* levels, INT count, BYTE* pixels);
-
-  // A 1-bit row of count pixels, white from the middle of the greys on; unused bits are 0.
+  // A 1-bit row of count levels or pixels, white from the middle of the greys on; unused bits are
+  // 0.
+  void (*PackLevels)(const BYTE* levels, INT count, BYTE* bits);
   void (*Pack)(const BYTE* pixels, INT count, BYTE* bits);
 };
 

@@ -151,8 +151,11 @@ void DiffuseTwo(const LevelStrip& black, const LevelStrip& highlight, const Diff
   }
 }
 
-void Spread(const BYTE* levels, INT count, BYTE* pixels) {
-  for (INT x = 0; x < count; ++x) pixels = std::fill_n(pixels, 3, levels[x]);
+void PackLevels(const BYTE* levels, INT count, BYTE* bits) {
+  std::fill_n(bits, (count + 7) / 8, BYTE{0});
+  for (INT x = 0; x < count; ++x) {
+    if (levels[x] >= kMiddle) bits[x / 8] |= 0x80 >> x % 8;
+  }
 }
 
 void Pack(const BYTE* pixels, INT count, BYTE* bits) {
@@ -162,8 +165,8 @@ void Pack(const BYTE* pixels, INT count, BYTE* bits) {
   }
 }
 
-constexpr RasterKernels kPlain = {Grey,    Split,      Screen, ScreenTwo,
-                                  Diffuse, DiffuseTwo, Spread, Pack};
+constexpr RasterKernels kPlain = {Grey,    Split,      Screen,     ScreenTwo,
+                                  Diffuse, DiffuseTwo, PackLevels, Pack};
 
 }  // namespace
 

@@ -220,20 +220,21 @@ void ScreenTwo(BYTE* black, BYTE* highlight, INT count, const BYTE* thresholds, 
     PlainKernels().ScreenTwo(black + x, highlight + x, count - x, thresholds + phase, count - x);
 }
 
-void Spread(const BYTE* levels, INT count, BYTE* pixels) {
-  INT x = 0;
-  for (; x + kStep <= count; x += kStep) {
-    const ByteVec level = hn::LoadU(kBytes, levels + x);
-    hn::StoreInterleaved3(level, level, level, kBytes, pixels + 3 * x);
-  }
-  PlainKernels().Spread(levels + x, count - x, pixels + 3 * x);
-}
-
-void Pack(const BYTE* pixels, INT count, BYTE* bits) {
+void StoreBits(ByteVec levels, BYTE* bits) {
   alignas(32) static constexpr BYTE kFirstIsHighest[32] = {
       7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8,
       7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8};
-  const ByteVec order = hn::Load(kBytes, kFirstIsHighest);
+  const ByteVec ordered = hn::TableLookupBytes(levels, hn::Load(kBytes, kFirstIsHighest));
+  hn::StoreMaskBits(kBytes, hn::Gt(ordered, hn::Set(kBytes, 127)), bits);
+}
+
+void PackLevels(const BYTE* levels, INT count, BYTE* bits) {
+  INT x = 0;
+  for (; x + kStep <= count; x += kStep) StoreBits(hn::LoadU(kBytes, levels + x), bits + x / 8);
+  PlainKernels().PackLevels(levels + x, count - x, bits + x / 8);
+}
+
+void Pack(const BYTE* pixels, INT count, BYTE* bits) {
   INT x = 0;
   for (; x + kStep <= count; x += kStep, pixels += 3 * kStep) {
     ByteVec level = White();
@@ -242,15 +243,14 @@ void Pack(const BYTE* pixels, INT count, BYTE* bits) {
       hn::LoadInterleaved3(kBytes, pixels, blue, green, red);
       level = LumaOf(blue, green, red);
     }
-    const auto white = hn::Gt(hn::TableLookupBytes(level, order), hn::Set(kBytes, 127));
-    hn::StoreMaskBits(kBytes, white, bits + x / 8);
+    StoreBits(level, bits + x / 8);
   }
   PlainKernels().Pack(pixels, count - x, bits + x / 8);
 }
 
 const RasterKernels& TargetKernels() {
-  static constexpr RasterKernels kKernels = {Grey,    Split,      Screen, ScreenTwo,
-                                             Diffuse, DiffuseTwo, Spread, Pack};
+  static constexpr RasterKernels kKernels = {Grey,    Split,      Screen,     ScreenTwo,
+                                             Diffuse, DiffuseTwo, PackLevels, Pack};
   return kKernels;
 }
 #endif

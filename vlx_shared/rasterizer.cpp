@@ -15,7 +15,8 @@ Gdiplus::Bitmap* BitmapRasterizer::Dither(Gdiplus::Bitmap* source, eBitmapDither
   Gdiplus::Bitmap* dithered = BitmapHelper::CreateBitmap(
       width, from.Height(), Gdiplus::PixelFormat24bppRGB, WTEXT("Dithered"));
   try {
-    const Pixels to(dithered, Gdiplus::PixelFormat24bppRGB);
+    // Dots are kept as such until somebody wants to see pixels.
+    const Pixels to(dithered, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
     if (!to.IsValid()) throw std::bad_alloc();
     const RasterKernels& kernels = BestKernels();
     Halftone halftone(ditherer, ditherParam, width, 1);
@@ -26,7 +27,7 @@ Gdiplus::Bitmap* BitmapRasterizer::Dither(Gdiplus::Bitmap* source, eBitmapDither
         grey |= kernels.Grey(from.Row(top + y), width, halftone.Row(0, y));
       }
       halftone.Dither(rows, grey);
-      for (INT y = 0; y < rows; ++y) kernels.Spread(halftone.Row(0, y), width, to.Row(top + y));
+      for (INT y = 0; y < rows; ++y) kernels.PackLevels(halftone.Row(0, y), width, to.Row(top + y));
     }
     return dithered;
   } catch (const std::bad_alloc&) {

@@ -1,7 +1,9 @@
-// The quarter turn in blocks of 16 rows and 4 columns: each block gives 48 bytes, three vectors, of
-// 4 target rows. Blocks go in tiles whose rows stay in the cache and in the translation buffer.
+// The quarter turn in blocks of 16 rows and 4 or 8 columns: each gives 48 bytes of as many target
+// rows. Blocks go in tiles whose rows stay in the cache and in the translation buffer.
 
 #include "platform/linux/gdiplus_turn.h"
+
+#include <hwy/cache_control.h>
 
 #include <algorithm>
 #include <cstring>
@@ -24,59 +26,110 @@ void TurnBlocks(const PixelRows&, INT, INT, const PixelRows&, INT&, INT&) {}  //
 #else
 
 constexpr INT kBlockRows = 16;
-constexpr INT kBlockColumns = 4;
 constexpr INT kTilePx = 64;
-constexpr INT kReadPx = 6;  // a vector of 16 bytes reaches into the sixth pixel
 
-using Bytes = hn::FixedTag<uint8_t, 16>;
-using Words = hn::FixedTag<uint32_t, 4>;
+// Every 16 bytes of a vector are worked on by themselves, with four columns.
+#if HWY_MAX_BYTES >= 32 && !HWY_HAVE_SCALABLE
+constexpr size_t kVectorBytes = 32;
+#else
+constexpr size_t kVectorBytes = 16;
+#endif
+using Bytes = hn::FixedTag<uint8_t, kVectorBytes>;
+using Words = hn::Repartition<uint32_t, Bytes>;
+using Pairs = hn::Repartition<uint64_t, Bytes>;
 using Vector = hn::Vec<Bytes>;
+using HalfBytes = hn::FixedTag<uint8_t, 16>;
+constexpr INT kBlockColumns = static_cast<INT>(kVectorBytes) / 4;
+constexpr INT kReadPx = kBlockColumns + 2;  // a load of 16 bytes reaches two pixels further
 
-struct Four {
+HWY_INLINE Vector LoadColumns(const BYTE* pixels) {
+  const HalfBytes half;
+#if HWY_MAX_BYTES >= 32 && !HWY_HAVE_SCALABLE
+  return hn::Combine(Bytes(), hn::LoadU(half, pixels + 12), hn::LoadU(half, pixels));
+#else
+  return hn::LoadU(half, pixels);
+#endif
+}
+
+// Stores the 16 bytes of four columns, and those of the next four, a group of rows further down.
+HWY_INLINE void StoreRows(Vector rows, BYTE* to, std::ptrdiff_t strideBytes) {
+  const HalfBytes half;
+#if HWY_MAX_BYTES >= 32 && !HWY_HAVE_SCALABLE
+  hn::StoreU(hn::LowerHalf(half, rows), half, to);
+  hn::StoreU(hn::UpperHalf(half, rows), half, to + 4 * strideBytes);
+#else
+  (void)strideBytes;
+  hn::StoreU(rows, half, to);
+#endif
+}
+
+struct Columns {
   Vector of[4];
 };
 
-// Pixels x to x + 3 of four rows, from the lowest row up: of[i] is column x + i, 12 bytes and
-// zeros.
-HWY_INLINE Four Columns(const PixelRows& source, INT x, INT lowestRow) {
+// Pixels of four rows from lowestRow up, turned: of[i] holds column i, its 12 bytes put in their
+// places by place.
+HWY_INLINE Columns Turn(const PixelRows& source, INT x, INT lowestRow, const uint8_t* place) {
   const Bytes bytes;
   const Words words;
+  const Pairs pairs;
   alignas(16) static constexpr uint8_t kSpread[16] = {0, 1, 2, 0x80, 3, 4,  5,  0x80,
                                                       6, 7, 8, 0x80, 9, 10, 11, 0x80};
-  alignas(16) static constexpr uint8_t kPack[16] = {0,  1,  2,  4,  5,    6,    8,    9,
-                                                    10, 12, 13, 14, 0x80, 0x80, 0x80, 0x80};
-  const auto spread = hn::Load(bytes, kSpread);
-  const auto pack = hn::Load(bytes, kPack);
+  const Vector spread = hn::LoadDup128(bytes, kSpread);
+  const Vector places = hn::LoadDup128(bytes, place);
   const auto row = [&](INT up) {
-    const Vector pixels = hn::LoadU(bytes, source.Row(lowestRow - up) + 3 * x);
+    const Vector pixels = LoadColumns(source.Row(lowestRow - up) + 3 * x);
     return hn::BitCast(words, hn::TableLookupBytesOr0(pixels, spread));
   };
   const auto a = row(0), b = row(1), c = row(2), d = row(3);
-  const auto ab = hn::InterleaveLower(words, a, b), cd = hn::InterleaveLower(words, c, d);
-  const auto ab2 = hn::InterleaveUpper(words, a, b), cd2 = hn::InterleaveUpper(words, c, d);
-  const auto packed = [&](auto column) {
-    return hn::TableLookupBytesOr0(hn::BitCast(bytes, column), pack);
+  const auto ab = hn::BitCast(pairs, hn::InterleaveLower(words, a, b));
+  const auto cd = hn::BitCast(pairs, hn::InterleaveLower(words, c, d));
+  const auto ab2 = hn::BitCast(pairs, hn::InterleaveUpper(words, a, b));
+  const auto cd2 = hn::BitCast(pairs, hn::InterleaveUpper(words, c, d));
+  const auto placed = [&](auto column) {
+    return hn::TableLookupBytesOr0(hn::BitCast(bytes, column), places);
   };
-  return {{packed(hn::ConcatLowerLower(words, cd, ab)), packed(hn::ConcatUpperUpper(words, cd, ab)),
-           packed(hn::ConcatLowerLower(words, cd2, ab2)),
-           packed(hn::ConcatUpperUpper(words, cd2, ab2))}};
+  return {{placed(hn::InterleaveLower(pairs, ab, cd)), placed(hn::InterleaveUpper(pairs, ab, cd)),
+           placed(hn::InterleaveLower(pairs, ab2, cd2)),
+           placed(hn::InterleaveUpper(pairs, ab2, cd2))}};
 }
 
-// A block whose lowest row is lowestRow; its pixels begin at to in the first of four target rows.
+// A block whose lowest row is lowestRow; its pixels begin at to in the first of the target rows.
+// Four times 12 bytes fill three times 16: the second and the third lie across.
 HWY_INLINE void TurnBlock(const PixelRows& source, INT x, INT lowestRow, BYTE* to,
                           std::ptrdiff_t strideBytes) {
+  constexpr uint8_t no = 0x80;
+  alignas(16) static constexpr uint8_t kPlaces[4][16] = {
+      {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, no, no, no, no},
+      {5, 6, 8, 9, 10, 12, 13, 14, no, no, no, no, 0, 1, 2, 4},
+      {10, 12, 13, 14, no, no, no, no, 0, 1, 2, 4, 5, 6, 8, 9},
+      {no, no, no, no, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14}};
+  alignas(16) static constexpr uint32_t kFirst[4] = {~0u, 0, 0, 0};
+  alignas(16) static constexpr uint32_t kLast[4] = {0, 0, 0, ~0u};
   const Bytes bytes;
-  const Four p = Columns(source, x, lowestRow), q = Columns(source, x, lowestRow - 4);
-  const Four r = Columns(source, x, lowestRow - 8), s = Columns(source, x, lowestRow - 12);
-  for (INT i = 0; i < kBlockColumns; ++i, to += strideBytes) {
-    hn::StoreU(hn::Or(p.of[i], hn::ShiftLeftBytes<12>(bytes, q.of[i])), bytes, to);
-    hn::StoreU(
-        hn::Or(hn::ShiftRightBytes<4>(bytes, q.of[i]), hn::ShiftLeftBytes<8>(bytes, r.of[i])),
-        bytes, to + 16);
-    hn::StoreU(
-        hn::Or(hn::ShiftRightBytes<8>(bytes, r.of[i]), hn::ShiftLeftBytes<4>(bytes, s.of[i])),
-        bytes, to + 32);
+  const Words words;
+  const Pairs pairs;
+  const auto first = hn::MaskFromVec(hn::BitCast(bytes, hn::LoadDup128(words, kFirst)));
+  const auto last = hn::MaskFromVec(hn::BitCast(bytes, hn::LoadDup128(words, kLast)));
+  const Columns p = Turn(source, x, lowestRow, kPlaces[0]);
+  const Columns q = Turn(source, x, lowestRow - 4, kPlaces[1]);
+  const Columns r = Turn(source, x, lowestRow - 8, kPlaces[2]);
+  const Columns s = Turn(source, x, lowestRow - 12, kPlaces[3]);
+  for (INT i = 0; i < 4; ++i, to += strideBytes) {
+    StoreRows(hn::IfThenElse(last, q.of[i], p.of[i]), to, strideBytes);
+    StoreRows(
+        hn::BitCast(bytes, hn::OddEven(hn::BitCast(pairs, r.of[i]), hn::BitCast(pairs, q.of[i]))),
+        to + 16, strideBytes);
+    StoreRows(hn::IfThenElse(first, r.of[i], s.of[i]), to + 32, strideBytes);
   }
+}
+
+// Fetches what a later block reads and writes: the rows lie too far apart for the processor to
+// foresee.
+HWY_INLINE void FetchBlock(const PixelRows& source, INT x, INT lowestRow, BYTE* to,
+                           std::ptrdiff_t strideBytes) {
+  for (INT i = 0; i < kBlockRows; ++i) hwy::Prefetch(source.Row(lowestRow - i) + 3 * x);
+  for (INT i = 0; i < kBlockColumns; ++i) hwy::Prefetch(to + i * strideBytes);
 }
 
 // Whole blocks only; returns by reference how far they reach.
@@ -88,9 +141,12 @@ void TurnBlocks(const PixelRows& source, INT width, INT height, const PixelRows&
     const INT bottom = std::min(top + kTilePx, rows);
     for (INT left = 0; left < columns; left += kTilePx) {
       const INT right = std::min(left + kTilePx, columns);
-      for (INT x = left; x < right; x += kBlockColumns) {
-        for (INT y = bottom; y > top; y -= kBlockRows) {
-          TurnBlock(source, x, y - 1, target.Row(x) + 3 * (height - y), target.strideBytes);
+      for (INT y = bottom; y > top; y -= kBlockRows) {
+        for (INT x = left; x < right; x += kBlockColumns) {
+          const INT later = std::min(x + kTilePx, columns - kBlockColumns);
+          const auto to = [&](INT column) { return target.Row(column) + 3 * (height - y); };
+          FetchBlock(source, later, y - 1, to(later), target.strideBytes);
+          TurnBlock(source, x, y - 1, to(x), target.strideBytes);
         }
       }
     }

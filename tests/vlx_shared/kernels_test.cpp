@@ -74,7 +74,7 @@ TEST_F(Kernels, RowsAreEqual) {
       const INT at = 3 * width;
       const INT second = at + width + 40;
       Compare(bytes, [&](auto& k, BYTE* b) { return k.Grey(b, width, b + at); });
-      Compare(bytes, [&](auto& k, BYTE* b) { return k.Spread(b + at, width, b), 0; });
+      Compare(bytes, [&](auto& k, BYTE* b) { return k.PackLevels(b + at, width, b), 0; });
       Compare(bytes, [&](auto& k, BYTE* b) { return k.Pack(b, width, b + at), 0; });
       const ColorMixture mixture(static_cast<Gdiplus::ARGB>(random()), round % 5 * 0.25);
       Compare(bytes,
