@@ -164,10 +164,10 @@ Settings ReadSettings(const JobOptions& options) {
   return settings;
 }
 
-std::size_t RunJob(const JobOptions& options, const Settings& settings, Spool& spool) {
+JobResult RunJob(const JobOptions& options, const Settings& settings, Spool& spool) {
   LabelDriver driver(FindPlugin(), spool);
   const OEMDEV devmode = MakeDevMode(driver, options, settings);
   if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, devmode);
   driver.Open(options.printer, settings.Page(), devmode);
-  return PrintPages(driver, options, spool.Clock());
+  return {PrintPages(driver, options, spool.Clock()), devmode};
 }

@@ -40,6 +40,11 @@ std::vector<BYTE> ReadDevModeFile(const std::string& path);
 // Throws HostError (settings) for what the plug-in does not take.
 OEMDEV MakeDevMode(LabelDriver& driver, const JobOptions& options, const Settings& settings);
 
-// Sends the pages of the files through the plug-in into the spool and returns their number. Nothing
-// is written before the first page is ready; the spool is not finished. Throws HostError.
-std::size_t RunJob(const JobOptions& options, const Settings& settings, Spool& spool);
+struct JobResult {
+  std::size_t pages;
+  OEMDEV devmode;  // that the plug-in worked with
+};
+
+// Sends the pages of the files through the plug-in into the spool. Nothing is written before the
+// first page is ready; the spool is not finished. Throws HostError.
+JobResult RunJob(const JobOptions& options, const Settings& settings, Spool& spool);

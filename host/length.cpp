@@ -47,6 +47,8 @@ PaperSize ParsePaperSize(std::string_view text, std::string_view what) {
     Refuse(text, what, "write width x length with their unit, as \"100x150mm\"");
   }
   const std::string unit(text.substr(unitAt));
+  if (unit.empty())
+    Refuse(text, what, "add the unit: mm, um, cm or in, as \"" + std::string(text) + "mm\"");
   const PaperSize size = {ParseLengthUm(std::string(text.substr(0, cross)) + unit, what),
                           ParseLengthUm(text.substr(cross + 1), what)};
   for (const std::int32_t side : {size.widthUm, size.lengthUm}) {

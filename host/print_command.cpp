@@ -50,7 +50,7 @@ int RunPrint(const PrintOptions& options) {
   Spool spool(OpenTargets(options));
   std::size_t pages = 0;
   try {
-    pages = RunJob(options.job, settings, spool);
+    pages = RunJob(options.job, settings, spool).pages;
     spool.Finish();
   } catch (const HostError& error) {
     // What a printer on the network has got cannot be taken back.

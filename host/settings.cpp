@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "common/nearest.h"
 #include "host/error.h"
 #include "host/setting_value.h"
 
@@ -15,37 +16,14 @@ namespace {
 
 constexpr std::string_view kRawPrefix = "devmode.";
 
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t above = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
-      diagonal = above;
-    }
-  }
-  return row[b.size()];
-}
-
 [[noreturn]] void FailUnknown(const std::string& key) {
-  std::string nearest;
-  std::size_t best = ~std::size_t{0};
-  const auto consider = [&](const std::string& known) {
-    const std::size_t distance = EditDistance(key, known);
-    if (distance < best) {
-      best = distance;
-      nearest = known;
-    }
-  };
-  for (const SettingKey& known : SettingKeys()) consider(std::string(known.name));
+  std::vector<std::string> known;
+  for (const SettingKey& setting : SettingKeys()) known.emplace_back(setting.name);
   for (const OemDevField& field : OemDevFields()) {
-    consider(std::string(kRawPrefix) + std::string(field.name));
+    known.push_back(std::string(kRawPrefix) + std::string(field.name));
   }
-  throw HostError(kExitSettings,
-                  "There is no setting \"" + key + "\"; did you mean \"" + nearest + "\"?");
+  throw HostError(kExitSettings, "There is no setting \"" + key + "\"; did you mean \"" +
+                                     Nearest(key, known) + "\"?");
 }
 
 const OemDevField* FindRawField(std::string_view key) {

@@ -11,9 +11,18 @@
 #include "host/settings_command.h"
 #include "host/stocks_command.h"
 #include "platform/version.h"
+#include "tools/preview_command.h"
+#include "tools/usage.h"
 #include "viewer/commands.h"
 
 namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  vlx preview label.png -o seen.png --paper 100x150mm
+  vlx print label.png --to tcp://192.0.2.7 --paper 100x150mm
+  vlx print --help
+
+Every command has its own --help with examples.)";
 
 void ShowVersion() {
   Spool nowhere({});
@@ -26,13 +35,14 @@ void ShowVersion() {
 
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
-    PrintCommand,   AddViewCommand,  AddExplainCommand, AddLintCommand,
-    AddDiffCommand, AddServeCommand, SettingsCommand,   StocksCommand,
+    PrintCommand,   PreviewCommand,  AddViewCommand,  AddExplainCommand, AddLintCommand,
+    AddDiffCommand, AddServeCommand, SettingsCommand, StocksCommand,
 };
 
 int Run(int argc, char** argv) {
   CLI::App program("The label printer driver on the command line", "vlx");
   program.require_subcommand(0, 1);
+  program.footer(kExamples);
   bool version = false;
   program.add_flag("--version", version, "Show the versions of the program and its libraries");
   std::vector<Command> commands;
@@ -40,7 +50,8 @@ int Run(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? kExitDone : kExitUsage;
+    if (error.get_exit_code() == 0) return program.exit(error);  // help
+    throw CommandError(kExitUsage, UsageMessage(program, {argv + 1, argv + argc}, error));
   }
   if (version) {
     ShowVersion();
@@ -58,10 +69,12 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   // A reader that hangs up is an error to report, not an end by signal.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);  // how a helper program ended has to be seen
   try {
     return Run(argc, argv);
   } catch (const CommandError& error) {
-    std::fprintf(stderr, "vlx: %s\n", error.what());
+    const std::string text = error.what();
+    std::fprintf(stderr, "%s%s\n", text.starts_with("vlx") ? "" : "vlx: ", text.c_str());
     return error.Code();
   } catch (const std::bad_alloc&) {
     std::fputs("vlx: there is not enough memory\n", stderr);

@@ -1,0 +1,32 @@
+// The known name that somebody meant who mistyped it.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// How many letters have to be added, taken out or changed to turn one text into the other.
+inline std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t above = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+// The first of the nearest names, empty when there is no name.
+inline std::string Nearest(std::string_view text, const std::vector<std::string>& names) {
+  const auto nearest = std::min_element(
+      names.begin(), names.end(), [text](const std::string& one, const std::string& other) {
+        return EditDistance(text, one) < EditDistance(text, other);
+      });
+  return nearest == names.end() ? std::string() : *nearest;
+}

@@ -1,0 +1,121 @@
+#include "tools/preview_command.h"
+
+#include <cstdio>
+#include <filesystem>
+
+#include "common/error.h"
+#include "host/job.h"
+#include "viewer/files.h"
+#include "viewer/job_view.h"
+
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  vlx preview label.png -o seen.png --paper 100x150mm --dpi 300
+  vlx preview labels.pdf -o pictures --settings two-colour.toml
+  vlx preview photo.png -o seen.png --set colour.ditherer=threshold
+
+The pages go through the real plug-in; its job is then drawn as the virtual printer reads it.
+Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
+5 picture cannot be written, 70 internal)";
+
+struct PreviewOptions {
+  JobOptions job;
+  std::string output;
+};
+
+// The job in memory: it is small beside its pages.
+class MemoryTarget final : public SpoolTarget {
+ public:
+  explicit MemoryTarget(std::string& job) : m_job(job) {}
+  void Write(std::string_view bytes) override { m_job += bytes; }
+  void Finish() override {}
+
+ private:
+  std::string& m_job;
+};
+
+// One picture, or one a label in a folder.
+class Pictures {
+ public:
+  explicit Pictures(const PreviewOptions& options)
+      : m_output(options.output),
+        m_single(options.output == "-" || options.output.ends_with(".png")),
+        m_stem(options.job.files.front() == "-" ? "page"
+                                                : viewer::JobStem(options.job.files.front())) {
+    if (!m_single) viewer::MakeFolder(m_output);
+  }
+
+  void Add(const std::string& png) {
+    ++m_count;
+    if (m_single) {
+      if (m_count > 1) {
+        throw CommandError(kExitUsage, "There are several labels and one picture, " + m_output +
+                                           ": name a folder with -o");
+      }
+      m_first = png;
+      return;
+    }
+    char number[32];
+    std::snprintf(number, sizeof number, "-%04zu.png", m_count);
+    const std::string path = (std::filesystem::path(m_output) / (m_stem + number)).string();
+    viewer::WriteWholeFile(path, png);
+    std::printf("%s\n", path.c_str());
+  }
+
+  void Finish() {
+    if (m_single && m_count == 1) viewer::WriteWholeFile(m_output, m_first);
+  }
+
+ private:
+  const std::string m_output;
+  const bool m_single;
+  const std::string m_stem;
+  std::string m_first;
+  std::size_t m_count = 0;
+};
+
+viewer::Colour InkOf(const OEMDEV& devmode) {
+  const COLORREF color = devmode.crHighlightColor;
+  return {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8),
+          static_cast<std::uint8_t>(color >> 16)};
+}
+
+int RunPreview(const PreviewOptions& options) {
+  const Settings settings = ReadSettings(options.job);
+  Pictures pictures(options);
+  std::string job;
+  std::vector<std::unique_ptr<SpoolTarget>> targets;
+  targets.push_back(std::make_unique<MemoryTarget>(job));
+  Spool spool(std::move(targets));
+  const JobResult result = RunJob(options.job, settings, spool);
+
+  const double dpi = settings.Page().dpi;
+  viewer::JobView view(job, dpi);
+  while (const std::optional<viewer::DrawnLabel> drawn = view.Next()) {
+    if (!drawn->picture) {
+      throw CommandError(kExitSettings, "The label cannot be drawn: " + drawn->why);
+    }
+    pictures.Add(
+        viewer::PicturePng(viewer::Turn(*drawn->picture, drawn->turn), dpi, InkOf(result.devmode)));
+  }
+  pictures.Finish();
+  std::fprintf(options.output == "-" ? stderr : stdout, "%s: %s\n", options.output.c_str(),
+               spool.Cost().Line().c_str());
+  return kExitDone;
+}
+
+}  // namespace
+
+Command PreviewCommand(CLI::App& program) {
+  const auto options = std::make_shared<PreviewOptions>();
+  CLI::App* preview =
+      program.add_subcommand("preview", "Draw what pages would look like, without paper");
+  preview
+      ->add_option("-o,--output", options->output,
+                   "Picture (.png, or - for standard output), or a folder for a PNG a label")
+      ->required();
+  AddJobOptions(*preview, options->job);
+  preview->footer(kExamples);
+  return {preview, [options] { return RunPreview(*options); }};
+}

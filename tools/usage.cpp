@@ -1,0 +1,59 @@
+#include "tools/usage.h"
+
+#include <algorithm>
+
+#include "common/nearest.h"
+
+namespace {
+
+// The command that was named last, and its name with those before: "vlx settings show".
+const CLI::App* NamedCommand(const CLI::App* app, std::string& name) {
+  name = app->get_name();
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().front();
+    name += " " + app->get_name();
+  }
+  return app;
+}
+
+std::vector<std::string> OptionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+  }
+  return names;
+}
+
+std::vector<std::string> CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
+// The first argument that nothing took, empty when there is none.
+std::string FirstExtra(const CLI::App& program, const std::vector<std::string>& arguments) {
+  const std::vector<std::string> extras = program.remaining(true);
+  const auto first =
+      std::find_first_of(arguments.begin(), arguments.end(), extras.begin(), extras.end());
+  return first == arguments.end() ? std::string() : *first;
+}
+
+}  // namespace
+
+std::string UsageMessage(const CLI::App& program, const std::vector<std::string>& arguments,
+                         const CLI::ParseError& error) {
+  std::string name;
+  const CLI::App* command = NamedCommand(&program, name);
+  const std::string extra = FirstExtra(program, arguments);
+  const std::string help = name + " --help shows what there is";
+  if (extra.empty()) return name + ": " + error.what() + "; " + help;
+  const bool isOption = extra.starts_with('-');
+  const std::string nearest = Nearest(extra.substr(0, extra.find('=')),
+                                      isOption ? OptionNames(*command) : CommandNames(*command));
+  if (nearest.empty()) return name + ": \"" + extra + "\" is not expected; " + help;
+  return name + ": there is no " + (isOption ? "option" : "command") + " \"" + extra +
+         "\"; did you mean \"" + nearest + "\"? " + help;
+}
