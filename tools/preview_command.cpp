@@ -91,13 +91,14 @@ int RunPreview(const PreviewOptions& options) {
   const JobResult result = RunJob(options.job, settings, spool);
 
   const double dpi = settings.Page().dpi;
+  const int pageTurn = settings.Page().landscape ? 90 : 0;  // such pages go out turned clockwise
   viewer::JobView view(job, dpi);
   while (const std::optional<viewer::DrawnLabel> drawn = view.Next()) {
     if (!drawn->picture) {
       throw CommandError(kExitSettings, "The label cannot be drawn: " + drawn->why);
     }
-    pictures.Add(
-        viewer::PicturePng(viewer::Turn(*drawn->picture, drawn->turn), dpi, InkOf(result.devmode)));
+    pictures.Add(viewer::PicturePng(viewer::Turn(*drawn->picture, (drawn->turn + pageTurn) % 360),
+                                    dpi, InkOf(result.devmode)));
   }
   pictures.Finish();
   std::fprintf(options.output == "-" ? stderr : stdout, "%s: %s\n", options.output.c_str(),
