@@ -25,6 +25,10 @@ constexpr const char* kNotes =
     R"(Compared is what lands on the labels, not the bytes of the images. A picture shows what both
 print in grey, only the first in blue, only the second in orange, the other colour in purple.
 
+Examples:
+  vlx diff before.job after.job
+  vlx diff before.job after.job -o differences --dpi 300
+
 Exit codes: 0 both print the same, 1 they do not, 2 usage, 3 job unreadable,
 5 output cannot be written)";
 

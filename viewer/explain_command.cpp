@@ -72,7 +72,11 @@ Command AddExplainCommand(CLI::App& program) {
   CLI::App* explain = program.add_subcommand("explain", "Tell what each line of a job means");
   explain->add_option("JOB", options->job, "Job file, - for standard input")->required();
   explain->add_flag("--json", options->json, "For programs");
-  explain->footer("Exit codes: 0 done, 2 usage, 3 job unreadable");
+  explain->footer(
+      "Examples:\n"
+      "  vlx explain label.job\n"
+      "  vlx print label.png -o - | vlx explain -\n\n"
+      "Exit codes: 0 done, 2 usage, 3 job unreadable");
   return {explain, [options] { return Explain(options->job, options->json); }};
 }
 
@@ -88,6 +92,10 @@ Command AddLintCommand(CLI::App& program) {
   lint->add_option("JOB", options->job, "Job file, - for standard input")->required();
   AddDpiOption(*lint, options->dpi);
   lint->add_flag("--json", options->json, "For programs");
-  lint->footer("Exit codes: 0 nothing found, 1 something found, 2 usage, 3 job unreadable");
+  lint->footer(
+      "Examples:\n"
+      "  vlx lint label.job\n"
+      "  vlx lint label.job --dpi 203 --json\n\n"
+      "Exit codes: 0 nothing found, 1 something found, 2 usage, 3 job unreadable");
   return {lint, [options] { return Lint(options->job, options->dpi, options->json); }};
 }

@@ -56,6 +56,9 @@ Command AddServeCommand(CLI::App& program) {
   serve->footer(
       "Jobs become job-0001.job and so on, with a picture a label and a contact sheet; index.html\n"
       "shows them all and reloads itself.\n\n"
+      "Examples:\n"
+      "  vlx serve -o received --port 9100\n"
+      "  vlx print label.png --to tcp://127.0.0.1:9100\n\n"
       "Exit codes: 0 stopped, 2 usage, 5 port or folder cannot be opened");
   return {serve, [options] { return Serve(*options); }};
 }
