@@ -83,6 +83,8 @@ footer { margin-top: 26px; color: var(--soft); font-size: 12.5px; }
   main { padding: 0; max-width: none; }
   * { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
   .few { --mm: 0.9mm; }
+  .facts div { flex-basis: 84px; padding: 4px 8px; }
+  .facts dd { font-size: 14px; }
   .strip > li, .facts, .faults { break-inside: avoid; }
 }
 )";
