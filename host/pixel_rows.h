@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// Exchanges the first and the third byte of each of the pixels, in place.
-void SwapRedAndBlue(std::uint8_t* row, std::size_t widthPx);
+// Copies pixels of red, green and blue. Both have 3 x widthPx bytes and must not overlap.
+void SwapRedAndBlue(const std::uint8_t* pixels, std::size_t widthPx, std::uint8_t* row);
 
 // Makes three equal bytes of each grey level. row: 3 x widthPx bytes, must not overlap levels.
 void SpreadGrey(const std::uint8_t* levels, std::size_t widthPx, std::uint8_t* row);

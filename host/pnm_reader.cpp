@@ -1,6 +1,5 @@
 // The portable anymap formats P1 to P6, as netpbm documents them.
 
-#include <algorithm>
 #include <array>
 #include <cctype>
 
@@ -105,8 +104,7 @@ class PnmReader {
       ReadSamples(samples);
     }
     if (m_color) {
-      std::copy(m_bytes.begin(), m_bytes.end(), row);
-      SwapRedAndBlue(row, width);
+      SwapRedAndBlue(m_bytes.data(), width, row);
     } else {
       SpreadGrey(m_bytes.data(), width, row);
     }

@@ -52,6 +52,19 @@ TEST(PageReader, ReadsEveryPnmForm) {
   EXPECT_EQ(ReadPages("P6 1 1 255\nabcP5 1 1 255\nd\n"), (Pages{"1x1 616263", "1x1 646464"}));
 }
 
+TEST(PageReader, PixelsOfEveryWidthKeepTheirColours) {
+  for (int width = 1; width < 40; ++width) {
+    std::string pixels, expected = std::to_string(width) + "x2";
+    for (int i = 0; i < 6 * width; ++i) {
+      char hex[4];
+      std::snprintf(hex, sizeof hex, "%02x", i);
+      pixels += static_cast<char>(i);
+      expected += (i % 3 == 0 ? " " : "") + std::string(hex);
+    }
+    EXPECT_EQ(ReadPages("P6 " + std::to_string(width) + " 2 255\n" + pixels).at(0), expected);
+  }
+}
+
 TEST(PageReader, RefusesWhatIsNoWholePage) {
   const std::pair<std::string, const char*> rows[] = {
       {"", "holds no page"},
