@@ -5,10 +5,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "host/error.h"
+#include "host/file.h"
 #include "host/page_reader.h"
 
 namespace {
@@ -132,9 +131,8 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
 }
 
 std::vector<BYTE> ReadDevModeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw HostError(kExitInput, "The settings record " + path + " cannot be read");
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  const std::string content = ReadWholeFile(path, "settings record");
+  return {content.begin(), content.end()};
 }
 
 OEMDEV MakeDevMode(LabelDriver& driver, const JobOptions& options, const Settings& settings) {

@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include "common/nearest.h"
 #include "host/error.h"
+#include "host/file.h"
 #include "host/setting_value.h"
 
 namespace {
@@ -105,19 +104,15 @@ class SettingWriter {
 };
 
 void Settings::ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) {
-    throw HostError(kExitInput, "The settings file " + path + " cannot be read");
-  }
-  if (text.str().find('\0') != std::string::npos) {
+  const std::string text = ReadWholeFile(path, "settings file");
+  if (text.find('\0') != std::string::npos) {
     throw HostError(kExitSettings,
                     path +
                         " is no settings file: it holds binary data; a raw settings record is "
                         "taken by --devmode and shown by vlx settings devmode");
   }
   try {
-    Walk(toml::parse(text.str()), "", [this](const std::string& key, const toml::node& node) {
+    Walk(toml::parse(text), "", [this](const std::string& key, const toml::node& node) {
       SettingWriter(*this, key, node).Write();
     });
   } catch (const toml::parse_error& error) {

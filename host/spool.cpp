@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -34,12 +35,33 @@ constexpr Remedy kRemedies[] = {
                                    (remedy == std::end(kRemedies) ? "" : remedy->remedy));
 }
 
+// The temporary file at hand, which an interrupted vlx takes with it.
+char g_temporary[4096];
+
+void RemoveTemporary(int signal) {
+  unlink(g_temporary);
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+void GuardTemporary(const std::string& path) {
+  g_temporary[0] = '\0';
+  if (path.size() >= sizeof g_temporary) return;
+  path.copy(g_temporary, path.size());
+  g_temporary[path.size()] = '\0';
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    // What was ignored from the start (nohup) stays ignored.
+    if (std::signal(signal, RemoveTemporary) == SIG_IGN) std::signal(signal, SIG_IGN);
+  }
+}
+
 class FileTarget final : public SpoolTarget {
  public:
   explicit FileTarget(const std::string& path) : m_path(LinkedFile(path)) {
     m_temporary = m_path + "." + std::to_string(getpid()) + ".part";
     m_file = std::fopen(m_temporary.c_str(), "wbxe");
     if (m_file == nullptr) Fail(m_path);
+    GuardTemporary(m_temporary);
   }
   ~FileTarget() override {
     if (m_file == nullptr) return;

@@ -44,8 +44,8 @@ class TcpTarget final : public SpoolTarget {
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* list = nullptr;
     if (const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); error != 0) {
-      throw HostError(kExitTarget,
-                      "The printer " + m_name + " cannot be found: " + gai_strerror(error));
+      throw HostError(kExitTarget, "The printer " + m_name + " cannot be found: " +
+                                       gai_strerror(error) + "; check its name and the network");
     }
     for (const addrinfo* address = list; address != nullptr && m_socket < 0;
          address = address->ai_next) {

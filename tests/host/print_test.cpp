@@ -76,6 +76,12 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
       {"{}cut.pgm -o {}a.job --paper 12x7mm --dpi 203", 3},
       {"{}page.pgm -o {}a.job --paper 5x5mm", 4},
       {"{}page.pgm -o {}a.job --paper 12x7", 4},
+      {"{}page.pgm -o {}a.job --devmode {}", 3},
+      {"{}page.pgm -o {}a.job --settings {}", 3},
+      {"{} -o {}a.job", 3},
+      {"{}page.pgm -o {}a.job --paper 12x7mm --dpi 203 --set paper.margin_left=8mm "
+       "--set paper.margin_right=8mm",
+       4},
       {"{}page.pgm -o {}a.job --printer Nobody", 4},
       {"{}page.pgm -o {}a.job --set devmode.dwSensorType=9 --paper 12x7mm --dpi 203", 4},
       {"{}page.pgm -o {}nowhere/a.job --paper 12x7mm --dpi 203", 5},
@@ -89,6 +95,16 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
   }
   EXPECT_EQ(Run("{}page.pgm -o - --paper 5x5mm"), 4);
   EXPECT_EQ(Read("out.txt"), "");
+}
+
+TEST_F(Print, InterruptedJobLeavesNothing) {
+  const std::string command = "(cat " + home.Path("page.pgm") +
+                              "; sleep 2) | timeout 1 '" VLX_PATH "' print - -o " +
+                              home.Path("a.job") + paper;
+  ASSERT_EQ(WEXITSTATUS(std::system(command.c_str())), 124);
+  for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
+    EXPECT_EQ(entry.path().filename().string().find("a.job"), std::string::npos) << entry.path();
+  }
 }
 
 TEST_F(Print, PipeStaysAPipe) {

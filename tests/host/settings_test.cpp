@@ -92,6 +92,8 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
   };
   EXPECT_TRUE(read("s.toml").starts_with("4 " + home.Path("s.toml") + ", line 2"));
   EXPECT_TRUE(read("none.toml").starts_with("3 "));
+  home.WriteFile("empty.toml", "");
+  EXPECT_EQ(read("empty.toml"), "");
 }
 
 TEST(Settings, EveryKeyIsDocumented) {

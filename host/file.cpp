@@ -1,0 +1,31 @@
+#include "host/file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "host/error.h"
+
+namespace {
+
+struct Closer {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+std::string ReadWholeFile(const std::string& path, const std::string& what) {
+  std::string content;
+  errno = 0;
+  const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "rbe"));
+  if (file != nullptr) {
+    char buffer[4096];
+    for (std::size_t size; (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0;) {
+      content.append(buffer, size);
+    }
+    if (!std::ferror(file.get())) return content;
+  }
+  throw HostError(kExitInput,
+                  "The " + what + " " + path + " cannot be read: " + std::strerror(errno));
+}
