@@ -54,7 +54,7 @@ int RunPrint(const PrintOptions& options) {
     spool.Finish();
   } catch (const HostError& error) {
     // What a printer on the network has got cannot be taken back.
-    if (options.tcp.empty() || spool.Cost().Bytes() == 0) throw;
+    if (options.tcp.empty() || spool.Cost().Bytes() == 0 || error.Code() == kExitPartlySent) throw;
     throw HostError(kExitPartlySent, std::string(error.what()) + "; a part of the job was sent");
   }
   ReportJob(options, pages, spool);
