@@ -31,3 +31,6 @@ __attribute__((visibility("default"))) std::string PlatformHomeFolder();
 // is not open or a printer that the file no longer names.
 __attribute__((visibility("default"))) std::optional<PlatformPrinter> PlatformPrinterFromHandle(
     HANDLE hPrinter);
+
+// How much larger than a half a half tint prints, in percent of the paper, 0 to 25; 0 without an entry.
+__attribute__((visibility("default"))) INT PlatformDotGainPercent();

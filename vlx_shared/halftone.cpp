@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/fault.h"
+#include "platform/system_file.h"
 
 namespace {
 
@@ -21,9 +22,28 @@ DiffusionRule RuleOf(eBitmapDitherer ditherer, INT parameter) {
   return {strength, 3 * strength, 0};
 }
 
+// Dots print larger than they are: a part a of the paper covered with dots looks like a + 4 g a (1
+// - a), with the gain g at a half. The levels that print like the wanted ones; greys remain greys.
+std::optional<std::array<BYTE, 256>> ToneCurve(INT gainPercent) {
+  if (gainPercent == 0) return std::nullopt;
+  const auto printed = [gainPercent](INT covered) {
+    return 25500 * covered + 4 * gainPercent * covered * (255 - covered);
+  };
+  std::array<BYTE, 256> curve;
+  INT covered = 0;
+  for (INT wanted = 0; wanted <= 255; ++wanted) {
+    while (covered < 255 && printed(covered) + printed(covered + 1) <= 2 * 25500 * wanted)
+      ++covered;
+    const INT grey = std::clamp(covered, 1, 254);
+    curve[255 - wanted] = static_cast<BYTE>(255 - (wanted == 0 || wanted == 255 ? wanted : grey));
+  }
+  return curve;
+}
+
 }  // namespace
 
-Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT inks) : m_inks(inks) {
+Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT inks)
+    : m_inks(inks), m_toneCurve(ToneCurve(PlatformDotGainPercent())) {
   if (PlatformShouldFail("Halftone")) throw std::bad_alloc();
   const std::size_t rowSize = std::size_t(widthPx) + 2 * kStripMargin;
   m_levels = std::make_unique_for_overwrite<BYTE[]>(rowSize * kStripRows * inks);
@@ -46,6 +66,7 @@ Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT ink
 }
 
 void Halftone::Dither(INT rows, bool hasGrey) {
+  if (hasGrey && m_toneCurve) ApplyToneCurve(rows);
   if (m_screen) {
     if (hasGrey) ApplyScreen(rows);
   } else if (hasGrey) {
@@ -56,6 +77,15 @@ void Halftone::Dither(INT rows, bool hasGrey) {
     m_stateIsClear = true;
   }
   m_pageRow += rows;
+}
+
+void Halftone::ApplyToneCurve(INT rows) {
+  for (INT ink = 0; ink < m_inks; ++ink) {
+    for (INT row = 0; row < rows; ++row) {
+      BYTE* levels = Row(ink, row);
+      for (INT x = 0; x < m_strips[ink].widthPx; ++x) levels[x] = (*m_toneCurve)[levels[x]];
+    }
+  }
 }
 
 void Halftone::ApplyScreen(INT rows) {

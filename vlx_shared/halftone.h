@@ -1,6 +1,7 @@
 // Levels of one or two inks become dots, strip by strip down a page.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -23,10 +24,12 @@ class Halftone {
   void Dither(INT rows, bool hasGrey);
 
  private:
+  void ApplyToneCurve(INT rows);
   void ApplyScreen(INT rows);
   void ApplyDiffusion(INT rows);
 
   const INT m_inks;
+  const std::optional<std::array<BYTE, 256>> m_toneCurve;  // none: levels print as they are
   INT m_pageRow = 0;
   DiffusionRule m_rule = {};
   std::optional<Screen> m_screen;

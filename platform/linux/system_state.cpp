@@ -16,7 +16,7 @@ namespace {
 
 const SystemContent& WithoutFile() {
   static const SystemContent content{
-      1252, {{u"Label Printer", u"VLX Label", std::nullopt}}, PngSize::Usual};
+      1252, {{u"Label Printer", u"VLX Label", std::nullopt}}, PngSize::Usual, 0};
   return content;
 }
 
@@ -76,6 +76,12 @@ SystemContent Parse(const std::string& text) {
     }
     content.ansiCodePage = static_cast<UINT>(*value);
   }
+  if (const toml::node* node = root.get("dot_gain")) {
+    const auto value = node->value_exact<std::int64_t>();
+    if (!value || *value < 0 || *value > 25)
+      Fail("dot_gain must be a percentage from 0 to 25", *node);
+    content.dotGainPercent = static_cast<INT>(*value);
+  }
   if (const toml::node* node = root.get("png")) content.pngSize = ReadPngSize(*node);
   if (const toml::node* node = root.get("printer")) {
     if (!node->is_array_of_tables()) Fail("printers are written as [[printer]]", *node);
@@ -112,6 +118,8 @@ std::string PlatformHomeFolder() {
   const char* user = std::getenv("HOME");
   return std::string(user == nullptr ? "" : user) + "/.config/vlx";
 }
+
+INT PlatformDotGainPercent() { return SystemState()->dotGainPercent; }
 
 std::shared_ptr<const SystemContent> SystemState() {
   static WatchedFile<SystemContent> file("system.toml", WithoutFile(), Parse);

@@ -13,6 +13,7 @@ struct SystemContent {
   UINT ansiCodePage = 1252;
   std::vector<PlatformPrinter> printers;
   PngSize pngSize = PngSize::Usual;
+  INT dotGainPercent = 0;
 };
 
 // The content as the file stands now.

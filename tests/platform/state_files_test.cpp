@@ -116,6 +116,7 @@ TEST_F(StateFiles, PrinterInformationTakesTwoCalls) {
 TEST_F(StateFiles, MalformedSystemFileCountsAsMissing) {
   const char* files[] = {"ansi_code_page = 'x'",
                          "ansi_code_page = 31337",
+                         "dot_gain = 26",
                          "[[printer]]\ndriver='D'",
                          "printer = 5",
                          "[[printer]]\nname='P'\n[printer.label]\nmin_width_um=-1",

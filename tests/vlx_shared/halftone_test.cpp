@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "platform/fault.h"
+#include "tests/support/temp_home.h"
 #include "tests/vlx_shared/bitmaps.h"
 
 namespace {
@@ -119,6 +120,21 @@ TEST_F(Halftones, BlueNoiseIsEven) {
       for (INT i = 0; i < 24 * 24; ++i) black += Pixel(dots, left + i % 24, top + i / 24) == 0;
       EXPECT_NEAR(black, 24 * 24 * 31 / 255.0, 8);
     }
+  }
+}
+
+// With a gain of 20 %, what covers 0.31 of the paper prints as 0.31 + 0.8 x 0.31 x 0.69 = 0.48, and
+// so on.
+TEST_F(Halftones, DotGainIsTakenBack) {
+  const TempHome home;
+  home.WriteFile("system.toml", "dot_gain = 20");
+  for (const DWORD level : {0u, 1u, 40u, 128u, 220u, 254u, 255u}) {
+    Bitmap* dots = Own(BitmapRasterizer::Dither(
+        Page(256, 256, [level](INT, INT) { return level * 0x010101; }), eFloydSteinberg, 0));
+    double covered = 0;
+    for (INT i = 0; i < 65536; ++i) covered += Pixel(dots, i % 256, i / 256) == 0;
+    covered /= 65536;
+    EXPECT_NEAR(covered + 0.8 * covered * (1 - covered), 1 - level / 255.0, 0.01) << level;
   }
 }
 
