@@ -3,7 +3,7 @@
 same pages: a ramp, a still life and a landscape, made here. The measure is how far the dots, seen from a
 distance (low-passed by a Gaussian), are from the page, as root mean square in grey levels.
 
-Usage: compare_tone [VLX]; needs imagemagick and libvips-tools. Exits 1 when Floyd-Steinberg of the plug-in
+Usage: compare_tone.py [VLX]; needs imagemagick and libvips-tools. Exits 1 when Floyd-Steinberg of the plug-in
 is farther from a page than one of the others."""
 
 import math
