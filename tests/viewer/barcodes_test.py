@@ -8,8 +8,9 @@ import subprocess
 import sys
 import tempfile
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "symbols"))
-import read_back as symbols  # noqa: E402
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..",
+                                "scripts"))
+import check_symbols as symbols  # noqa: E402
 
 ROWS = [  # dpi, dots of a module, ink, settings
     (203, 2, symbols.BLACK, ["paper.rotation=0", "print.crop=true"]),
