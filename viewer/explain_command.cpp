@@ -1,5 +1,6 @@
 // vlx explain and vlx lint: what a job says, and what is wrong with it.
 
+#include <algorithm>
 #include <cstdio>
 
 #include "common/error.h"
@@ -22,8 +23,9 @@ int Explain(const std::string& path, bool json) {
   const std::string job = ReadJobFile(path);
   if (!json) {
     ExplainJob(job, [](const Explanation& it) {
-      std::string text = it.text.substr(0, kLineShown);
-      if (text.size() < it.text.size()) text += "...";
+      std::size_t shown = std::min(it.text.size(), kLineShown);
+      while (shown < it.text.size() && (it.text[shown] & 0xC0) == 0x80) --shown;  // whole letters
+      const std::string text = it.text.substr(0, shown) + (shown < it.text.size() ? "..." : "");
       std::printf("%6zu  %s\n        %s\n", it.place.line, text.c_str(), it.words.c_str());
     });
     return kExitDone;
