@@ -38,6 +38,7 @@ struct Mapping {
 std::mutex mutex;
 Mapping mappings[32];
 SIZE_T keptBytes = 0;
+bool keeps = false;
 
 SIZE_T RoundUp(SIZE_T bytes) { return (bytes + kGranule - 1) / kGranule * kGranule; }
 
@@ -64,7 +65,7 @@ Mapping* Use(Mapping& kept, SIZE_T bytes) {
 void Keep(Mapping& mapping) {
   mapping.inUse = false;
   keptBytes += mapping.capacity;
-  if (keptBytes > kMostKept || FaultsArmed()) Unmap(mapping);
+  if (!keeps || keptBytes > kMostKept || FaultsArmed()) Unmap(mapping);
 }
 
 // A kept block that is not much too large.
@@ -187,9 +188,10 @@ void FreeBlock(void* block) {
   std::free(block);
 }
 
-void ReleaseKeptBlocks() {
+void KeepFreedBlocks(bool keep) {
   const std::lock_guard locked(mutex);
+  keeps = keep;
   for (Mapping& kept : mappings) {
-    if (kept.at != nullptr && !kept.inUse) Unmap(kept);
+    if (!keep && kept.at != nullptr && !kept.inUse) Unmap(kept);
   }
 }

@@ -19,5 +19,6 @@ void* ReallocateBlock(void* block, SIZE_T bytes);
 // Null is allowed.
 void FreeBlock(void* block);
 
-// Gives all kept memory back to the system.
-void ReleaseKeptBlocks();
+// Whether freed blocks are kept from now on; without, what was kept goes back to the system. They
+// are not until somebody asks for it.
+void KeepFreedBlocks(bool keep);

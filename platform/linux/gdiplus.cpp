@@ -61,6 +61,7 @@ Status GdiplusStartup(ULONG_PTR* token, const GdiplusStartupInput* input, Gdiplu
   if (token == nullptr || input == nullptr || input->GdiplusVersion != 1) return InvalidParameter;
   if (PlatformShouldFail("GdiplusStartup")) return OutOfMemory;
   ++startCount;
+  KeepFreedBlocks(true);  // the pages of a job follow each other
   *token = kToken;
   return Ok;
 }
@@ -72,7 +73,7 @@ void GdiplusShutdown(ULONG_PTR token) {
   }
   if (count != 1) return;
   ReleasePngCompressors();
-  ReleaseKeptBlocks();
+  KeepFreedBlocks(false);
 }
 
 namespace DllExports {

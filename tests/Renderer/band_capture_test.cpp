@@ -143,6 +143,22 @@ TEST_F(BandCapture, LowDepthsKeepAColourTable) {
   EXPECT_FALSE(SendBand(0, 4, 4));  // the palette is gone
 }
 
+TEST_F(BandCapture, BandOfOneStateDoesNotReachTheOther) {
+  SendBand(0, 100, 200);
+  COemPDEV older = state;
+  EXPECT_TRUE(SendBand(0, 100, 200, 77));
+  EXPECT_EQ(older.dwBitmapBufferSize, 60000u);
+  EXPECT_EQ(state.dwBitmapBufferSize, 120000u);
+  EXPECT_NE(older.pBitmapBuffer, state.pBitmapBuffer);
+  state.pBitmapBuffer[0] = 0xAB;
+  EXPECT_EQ(older.pBitmapBuffer[0], Pattern(0));
+  older.ResetPage();
+  EXPECT_TRUE(SendBand(0, 100, 200, 5));  // alone again
+  EXPECT_EQ(At(59999), Pattern(59999));
+  EXPECT_EQ(At(60000), Pattern(77));
+  EXPECT_EQ(At(120000), Pattern(5));
+}
+
 TEST_F(BandCapture, CopiedStateSharesThePageUntilTheLastHolderGoes) {
   auto newer = std::make_unique<COemPDEV>();
   {

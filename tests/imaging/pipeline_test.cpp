@@ -116,6 +116,58 @@ TEST_F(Pipeline, EmptyPlaneLeavesTheKeptOne) {
   EXPECT_EQ(device.Downloads("1").size(), 1u);
 }
 
+// Memory is re-used from page to page: nothing of a page may show on the next one, whatever stages
+// it runs through. While a fault hook is there, nothing is re-used.
+TEST_F(Pipeline, PageNeverShowsThroughOnTheNext) {
+  struct Row {
+    INT width, height, offsetX;
+    SHORT orientation;
+    DWORD mode;
+    DWORD crop;
+  };
+  const Row rows[] = {{333, 150, 0, 1, 1, 0}, {333, 150, 40, 2, 1, 0}, {150, 333, 3, 2, 2, 0},
+                      {331, 151, 0, 1, 2, 1}, {90, 60, 9, 1, 1, 1},    {700, 40, 0, 2, 1, 1}};
+  const RandomPage dirt(350, 340, {kBlack, kWhitePixel, kRed, 0x808080}, 5);
+  const auto files = [this] {
+    std::vector<std::string> pngs;
+    for (const std::string& write : device.writes) {
+      if (write.starts_with("\x89PNG")) pngs.push_back(write);
+    }
+    return pngs;
+  };
+  const auto forget = [this] {
+    device.state.KeepBackground(nullptr);
+    device.state.KeepHighlight(nullptr);
+  };
+  for (const Row& row : rows) {
+    // Mostly paper, with grey and red and an edge left blank.
+    const RandomPage spots(row.width, row.height, {0x606060, kRed, kBlack}, 8);
+    RandomPage page(row.width, row.height, {kWhitePixel});
+    for (INT i = 0; i < row.width * row.height; ++i) {
+      if (i % row.width > 20 && i / row.width > 10 && i % 11 < 3) page.pixels[i] = spots.pixels[i];
+    }
+    device.devmode.dwColorMode = row.mode;
+    device.devmode.crHighlightColor = 0x000000FF;
+    device.devmode.bCropToContent = row.crop;
+    device.devmode.dwRotation = row.crop;
+    device.state.gdiPhysOffsetX = row.offsetX;
+    device.publicDevmode.dmOrientation = row.orientation;
+    PlatformSetFaultHook([](const char*, void*) { return false; }, nullptr);
+    EXPECT_EQ(Process(page), 1);
+    const std::vector<std::string> alone = files();
+    EXPECT_EQ(alone.size(), row.mode);
+    PlatformSetFaultHook(nullptr, nullptr);
+    for (int round = 0; round < 3; ++round) {
+      forget();
+      EXPECT_EQ(Process(dirt), 1);
+      forget();
+      EXPECT_EQ(Process(page), 1);
+      EXPECT_TRUE(files() == alone) << row.width << " x " << row.height;
+    }
+    forget();
+  }
+}
+
 TEST_F(Pipeline, PageWithoutColourModeIsNotSent) {
   for (const DWORD mode : {0u, 3u, 0xFFFFFFFFu}) {
     device.devmode.dwColorMode = mode;

@@ -186,6 +186,54 @@ TEST_F(GdiPlus, PageWrittenAsBitsHasTheirPixels) {
   }
 }
 
+// A page that is kept as bits is drawn from, drawn on, cleared and saved like any other.
+TEST_F(GdiPlus, PageKeptAsBitsIsAPageToEveryCall) {
+  const auto page = RandomBitmap(45, 30, PixelFormat24bppRGB);
+  const auto dots = RandomBitmap(45, 30, PixelFormat1bppIndexed);
+  const auto keepAsBits = [&] {
+    BitmapData data;
+    ASSERT_EQ(GdipBitmapLockBits(page->nativeImage, nullptr, ImageLockModeWrite,
+                                 PixelFormat1bppIndexed, &data),
+              Ok);
+    const BitmapData from = Lock(*dots);
+    std::memcpy(data.Scan0, from.Scan0, from.Stride * 30);
+  };
+  const auto expectDots = [&](Bitmap& bitmap, INT dx, INT dy, DWORD outside) {
+    for (INT i = 0; i < 45 * 30; ++i) {
+      const INT x = i % 45, y = i / 45;
+      const bool inside = x >= dx && y >= dy;
+      ASSERT_EQ(Pixel(bitmap, x, y), inside ? Pixel(*dots, x - dx, y - dy) : outside)
+          << x << " " << y;
+    }
+  };
+  for (const PixelFormat format : {PixelFormat24bppRGB, PixelFormat1bppIndexed}) {
+    keepAsBits();
+    Bitmap target(45, 30, format);
+    Graphics onTarget(&target);
+    onTarget.Clear(0xFFFFFFFF);
+    onTarget.DrawImage(page.get(), 7, 3);
+    expectDots(target, 7, 3, 0xFFFFFF);
+    keepAsBits();
+    onTarget.DrawImage(page.get(), 0, 0);
+    expectDots(target, 0, 0, 0);
+  }
+  keepAsBits();
+  const PngImage png = DecodePng(Png(*page));
+  ASSERT_EQ(png.colorType, PNG_COLOR_TYPE_RGB);
+  for (unsigned i = 0; i < 45 * 30; ++i)
+    ASSERT_EQ(png.grey[i] * 0x010101u, Pixel(*dots, i % 45, i / 45));
+  keepAsBits();
+  Graphics onPage(page.get());
+  Bitmap red(1, 1, PixelFormat24bppRGB);
+  Graphics(&red).Clear(0xFFFF0000);
+  onPage.DrawImage(&red, 44, 29);
+  EXPECT_EQ(Pixel(*page, 44, 29), 0xFF0000u);
+  EXPECT_EQ(Pixel(*page, 43, 29), Pixel(*dots, 43, 29));
+  keepAsBits();
+  onPage.Clear(0xFF00FF00);
+  EXPECT_EQ(Pixel(*page, 0, 0), 0x00FF00u);
+}
+
 TEST_F(GdiPlus, SavesPngOfTheBitmapsDepth) {
   ASSERT_EQ(std::u16string(Encoders()->MimeType), u"image/png");
   for (const PixelFormat format : {PixelFormat24bppRGB, PixelFormat1bppIndexed}) {

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -59,7 +60,11 @@ TEST_F(Memory, IsKeptForTheNextPageAndGivenBackAtTheEnd) {
   if (kSanitized) GTEST_SKIP() << "every block is heap memory";
   EXPECT_GT(FaultsOfAPage(), 500);
   EXPECT_LT(FaultsOfAPage(), 50);
+  void* last = LocalAlloc(LMEM_FIXED, kPage);
   Stop();
+  LocalFree(last);
+  EXPECT_GT(FaultsOfAPage(), 500);
+  EXPECT_GT(FaultsOfAPage(), 500);
   Start();
   EXPECT_GT(FaultsOfAPage(), 500);
   PlatformSetFaultHook([](const char*, void*) { return false; }, nullptr);
@@ -144,6 +149,40 @@ TEST_F(Memory, BlockThatCannotGrowStaysAsItWas) {
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_TRUE(IsFilled(block, size, 7)) << size;
     LocalFree(block);
+  }
+}
+
+// Any mix of writing, seeking and sizing against a plain string; what was never written is zero,
+// though the memory held something before.
+TEST_F(Memory, StreamHoldsWhatWasWritten) {
+  std::mt19937 random(4);
+  for (int round = 0; round < 30; ++round) {
+    void* dirt = LocalAlloc(LMEM_FIXED, 200000);
+    std::memset(dirt, 0xEE, 200000);
+    LocalFree(dirt);
+    ComPtr<IStream> stream;
+    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    std::string expected;
+    for (int step = 0; step < 12; ++step) {
+      const std::size_t at = random() % 60000;
+      if (random() % 4 == 0) {
+        ASSERT_EQ(stream->SetSize(at), S_OK);
+        expected.resize(at);
+        continue;
+      }
+      const std::string piece(1 + random() % 9000, static_cast<char>('a' + step));
+      if (expected.size() < at + piece.size()) expected.resize(at + piece.size());
+      expected.replace(at, piece.size(), piece);
+      ULARGE_INTEGER position = 0;
+      ASSERT_EQ(stream->Seek(static_cast<LARGE_INTEGER>(at), STREAM_SEEK_SET, &position), S_OK);
+      ASSERT_EQ(stream->Write(piece.data(), static_cast<ULONG>(piece.size()), nullptr), S_OK);
+    }
+    std::string content(expected.size() + 1, '\0');
+    ULONG read = 0;
+    ASSERT_EQ(stream->Seek(0, STREAM_SEEK_SET, nullptr), S_OK);
+    ASSERT_EQ(stream->Read(content.data(), static_cast<ULONG>(content.size()), &read), S_OK);
+    content.resize(read);
+    ASSERT_EQ(content, expected) << "round " << round;
   }
 }
 
