@@ -57,7 +57,11 @@ std::string FormatFixed(DWORD value, int decimals) {
 void SpoolWrite(PDEVOBJ pdevobj, std::string_view bytes) {
   if (bytes.empty()) return;
   const DWORD length = static_cast<DWORD>(bytes.size());
-  pdevobj->pDrvProcs->DrvWriteSpoolBuf(pdevobj, const_cast<char*>(bytes.data()), length);
+  try {
+    pdevobj->pDrvProcs->DrvWriteSpoolBuf(pdevobj, const_cast<char*>(bytes.data()), length);
+  } catch (...) {
+    // A spooler that raises has failed like any other: the job goes on and the bytes are counted.
+  }
   DeviceState(pdevobj)->job.dwJobBytesWritten += length;
 }
 
