@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "platform/system_file.h"
@@ -16,7 +17,8 @@ bool ReadWholeFile(const std::string& path, std::string& content);
 // One line in the event log about a state file that cannot be used.
 void ReportMalformedFile(const std::string& path, const std::string& why);
 
-// Keeps what Parse made of the file of that name in the home folder. Thread-safe.
+// Keeps what Parse made of the file of that name in the home folder. Thread-safe. Get throws
+// std::bad_alloc and nothing else.
 template <typename Content>
 class WatchedFile {
  public:
@@ -38,7 +40,10 @@ class WatchedFile {
       return m_missing;
     }
     if (path == m_path && SameFile(status)) return m_content;
-    m_content = Read(path);
+    // A file that cannot be opened now is looked at again at the next call.
+    std::string text;
+    if (!ReadWholeFile(path, text)) return m_missing;
+    m_content = Parsed(path, text);
     m_path = path;
     m_status = status;
     return m_content;
@@ -50,11 +55,11 @@ class WatchedFile {
            status.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
            status.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
   }
-  std::shared_ptr<const Content> Read(const std::string& path) {
-    std::string text;
-    if (!ReadWholeFile(path, text)) return m_missing;
+  std::shared_ptr<const Content> Parsed(const std::string& path, const std::string& text) {
     try {
       return std::make_shared<const Content>(m_parse(text));
+    } catch (const std::bad_alloc&) {
+      throw;  // no fault of the file's: it is read again at the next call
     } catch (const std::exception& error) {
       ReportMalformedFile(path, error.what());
       return m_missing;
