@@ -9,6 +9,7 @@
 namespace {
 
 constexpr std::string_view kTooLong = "Error 111";
+constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
 
 struct LetterEscape {
   char letter;
@@ -90,6 +91,8 @@ std::string ReadTextFile(std::string_view path) {
   if (file == nullptr) return content;
   char buffer[4096];
   while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get())) {
+    // No block for a printer is that long: the file has no end, and the job would have none.
+    if (content.size() + count > kMostFileBytes) return {};
     content.append(buffer, count);
   }
   return content;
