@@ -25,6 +25,7 @@ LONG PixelsOf(DWORD lengthUm, ULONG dpi) {
 
 // Micrometres in steps of 100.
 LONG SizeOf(LONG pixels, ULONG dpi) {
+  if (dpi == 0) return 0;  // such a page has no pixels either
   const float steps =
       static_cast<float>(pixels) * 10000.0f * 2.54f / static_cast<float>(dpi) / 100.0f;
   return static_cast<LONG>(100u * static_cast<DWORD>(ToLong(std::round(steps))));
