@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <new>
 
 #include "platform/fault.h"
@@ -65,8 +64,8 @@ LSTATUS RegEnumKeyExW(HKEY hKey, DWORD dwIndex, LPWSTR lpName, LPDWORD lpcchName
   if (PlatformShouldFail("RegEnumKeyExW")) return ERROR_OUTOFMEMORY;
   const OpenKey key = KeyOf(hKey);
   if (key == nullptr) return ERROR_INVALID_HANDLE;
-  if (dwIndex >= key->subkeys.size()) return ERROR_NO_MORE_ITEMS;
-  const std::u16string& name = std::next(key->subkeys.begin(), dwIndex)->second.name;
+  if (dwIndex >= key->numbered.size()) return ERROR_NO_MORE_ITEMS;
+  const std::u16string& name = key->numbered[dwIndex]->name;
   if (*lpcchName <= name.size()) return ERROR_MORE_DATA;
   std::copy_n(name.c_str(), name.size() + 1, lpName);
   *lpcchName = static_cast<DWORD>(name.size());

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::u16string_view kHeader = u"Windows Registry Editor Version 5.00";
 constexpr std::u16string_view kCurrentUser = u"HKEY_CURRENT_USER";
+constexpr int kMostLevels = 512;  // the platform's own limit
 
 std::u16string Decode(const std::string& bytes) {
   if (bytes.starts_with("\xFF\xFE")) {
@@ -82,7 +83,9 @@ class Parser {
     RegistryKey* key = &m_root;
     RegistryKey* parent = nullptr;
     std::u16string folded;
+    int levels = 0;
     for (std::size_t at = rootEnd; at < path.size();) {
+      if (++levels > kMostLevels) Fail("a key lies deeper than 512 levels");
       const std::size_t end = std::min(path.find(u'\\', at + 1), path.size());
       const std::u16string_view name = path.substr(at + 1, end - at - 1);
       folded = FoldedCase(name);
@@ -204,4 +207,20 @@ class Parser {
 
 }  // namespace
 
-RegistryKey ParseRegistryFile(const std::string& bytes) { return Parser(Decode(bytes)).Run(); }
+namespace {
+
+void NumberSubkeys(RegistryKey& key) {
+  key.numbered.reserve(key.subkeys.size());
+  for (auto& [name, subkey] : key.subkeys) {
+    key.numbered.push_back(&subkey);
+    NumberSubkeys(subkey);
+  }
+}
+
+}  // namespace
+
+RegistryKey ParseRegistryFile(const std::string& bytes) {
+  RegistryKey root = Parser(Decode(bytes)).Run();
+  NumberSubkeys(root);
+  return root;
+}
