@@ -1,0 +1,33 @@
+// Pages as PNG files and PNM streams. A page that is taken has the pixels that it says.
+
+#include <cstdlib>
+#include <new>
+
+#include "fuzz/input.h"
+#include "host/error.h"
+#include "host/page_reader.h"
+
+extern "C" const char* __asan_default_options() {
+  return "allocator_may_return_null=1:max_allocation_size_mb=64";
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  std::FILE* file = fmemopen(const_cast<std::uint8_t*>(data), size, "rb");
+  if (file == nullptr) return 0;
+  try {
+    PageImage page;
+    if (data[0] == 0x89) {
+      ReadPng(file, "case", page);
+      if (page.pixels.size() < page.strideBytes * page.heightPx) std::abort();
+    } else {
+      while (ReadPnm(file, "case", page)) {
+        if (page.pixels.size() < page.strideBytes * page.heightPx) std::abort();
+      }
+    }
+  } catch (const HostError&) {
+  } catch (const std::bad_alloc&) {
+  }
+  std::fclose(file);
+  return 0;
+}

@@ -1,0 +1,86 @@
+// A whole job from bytes: what fails when, changes to both records, then calls in any order.
+
+#include <cstdlib>
+
+#include "fuzz/input.h"
+#include "tests/torture/faults.h"
+#include "tests/torture/machine.h"
+
+namespace {
+
+constexpr std::size_t kMostVerbs = 64;
+
+void ChangeRecords(Input& input, Machine& machine) {
+  for (BYTE count = input.Take<BYTE>() % 16; count > 0; --count) {
+    const WORD offset = input.Take<WORD>();
+    const DWORD value = input.Take<DWORD>();
+    // A block that names a file reads whatever the machine holds; those have tests of their own.
+    if (offset <= sizeof(OEMDEV) - sizeof value) {
+      std::memcpy(reinterpret_cast<BYTE*>(machine.devmode.get()) + offset, &value, sizeof value);
+    } else {
+      SHORT* fields[] = {&machine.publicDevmode.dmOrientation, &machine.publicDevmode.dmPaperWidth,
+                         &machine.publicDevmode.dmPaperLength, &machine.publicDevmode.dmCopies,
+                         &machine.publicDevmode.dmYResolution, &machine.publicDevmode.dmCollate};
+      *fields[offset % std::size(fields)] = static_cast<SHORT>(value);
+    }
+  }
+}
+
+void RawBand(Input& input, Machine& machine) {
+  BITMAPINFOHEADER header = {40, 0, 0, 1, 24, 0, 0, 0, 0, 0, 0};
+  header.biWidth = input.Take<LONG>();
+  header.biHeight = input.Take<LONG>();
+  header.biSizeImage = input.Take<WORD>();
+  machine.bandFormat = input.Take<BYTE>();
+  const POINT at = {input.Take<LONG>(), input.Take<LONG>()};
+  const BOOL blank = input.Take<BYTE>() & 1;
+  // The block is as long as the header says; a header that names no size stands for whole rows.
+  const std::int64_t rows = (std::int64_t{header.biWidth} * 24 + 31) / 32 * 4 * header.biHeight;
+  std::int64_t size = header.biSizeImage;
+  if (size == 0 && rows > 0 && rows < 0x10000) size = rows;
+  const std::string bytes(static_cast<std::size_t>(size), '\x55');
+  const bool null = blank || size == 0;
+  machine.Band(header, null ? nullptr : reinterpret_cast<const BYTE*>(bytes.data()),
+               {sizeof(IPPARAMS), at, nullptr, blank});
+  machine.bandFormat = 5;
+}
+
+}  // namespace
+
+extern "C" const char* __asan_default_options() {
+  return "allocator_may_return_null=1:max_allocation_size_mb=32";
+}
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  setenv("VLX_HOME", "/nonexistent", 1);
+  Machine::LoadPlugin();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const int loaded = LLVMFuzzerInitialize(nullptr, nullptr);
+  static_cast<void>(loaded);
+  Input input(data, size);
+  {
+    Machine machine;
+    machine.widthPx = 24;
+    machine.heightPx = 12;
+    const BYTE fault = input.Take<BYTE>();
+    const WORD chance = input.Take<WORD>();
+    ChangeRecords(input, machine);
+    machine.Run("OVN");
+    if (fault & 1) Arm(fault & 2 ? Domain::Memory : Domain::Calls, 1 + chance % 512, fault & 4);
+    for (std::size_t i = 0; i < kMostVerbs && !input.Ended(); ++i) {
+      const char verb = input.Take<char>();
+      if (verb == 'B' && machine.objectReferences > 0) {
+        RawBand(input, machine);
+      } else {
+        machine.Do(verb);
+      }
+    }
+    Disarm();
+    ForgetFailed();
+  }
+  if (Machine::CanUnloadNow() != S_OK) std::abort();
+  return 0;
+}

@@ -1,0 +1,227 @@
+// What can fail fails: every call of the platform, every request for memory, every write.
+
+#include <algorithm>
+
+#include "tests/torture/faults.h"
+#include "tests/torture/scenarios.h"
+#include "tests/torture/torture.h"
+
+namespace {
+
+// What a job may look like when a platform call fails: whether what is written may read otherwise
+// (and not only be missing), and which of the lines, parted by '|', the log then has.
+struct FailedCall {
+  const char* name;
+  bool mayChange;
+  const char* lines;
+};
+
+constexpr const char* kEmission = "SendImageToPrinter END (0)|page image";
+constexpr const char* kPage = "= 0 &&|END (E_FAIL|OEMStartDoc END|page image";
+constexpr const char* kNoStocks = "no papers defined";
+
+constexpr FailedCall kFailedCalls[] = {
+    {"CoCreateGuid", true, kNoStocks},
+    {"CreateStreamOnHGlobal", false, "CreateStreamOnHGlobal for pPngStream|page image"},
+    {"EngCreatePalette", false, "error handling BMF_"},
+    {"GdipAlloc", true, ""},
+    {"GdipBitmapLockBits", true, ""},
+    {"GdipCreateBitmapFromScan0", true, ""},
+    {"GdipDrawImageI", true, ""},
+    {"GdipDrawImageRectRectI", true, ""},
+    {"GdipGetImageEncoders", false, "GetCLSID for img/png failed|page image"},
+    {"GdipGetImageEncodersSize", false, "GetCLSID for img/png failed|page image"},
+    {"GdipGetImageGraphicsContext", true, ""},
+    {"GdipGraphicsClear", true, ""},
+    {"GdipRotateWorldTransform", true, ""},
+    {"GdipSaveImageToStream", false, "->Save failed!!!|page image"},
+    {"GdipTranslateWorldTransform", true, ""},
+    {"GdiplusStartup", false, kPage},
+    {"GetPaletteEntries", false, "error handling BMF_"},
+    {"GetPrinterW", true, kNoStocks},
+    {"GlobalAlloc", true, kNoStocks},
+    {"Halftone", false, kPage},
+    {"IStream::Read", false, kEmission},
+    {"IStream::Seek", false, kEmission},
+    {"IStream::Stat", false, kEmission},
+    {"IStream::Write", false, "->Save failed!!!|page image"},
+    {"LocalReAlloc", false, "LocalAlloc failed!"},
+    {"PngBuffer", false, "->Save failed!!!|page image"},
+    {"PngCompressor", false, "->Save failed!!!|page image"},
+    {"LocalAlloc", false, "LocalAlloc failed!|GetCLSID|error handling BMF_|END (0|page image"},
+    {"MultiByteToWideChar", true, ""},
+    {"RegEnumKeyExW", true, kNoStocks},
+    {"RegOpenKeyExW", true, kNoStocks},
+    {"RegQueryValueExW", true, ""},
+    {"Screen", false, kPage},
+    {"WideCharToMultiByte", true, ""},
+    {"_fsopen", true, ""},
+};
+
+const FailedCall* FindCall(const std::string& name) {
+  const auto* found = std::find_if(std::begin(kFailedCalls), std::end(kFailedCalls),
+                                   [&](const FailedCall& call) { return call.name == name; });
+  return found == std::end(kFailedCalls) ? nullptr : found;
+}
+
+bool HasLine(const std::string& log, std::string_view lines) {
+  while (!lines.empty()) {
+    const std::size_t end = std::min(lines.find('|'), lines.size());
+    if (log.find(lines.substr(0, end)) != log.npos) return true;
+    lines.remove_prefix(std::min(end + 1, lines.size()));
+  }
+  return false;
+}
+
+bool IsOfDownload(const std::string& write) {
+  return write.starts_with("dPNG;") || write.starts_with("\x89PNG") || write.starts_with("\x1B");
+}
+
+// How many writes of a job are not the good job's, in its order. An image may be sent again.
+std::size_t CountChanged(const Outcome& good, const Outcome& job) {
+  std::size_t at = 0, changed = 0;
+  for (const std::string& write : job.writes) {
+    const bool anywhere = IsOfDownload(write);
+    const auto found =
+        std::find(good.writes.begin() + (anywhere ? 0 : at), good.writes.end(), write);
+    if (found == good.writes.end()) {
+      ++changed;
+    } else if (!anywhere) {
+      at = found - good.writes.begin() + 1;
+    }
+  }
+  return changed;
+}
+
+// One scenario in one domain, failing at each chance in turn.
+class FaultRun {
+ public:
+  FaultRun(Report& report, const TempHome& home, const Scenario& scenario, Domain domain)
+      : m_report(report), m_home(home), m_scenario(scenario), m_domain(domain) {
+    Run(scenario, home);  // what is kept for the process's life is made here
+    m_good = Run(scenario, home);
+    m_report.Try(scenario.name);
+    if (!m_good.results.empty()) m_report.Find("the job fails by itself");
+  }
+
+  void FailFrom(int share, bool onwards) {
+    const int step = std::max(100 / share, 1);
+    for (long n = 1;; n += step) {
+      m_report.Try(std::string(m_scenario.name) + ", failure " + std::to_string(n) +
+                   (onwards ? " and all that follow" : ""));
+      const long before = LiveBlocks();
+      const bool failed = FailAt(n, onwards);
+      ForgetFailed();
+      if (!failed) break;
+      if (LiveBlocks() != before) {
+        m_report.Find(std::to_string(LiveBlocks() - before) + " blocks leak");
+      }
+      const Outcome next = Run(m_scenario, m_home);
+      if (next != m_good) m_report.Find("the next job: " + Difference(m_good, next));
+    }
+  }
+
+ private:
+  // False when the job was through before that many chances.
+  bool FailAt(long n, bool onwards) {
+    std::filesystem::resize_file(m_home.Path("log.txt"), 0);
+    const auto machine = Prepare(m_scenario, m_home);
+    Arm(m_domain, n, onwards);
+    const Outcome job = Run(*machine, m_scenario);
+    Disarm();
+    if (!HasFailed()) {
+      if (job != m_good) m_report.Find("untouched: " + Difference(m_good, job));
+      return false;
+    }
+    Judge(job, onwards);
+    return true;
+  }
+
+  void Judge(const Outcome& job, bool onwards) {
+    if (Machine::CanUnloadNow() != S_OK) m_report.Find("an object is left");
+    if (job.writes == m_good.writes) return;
+    if (!DownloadsAreWhole(job.writes)) m_report.Find("a download is written in part");
+    std::ifstream file(m_home.Path("log.txt"), std::ios::binary);
+    const std::string log{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t changed = CountChanged(m_good, job);
+    const bool mayChange = MayChange(job) || HasLine(log, kNoStocks);
+    if (changed != 0 && !mayChange) {
+      m_report.Find(std::to_string(changed) + " writes are changed (" + FailedNames() + ")");
+    }
+    const std::string_view told = "END (0|= 0 &&|E_FAIL|page image";
+    if (changed == 0 && !mayChange && job.results.empty() && !HasLine(log, told)) {
+      m_report.Find("a write is missing and nothing tells so (" + FailedNames() + ")");
+    }
+    if (m_domain == Domain::Calls && !onwards) {
+      const FailedCall* call = FindCall(*Failed().begin());
+      const bool quiet = call == nullptr || *call->lines == '\0' || HasLine(log, call->lines);
+      if (!quiet) m_report.Find(std::string("the log line of ") + call->name + " is missing");
+    }
+  }
+
+  bool MayChange(const Outcome& job) const {
+    if (m_domain == Domain::Memory) {
+      if (m_scenario.degrades != nullptr) return true;
+      // Documented: the header without the model, a page without its drawing, margins or bounds, an
+      // image that could not be kept and is sent again.
+      return std::all_of(job.writes.begin(), job.writes.end(), [this](const std::string& write) {
+        return write.starts_with(";Created") || IsOfDownload(write) ||
+               write.find(" Image") != write.npos || write.find(":Image") != write.npos ||
+               std::find(m_good.writes.begin(), m_good.writes.end(), write) != m_good.writes.end();
+      });
+    }
+    bool may = false;
+    for (const std::string& name : Failed()) {
+      const FailedCall* call = FindCall(name);
+      if (call == nullptr) m_report.Find(name + " is not in the table");
+      may |= call != nullptr && call->mayChange;
+    }
+    return may;
+  }
+
+  static std::string FailedNames() {
+    std::string names;
+    for (const std::string& name : Failed()) names += (names.empty() ? "" : ", ") + name;
+    return names;
+  }
+
+  Report& m_report;
+  const TempHome& m_home;
+  const Scenario& m_scenario;
+  const Domain m_domain;
+  Outcome m_good;
+};
+
+void FailAll(Report& report, const TempHome& home, Domain domain, int share) {
+  for (const Scenario& scenario : Scenarios()) {
+    FaultRun run(report, home, scenario, domain);
+    run.FailFrom(share, false);
+    run.FailFrom(share, true);
+  }
+}
+
+}  // namespace
+
+void FailEachCall(Report& report, const TempHome& home, int share) {
+  FailAll(report, home, Domain::Calls, share);
+}
+
+void FailEachRequestForMemory(Report& report, const TempHome& home, int share) {
+  FailAll(report, home, Domain::Memory, share);
+}
+
+// The spooler's answer is never looked at: the plug-in offers the same writes, byte for byte.
+void FailEachWrite(Report& report, const TempHome& home, int) {
+  for (const Scenario& scenario : Scenarios()) {
+    const Outcome good = Run(scenario, home);
+    for (const WriteFault fault : {WriteFault::Nothing, WriteFault::Short, WriteFault::Raise}) {
+      for (std::size_t k = 1; k <= good.writes.size(); ++k) {
+        report.Try(std::string(scenario.name) + ", write " + std::to_string(k) + " fails");
+        const auto machine = Prepare(scenario, home);
+        machine->failWrite = static_cast<long>(k);
+        machine->writeFault = fault;
+        report.Find(Difference(good, Run(*machine, scenario)));
+      }
+    }
+  }
+}

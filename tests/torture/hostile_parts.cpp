@@ -1,0 +1,287 @@
+// Records, bands and files as no honest application writes them. Under the sanitizers any wrong
+// step ends the run; here it is checked that each small job ends in bounded time with bounded
+// output.
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <iterator>
+#include <limits>
+#include <random>
+
+#include "config/oemdev_fields.h"
+#include "tests/torture/scenarios.h"
+#include "tests/torture/torture.h"
+
+namespace {
+
+constexpr std::size_t kMostBytes = 1 << 20;
+constexpr long kLongestSeconds = 10;  // of processor time
+
+// A machine between whose jobs nothing but the settings changes.
+class Victim {
+ public:
+  explicit Victim(Report& report) : m_report(report) {
+    machine.widthPx = 24;
+    machine.heightPx = 8;
+    machine.Run("OV");
+  }
+  // One whole job, from a new device context to its end.
+  void Print(const std::string& document = "SaE", const std::function<void()>& more = {}) {
+    machine.writes.clear();
+    machine.results.clear();
+    const std::clock_t start = std::clock();
+    machine.Run("N" + document);
+    if (more) more();
+    machine.Run("D");
+    if (std::clock() - start > kLongestSeconds * CLOCKS_PER_SEC) m_report.Find("it takes too long");
+    std::size_t bytes = 0;
+    for (const std::string& write : machine.writes) bytes += write.size();
+    if (bytes > kMostBytes) m_report.Find(std::to_string(bytes) + " bytes are written");
+  }
+
+  Machine machine;
+
+ private:
+  Report& m_report;
+};
+
+// A record in which every feature is on.
+OEMDEV FullRecord(const TempHome& home) {
+  Machine machine;
+  for (const char* wanted : {"text blocks", "options"}) {
+    for (const Scenario& scenario : Scenarios()) {
+      if (scenario.name == std::string_view(wanted)) scenario.prepare(machine, home);
+    }
+  }
+  machine.devmode->dwColorMode = 2;
+  return *machine.devmode;
+}
+
+void EachValueOfEachByte(Report& report, Victim& victim, const OEMDEV& base, int share) {
+  const int step = std::max(100 / share, 1);
+  auto* bytes = reinterpret_cast<BYTE*>(victim.machine.devmode.get());
+  for (std::size_t offset = 0; offset < sizeof base; ++offset) {
+    for (int value = static_cast<int>(offset) % step; value < 256; value += step) {
+      report.Try("byte " + std::to_string(offset) + " is " + std::to_string(value));
+      *victim.machine.devmode = base;
+      bytes[offset] = static_cast<BYTE>(value);
+      victim.Print();
+    }
+  }
+}
+
+void RandomRecords(Report& report, Victim& victim, const OEMDEV& base, long count) {
+  auto* bytes = reinterpret_cast<BYTE*>(victim.machine.devmode.get());
+  const auto fields = OemDevFields();
+  for (long seed = 0; seed < count; ++seed) {
+    report.Try("random record " + std::to_string(seed));
+    std::mt19937 random(static_cast<unsigned>(seed));
+    *victim.machine.devmode = base;
+    for (unsigned changes = 1 + random() % 24; changes > 0; --changes) {
+      const OemDevField& field = fields[random() % fields.size()];
+      constexpr DWORD kExtremes[] = {0, 1, 2, 4, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+      const DWORD value = random() % 2 == 0 ? kExtremes[random() % std::size(kExtremes)] : random();
+      if (field.size <= sizeof value) {
+        std::memcpy(bytes + field.offset, &value, field.size);
+      } else {
+        for (std::size_t i = 0; i < field.size; ++i) {
+          bytes[field.offset + i] = "\\{}nxX07 \xFF"[random() % 10];
+        }
+      }
+    }
+    victim.Print();
+  }
+}
+
+}  // namespace
+
+void EachByteOfTheRecord(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  EachValueOfEachByte(report, victim, FullRecord(home), share);
+}
+
+void ManyRecords(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  RandomRecords(report, victim, FullRecord(home), 3000L * share);
+}
+
+// Every length of a record, in a block of exactly that size, with heads that say something else.
+void HostileLengths(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  const OEMDEV base = FullRecord(home);
+  const std::size_t step = std::max(100 / share, 1);
+  for (std::size_t length = 0; length <= sizeof base; length += step) {
+    for (const std::size_t said : {std::size_t{0}, std::size_t{11}, std::size_t{12}, length,
+                                   sizeof base, std::size_t{0xFFFFFFFF}}) {
+      report.Try("length " + std::to_string(length) + ", said to be " + std::to_string(said));
+      const std::unique_ptr<BYTE[]> record(new BYTE[length]);
+      OEMDEV given = base;
+      given.header.dwSize = static_cast<DWORD>(said);
+      std::memcpy(record.get(), &given, length);
+      for (const DWORD mode : {OEMDM_CONVERT, OEMDM_MERGE}) {
+        DEVMODEW publicDevmode = {};
+        publicDevmode.dmSize = sizeof publicDevmode;
+        publicDevmode.dmDriverExtra = static_cast<WORD>(length);
+        OEMDMPARAM block = {};
+        block.cbSize = sizeof block;
+        block.pPublicDMIn = &publicDevmode;
+        block.pOEMDMIn = length == 0 ? nullptr : record.get();
+        block.pOEMDMOut = victim.machine.devmode.get();
+        block.cbBufSize = sizeof base;
+        if (victim.machine.DevMode(mode, &block) != S_OK) continue;
+        if (std::memchr(victim.machine.devmode->szModelCode, 0, kModelCodeSize) == nullptr) {
+          report.Find("a text without end is passed on");
+        }
+        victim.Print();
+      }
+    }
+  }
+}
+
+namespace {
+
+template <typename Row>
+Row Pick(std::mt19937& random, std::initializer_list<Row> rows) {
+  return rows.begin()[random() % rows.size()];
+}
+
+// One band whose header, offset and size have nothing to do with each other.
+void HostileBand(Machine& machine, std::mt19937& random) {
+  constexpr LONG kMost = std::numeric_limits<LONG>::max();
+  constexpr LONG kLeast = std::numeric_limits<LONG>::min();
+  BITMAPINFOHEADER header = {40, 0, 0, 1, 24, 0, 0, 0, 0, 0, 0};
+  header.biWidth = Pick<LONG>(random, {kLeast, -1, 0, 1, 5, 24, 60, 300, 1 << 13, kMost});
+  header.biHeight = Pick<LONG>(random, {kLeast, -1, 0, 1, 5, 8, 60, 300, kMost});
+  const bool small = std::max(header.biWidth, header.biHeight) <= 1 << 13 &&
+                     std::min(header.biWidth, header.biHeight) >= 0;
+  const std::int64_t fitting = small ? std::int64_t{header.biWidth} * 3 * header.biHeight : -1;
+  const DWORD size = Pick<DWORD>(random, {0, 1, 3, 4, 72, 4096, static_cast<DWORD>(fitting)});
+  const bool blank = random() % 4 == 0;
+  header.biSizeImage = blank || size < 100000 ? size : 4096;
+  const auto offset = [&] { return Pick<LONG>(random, {kLeast, -60, -5, 0, 3, 1 << 13, kMost}); };
+  const IPPARAMS parameters = {sizeof parameters, {offset(), offset()}, nullptr, blank};
+  std::vector<BYTE> bytes(blank ? 0 : header.biSizeImage, 0x55);
+  // A header that names no size stands for whole rows.
+  if (header.biSizeImage == 0 && fitting >= 0 && fitting < 100000) bytes.resize(fitting + 4096);
+  const bool null = blank || random() % 8 == 0 || bytes.empty();
+  machine.bandFormat = random() % 7;
+  machine.Band(header, null ? nullptr : bytes.data(), parameters);
+}
+
+void HostileBands(Report& report, Victim& victim, long count) {
+  for (long seed = 0; seed < count; ++seed) {
+    report.Try("hostile bands " + std::to_string(seed));
+    std::mt19937 random(static_cast<unsigned>(seed));
+    victim.machine.publicDevmode.dmOrientation = Pick<SHORT>(random, {1, 2, 2, 3});
+    victim.machine.devmode->dwColorMode = 1 + random() % 2;
+    victim.machine.devmode->bCropToContent = random() % 2;
+    victim.Print("Sp", [&] {
+      for (unsigned bands = 1 + random() % 4; bands > 0; --bands) {
+        HostileBand(victim.machine, random);
+      }
+      victim.machine.bandFormat = 5;
+      victim.machine.Run("saE");
+    });
+  }
+}
+
+}  // namespace
+
+void HostilePages(Report& report, const TempHome&, int share) {
+  Victim victim(report);
+  const auto number = [](std::mt19937& random) {
+    return Pick<SHORT>(random, {-32768, -1, 0, 1, 2, 203, 300, 32767});
+  };
+  const DEVMODEW usual = victim.machine.publicDevmode;
+  for (long seed = 0; seed < 1000L * share; ++seed) {
+    report.Try("hostile paper " + std::to_string(seed));
+    std::mt19937 random(static_cast<unsigned>(seed));
+    DEVMODEW& devmode = victim.machine.publicDevmode;
+    devmode.dmOrientation = Pick<SHORT>(random, {-1, 0, 1, 2, 3});
+    for (SHORT* field : {&devmode.dmPaperWidth, &devmode.dmPaperLength, &devmode.dmCopies,
+                         &devmode.dmYResolution, &devmode.dmCollate}) {
+      *field = number(random);
+    }
+    victim.machine.devmode->bCropToContent = random() % 2;
+    for (DWORD* margin : {&victim.machine.devmode->dwUnprintableLeft,
+                          &victim.machine.devmode->dwUnprintableBottom}) {
+      *margin = Pick<DWORD>(random, {0, 1000, 0x7FFFFFFF, 0xFFFFFFFF});
+    }
+    victim.machine.dpi = Pick<LONG>(random, {0, 1, 203, 600, 65535, 0x7FFFFFFF, -1});
+    victim.Print();
+  }
+  victim.machine.publicDevmode = usual;
+  victim.machine.dpi = 203;
+  HostileBands(report, victim, 1000L * share);
+}
+
+namespace {
+
+constexpr const char* kStocks =
+    "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks";
+
+void HostileRegistry(Report& report, const TempHome& home, Victim& victim, int share) {
+  const std::string head = "Windows Registry Editor Version 5.00\n\n" + std::string(kStocks);
+  const std::string good = head + "\\One]\n\"DisplayName\"=\"Eins\"\n\"UnprintableLeft\"=dword:1\n";
+  std::vector<std::string> files = {"", "\xFF\xFE", "\xFF\xFE\x57", head, head + "\\One]\n\"Id\""};
+  for (const char* value : {"hex(1):41", "hex(1):41,00,42", "hex(1):", "hex:01,02,03", "dword:1",
+                            "hex(ffffffff):00", "\"{0}\"", "\"\""}) {
+    std::string file = head + "\\One]\n";
+    for (const char* name : {"DisplayName", "Id", "UnprintableLeft", "UnprintableTop"}) {
+      file += "\"" + std::string(name) + "\"=" + value + "\n";
+    }
+    files.push_back(file);
+  }
+  files.push_back(head + "\\One]\n\"DisplayName\"=\"" + std::string(70000, 'x') + "\"\n");
+  files.push_back(head + "\\" + std::string(70000, 'n') + "]\n\"Id\"=\"x\"\n");
+  files.push_back(head + std::string(20000, '\\') + "]\n");
+  for (std::size_t length = 0; length < good.size(); ++length)
+    files.push_back(good.substr(0, length));
+  std::string many = "Windows Registry Editor Version 5.00\n";
+  for (int i = 0; i < 1000 * share; ++i) {
+    many += kStocks + ("\\" + std::to_string(i)) + "]\n\"UnprintableLeft\"=dword:1\n";
+  }
+  files.push_back(many);
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    report.Try("registry file " + std::to_string(i));
+    home.WriteFile("registry.reg", files[i]);
+    victim.Print();
+    if (!victim.machine.results.empty()) report.Find("the job fails");
+  }
+}
+
+// A block that names something else than a text file is empty, and the job goes on.
+void HostileBlocks(Report& report, const TempHome& home, Victim& victim) {
+  mkfifo(home.Path("fifo").c_str(), 0600);
+  home.WriteFile("endless", "");
+  std::filesystem::resize_file(home.Path("endless"), std::uintmax_t{1} << 42);
+  std::filesystem::create_symlink(home.Path("loop"), home.Path("loop"));
+  victim.Print();
+  const std::size_t usual = victim.machine.writes.size();
+  for (const std::string& path :
+       {home.Path(""), home.Path("fifo"), home.Path("endless"), home.Path("vanished"),
+        home.Path("loop"), std::string("/dev/zero"), std::string("/dev/stdin"),
+        std::string("/proc/self/mem"), std::string()}) {
+    report.Try("a block names \"" + path + "\"");
+    for (int k = 0; k < kCustomBlockCount; ++k) {
+      (&victim.machine.devmode->wCustomType0)[k] = kBlockFile;
+      char* text = victim.machine.devmode->szCustomText0 + k * kCustomTextSize;
+      text[path.copy(text, kCustomTextSize - 1)] = '\0';
+    }
+    victim.Print();
+    if (!victim.machine.results.empty()) report.Find("the job fails");
+    if (victim.machine.writes.size() != usual) report.Find("the block is not empty");
+  }
+}
+
+}  // namespace
+
+void HostileFiles(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  HostileBlocks(report, home, victim);
+  *victim.machine.devmode = *Machine().devmode;
+  HostileRegistry(report, home, victim, share);
+}

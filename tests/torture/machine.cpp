@@ -1,0 +1,341 @@
+#include "tests/torture/machine.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/palette.h"
+#include "platform/spooler.h"
+#include "tests/torture/faults.h"
+
+namespace {
+
+constexpr CLSID kClass = {
+    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
+
+HRESULT (*getClassObject)(REFCLSID, REFIID, void**) = nullptr;
+HRESULT (*canUnloadNow)() = nullptr;
+
+// Calls into the plug-in; only there do injected failures happen.
+template <typename Call>
+auto Inside(Call&& call) {
+  const InsidePlugin inside;
+  return call();
+}
+
+// 0xRRGGBB of a pixel: a has both colours, b only the black of it, c another picture.
+DWORD PixelOf(char picture, LONG x, LONG y) {
+  const DWORD checks = (x / 3 + y / 5) % 2 == 0 ? 0x000000 : 0xFFFFFF;
+  if (picture == 'c') return y > 8 && y < 20 && x % 7 == 0 ? 0x404040 : 0xFFFFFF;
+  if (x >= 20) return checks;
+  return picture == 'a' ? 0xFF0000 : 0xFFFFFF;
+}
+
+}  // namespace
+
+// The driver's helper interface; counts what the plug-in holds.
+struct Machine::Helper : IPrintOemDriverUni {
+  explicit Helper(Machine& owner) : machine(owner) {}
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    *ppv = nullptr;
+    if (riid != IID_IPrintOemDriverUni) return E_NOINTERFACE;
+    AddRef();
+    *ppv = static_cast<IPrintOemDriverUni*>(this);
+    return S_OK;
+  }
+  ULONG AddRef() override { return static_cast<ULONG>(++machine.helperReferences); }
+  ULONG Release() override { return static_cast<ULONG>(--machine.helperReferences); }
+  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
+    *written = machine.Write(bytes, size);
+    return S_OK;
+  }
+  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
+  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
+  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_NOTIMPL; }
+  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
+                        POINTL*, MIX) override {
+    return E_NOTIMPL;
+  }
+  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_NOTIMPL; }
+
+  Machine& machine;
+};
+
+void Machine::LoadPlugin() {
+  void* module = dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) {
+    std::fprintf(stderr, "%s\n", dlerror());
+    std::exit(2);
+  }
+  getClassObject = reinterpret_cast<decltype(getClassObject)>(dlsym(module, "DllGetClassObject"));
+  canUnloadNow = reinterpret_cast<decltype(canUnloadNow)>(dlsym(module, "DllCanUnloadNow"));
+}
+
+HRESULT Machine::CanUnloadNow() { return canUnloadNow(); }
+
+Machine::Machine()
+    : devmode(std::make_unique<OEMDEV>()), m_helper(std::make_unique<Helper>(*this)) {
+  *devmode = {};
+  devmode->header = {sizeof(OEMDEV), kOemDevSignature, kOemDevVersion};
+  devmode->dwColorMode = 1;
+  devmode->dwSpeed = 100;
+  devmode->crHighlightColor = 0xFF;
+  devmode->nColorTolerance = 25;
+  devmode->wDitherer = 1;
+  publicDevmode.dmOrientation = DMORIENT_PORTRAIT;
+  publicDevmode.dmPaperWidth = 500;
+  publicDevmode.dmPaperLength = 300;
+  publicDevmode.dmCopies = 1;
+  publicDevmode.dmYResolution = 203;
+  m_procedures.DrvWriteSpoolBuf = WriteSpool;
+  WCHAR printer[] = WTEXT("Label Printer");
+  OpenPrinterW(printer, &m_printer, nullptr);
+  if (getClassObject(kClass, IID_IClassFactory, reinterpret_cast<void**>(&m_factory)) != S_OK) {
+    std::abort();
+  }
+}
+
+Machine::~Machine() {
+  Do('D');
+  while (driverStarts > 0 && m_plugin != nullptr) Do('v');
+  while (m_plugin != nullptr) Do('o');
+  while (locks > 0) Do('U');
+  m_factory->Release();
+  ClosePrinter(m_printer);
+}
+
+DWORD Machine::Write(const void* bytes, DWORD size) {
+  const OutsidePlugin outside;
+  writes.emplace_back(static_cast<const char*>(bytes), size);
+  if (static_cast<long>(writes.size()) != failWrite) return size;
+  if (writeFault == WriteFault::Raise) throw 1;
+  return writeFault == WriteFault::Short ? size / 2 : 0;
+}
+
+DWORD APIENTRY Machine::WriteSpool(PDEVOBJ device, PVOID bytes, DWORD size) {
+  return static_cast<Machine*>(device->hEngine)->Write(bytes, size);
+}
+
+template <typename Function>
+Function Machine::Hook(ULONG index) const {
+  for (ULONG i = 0; i < m_hooks.c; ++i) {
+    if (m_hooks.pdrvfn[i].iFunc == index) {
+      return reinterpret_cast<Function>(m_hooks.pdrvfn[i].pfn);
+    }
+  }
+  return nullptr;
+}
+
+bool Machine::NewContext(DEVOBJ& device) {
+  device = {sizeof device, nullptr, this, m_printer, &publicDevmode, devmode.get(), &m_procedures};
+  static DRVFN functions[] = {
+      {35, reinterpret_cast<PFN>(+[](SURFOBJ*, LPWSTR, DWORD) { return BOOL{TRUE}; })},
+      {34, reinterpret_cast<PFN>(+[](SURFOBJ*, FLONG) { return BOOL{TRUE}; })},
+      {33, reinterpret_cast<PFN>(+[](SURFOBJ*) { return BOOL{TRUE}; })},
+      {32, reinterpret_cast<PFN>(+[](SURFOBJ*) { return BOOL{TRUE}; })},
+      {57, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })},
+      {58, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })}};
+  DRVENABLEDATA own = {0x10000, 6, functions};
+  GDIINFO info = {};
+  info.cBitsPixel = paletteColors == 0 ? 24 : 8;
+  info.ulLogPixelsX = info.ulLogPixelsY = static_cast<ULONG>(dpi);
+  if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
+  m_devInfo = {};
+  ULONG colors[256] = {};
+  if (paletteColors != 0) {
+    m_devInfo.hpalDefault = EngCreatePalette(PAL_INDEXED, paletteColors, colors, 0, 0, 0);
+  }
+  m_surface.dhpdev = &m_device;
+  return Inside([&] {
+           return m_plugin->EnablePDEV(&device, nullptr, 0, nullptr, sizeof info, &info,
+                                       sizeof m_devInfo, &m_devInfo, &own, &device.pdevOEM);
+         }) == S_OK;
+}
+
+bool Machine::Reset() {
+  DEVOBJ old = m_device;
+  bool done = NewContext(m_device);
+  done = done && Inside([&] { return m_plugin->ResetPDEV(&old, &m_device); }) == S_OK;
+  Inside([&] { return m_plugin->DisablePDEV(&old); });
+  const auto start = Hook<PFN_DrvStartDoc>(35);
+  return done && start != nullptr && Inside([&] { return start(&m_surface, nullptr, 0); });
+}
+
+HRESULT Machine::Band(const BITMAPINFOHEADER& header, const BYTE* pixels,
+                      const IPPARAMS& parameters) {
+  BITMAPINFOHEADER ownHeader = header;
+  IPPARAMS ownParameters = parameters;
+  PBYTE result = nullptr;
+  return Inside([&] {
+    return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(pixels), &ownHeader, nullptr,
+                                     bandFormat, &ownParameters, &result);
+  });
+}
+
+HRESULT Machine::DevMode(DWORD mode, POEMDMPARAM parameters) {
+  return m_plugin->DevMode(mode, parameters);
+}
+
+bool Machine::BandAt(LONG position) {
+  const bool landscape = publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;
+  const LONG length = std::min(bandPx, (landscape ? widthPx : heightPx) - position);
+  const LONG width = landscape ? length : widthPx;
+  const LONG height = landscape ? heightPx : length;
+  const POINT at = landscape ? POINT{position, 0} : POINT{0, position};
+  const LONG stride = (3 * width + 3) / 4 * 4;
+  std::vector<BYTE> bytes(static_cast<std::size_t>(stride) * height, 0xAA);
+  for (LONG y = 0; y < height; ++y) {
+    for (LONG x = 0; x < width; ++x) {
+      const DWORD rgb = PixelOf(m_picture, at.x + x, at.y + y);
+      for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
+    }
+  }
+  const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, static_cast<DWORD>(bytes.size()),
+                                   0,  0,     0,      0};
+  if (Band(header, bytes.data(), {sizeof(IPPARAMS), at, nullptr, FALSE}) != S_OK) return false;
+  POINTL next = {at.x, at.y};
+  const auto hook = Hook<PFN_DrvNextBand>(58);
+  return hook != nullptr && Inside([&] { return hook(&m_surface, &next); });
+}
+
+bool Machine::Page(char picture) {
+  m_picture = picture;
+  if (!Do('p')) return false;
+  const bool landscape = publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;
+  const LONG count = ((landscape ? widthPx : heightPx) + bandPx - 1) / bandPx;
+  POINTL at = {0, 0};
+  Inside([&] { return Hook<PFN_DrvStartBanding>(57)(&m_surface, &at); });
+  for (LONG i = 0; i < count; ++i) {
+    if (!BandAt(bandPx * (landscape ? count - 1 - i : i))) return false;
+  }
+  return Do('s');
+}
+
+bool Machine::Query() {
+  void* object = nullptr;
+  if (m_plugin->QueryInterface(IID_IPrintOemUni2, &object) != S_OK) return false;
+  m_plugin->Release();
+  return m_plugin->QueryInterface(IID_IClassFactory, &object) == E_NOINTERFACE && object == nullptr;
+}
+
+bool Machine::Do(char verb) {
+  const auto hooked = [this](auto function, auto... arguments) {
+    return function != nullptr && Inside([&] { return function(&m_surface, arguments...); });
+  };
+  WCHAR name[] = WTEXT("torture");
+  char method[] = "ImageProcessing";
+  switch (verb) {
+    case 'O':
+      if (m_plugin != nullptr) return true;
+      if (Inside([&] {
+            return m_factory->CreateInstance(nullptr, IID_IPrintOemUni2,
+                                             reinterpret_cast<void**>(&m_plugin));
+          }) != S_OK) {
+        return false;
+      }
+      objectReferences = 1;
+      return true;
+    case 'L':
+      ++locks;
+      return m_factory->LockServer(TRUE) == S_OK;
+    case 'U':
+      if (locks == 0) return true;
+      --locks;
+      return m_factory->LockServer(FALSE) == S_OK;
+  }
+  if (m_plugin == nullptr) return true;  // without an object there is nothing to call
+  switch (verb) {
+    case 'o':
+    case '-':
+      if (verb == '-' && objectReferences == 1) return true;
+      if (objectReferences == 1) Do('D');
+      m_plugin->Release();
+      if (--objectReferences == 0) m_plugin = nullptr;
+      return true;
+    case '+':
+      ++objectReferences;
+      return m_plugin->AddRef() == static_cast<ULONG>(objectReferences);
+    case 'q':
+      return Query();
+    case 'V':
+      ++driverStarts;
+      return Inside([&] { return m_plugin->EnableDriver(0x10000, sizeof m_hooks, &m_hooks); }) ==
+             S_OK;
+    case 'v':
+      if (driverStarts > 0) --driverStarts;
+      return Inside([&] { return m_plugin->DisableDriver(); }) == S_OK;
+    case 'N':
+      Do('D');
+      return NewContext(m_device);
+    case 'D': {
+      const bool done = Inside([&] { return m_plugin->DisablePDEV(&m_device); }) == S_OK;
+      if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
+      m_devInfo = {};
+      return done;
+    }
+    case 'P':
+      return Inside([&] { return m_plugin->PublishDriverInterface(m_helper.get()); }) == S_OK;
+    case 'F':
+      return Inside([&] {
+               return m_plugin->FilterGraphics(&m_device, reinterpret_cast<PBYTE>(method), 5);
+             }) == S_OK;
+    case 'g':
+      return Inside([&] { return m_plugin->GetImplementedMethod(method); }) == S_OK;
+    case 'S':
+      return hooked(Hook<PFN_DrvStartDoc>(35), LPWSTR{name}, jobId);
+    case 'E':
+      return hooked(Hook<PFN_DrvEndDoc>(34), FLONG{0});
+    case 'X':
+      return hooked(Hook<PFN_DrvEndDoc>(34), ED_ABORTDOC);
+    case 'p':
+      m_position = 0;
+      return hooked(Hook<PFN_DrvStartPage>(33));
+    case 's':
+      return hooked(Hook<PFN_DrvSendPage>(32));
+    case 'i':
+      m_position = (m_position + bandPx) % std::min(widthPx, heightPx);
+      return BandAt(m_position);
+    case 'a':
+    case 'b':
+    case 'c':
+      return Page(verb);
+    case 'r':
+      return Reset();
+  }
+  return true;
+}
+
+void Machine::Run(std::string_view verbs) {
+  if (beforeFirst) beforeFirst();
+  bool skipping = false;
+  bool usable = true;
+  for (const char verb : verbs) {
+    if (verb == 'S') skipping = !usable;
+    const bool ending = std::string_view("DvoU").find(verb) != std::string_view::npos;
+    if (skipping && !ending) continue;
+    if (Do(verb)) continue;
+    results += verb;
+    if (std::string_view("OVN").find(verb) != std::string_view::npos) usable = false;
+    if (!usable || std::string_view("Spabcisr").find(verb) != std::string_view::npos) {
+      if (usable && m_plugin != nullptr) Do('X');
+      skipping = true;
+    }
+  }
+}
+
+std::vector<std::string> Machine::Writes() const {
+  std::vector<std::string> shown = writes;
+  for (std::string& write : shown) {
+    constexpr std::string_view kTime = ";Created: dd.mm.yyyy, hh:mm:ss";
+    if (write.starts_with(";Created: ")) write.replace(0, write.find("\r\n"), kTime);
+  }
+  return shown;
+}

@@ -1,0 +1,95 @@
+// The printer driver's side of the plug-in, spoken to through its binary interface alone. Its verbs
+// are letters, so that a job is a text, and a random or hostile text is a job too. Whatever the
+// plug-in answers, a machine goes on: it judges nothing.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/oemdev.h"
+#include "platform/print_oem.h"
+
+// What becomes of one spool write.
+enum class WriteFault { None, Nothing, Short, Raise };
+
+class Machine {
+ public:
+  Machine();
+  ~Machine();  // ends whatever still runs
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  // Loads the plug-in, once a process, before the first machine.
+  static void LoadPlugin();
+  static HRESULT CanUnloadNow();
+
+  // O object, o its release, + and - a further reference and its release, q queries,
+  // V driver enabled, v disabled, N new device context, D disabled, L and U server lock and unlock,
+  // P helper interface published, F raster data passed on, g information asked for,
+  // S document, E its end, X its abort, p page started, i a band, s page sent,
+  // a b c whole pages, r device context reset within the document.
+  // False when the plug-in reported a failure; an unknown letter is true.
+  bool Do(char verb);
+
+  // Runs the verbs as a driver does: a document in which something fails is aborted and the verbs
+  // up to the next document are left out.
+  void Run(std::string_view verbs);
+
+  // A band as it is given, without a look at it.
+  HRESULT Band(const BITMAPINFOHEADER& header, const BYTE* pixels, const IPPARAMS& parameters);
+
+  HRESULT DevMode(DWORD mode, POEMDMPARAM parameters);
+
+  // The writes with the time in the header masked.
+  std::vector<std::string> Writes() const;
+
+  DEVMODEW publicDevmode = {};
+  std::unique_ptr<OEMDEV> devmode;  // in a block of exactly its size
+  LONG dpi = 203;
+  LONG widthPx = 60;
+  LONG heightPx = 40;
+  LONG bandPx = 16;
+  DWORD bandFormat = 5;
+  ULONG paletteColors = 0;  // above 0: the driver has a palette of its own
+  DWORD jobId = 7;
+  std::function<void()> beforeFirst;  // runs before the first verb of a job
+
+  std::vector<std::string> writes;
+  std::string results;  // the verbs that failed
+  long failWrite = 0;   // the write, from 1, that fails
+  WriteFault writeFault = WriteFault::None;
+
+  // What the plug-in must agree with.
+  LONG objectReferences = 0;
+  LONG locks = 0;
+  LONG driverStarts = 0;
+  LONG helperReferences = 0;  // held by the plug-in
+  bool HasContext() const { return m_device.pdevOEM != nullptr; }
+
+ private:
+  struct Helper;
+  template <typename Function>
+  Function Hook(ULONG index) const;
+  bool NewContext(DEVOBJ& device);
+  bool Reset();
+  bool Page(char picture);
+  bool BandAt(LONG position);
+  bool Query();
+  DWORD Write(const void* bytes, DWORD size);
+  static DWORD APIENTRY WriteSpool(PDEVOBJ device, PVOID bytes, DWORD size);
+
+  IClassFactory* m_factory = nullptr;
+  IPrintOemUni2* m_plugin = nullptr;
+  std::unique_ptr<Helper> m_helper;
+  HANDLE m_printer = nullptr;
+  DRVPROCS m_procedures = {};
+  DEVOBJ m_device = {};
+  DRVENABLEDATA m_hooks = {};
+  DEVINFO m_devInfo = {};
+  SURFOBJ m_surface = {};
+  LONG m_position = 0;
+  char m_picture = 'a';
+};

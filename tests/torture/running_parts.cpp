@@ -1,0 +1,274 @@
+// Calls in any order, many jobs at once, long runs, and the jobs as text.
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <thread>
+
+#include "tests/support/png_image.h"
+#include "tests/torture/faults.h"
+#include "tests/torture/scenarios.h"
+#include "tests/torture/torture.h"
+
+namespace {
+
+// What the plug-in must look like from outside after each call, worked out from the calls alone.
+struct Model {
+  bool published = false;
+  bool headerSent = false;
+  std::size_t headers = 0;
+
+  void Follow(char verb, const Machine& machine, bool hadContext, bool done) {
+    if (verb == 'P' && machine.objectReferences > 0) published = true;
+    if (verb == 'v' || machine.objectReferences == 0) published = false;
+    if (verb == 'N' || verb == 'D' || machine.objectReferences == 0) headerSent = false;
+    if (!hadContext) return;
+    if (verb == 'S' && done) {
+      headers += headerSent ? 0 : 1;
+      headerSent = true;
+    }
+    if (verb == 'E' || verb == 'X') headerSent = false;
+  }
+};
+
+std::string Disagreement(const Machine& machine, const Model& model) {
+  const bool inUse = machine.objectReferences > 0 || machine.locks > 0;
+  if (Machine::CanUnloadNow() != (inUse ? S_FALSE : S_OK)) return "DllCanUnloadNow is wrong";
+  if (machine.helperReferences != (model.published ? 1 : 0)) {
+    return std::to_string(machine.helperReferences) + " references to the helper are held";
+  }
+  const auto headers = static_cast<std::size_t>(
+      std::count_if(machine.writes.begin(), machine.writes.end(),
+                    [](const auto& w) { return w.starts_with(";Created"); }));
+  return headers == model.headers ? "" : std::to_string(headers) + " headers are written";
+}
+
+void RandomOrder(Report& report, unsigned seed) {
+  constexpr std::string_view kVerbs = "OVNSSpiiisabcrEXEDvo+-qLUPPFgNSaE";
+  std::mt19937 random(seed);
+  Machine machine;
+  machine.widthPx = 24;
+  machine.heightPx = 16;
+  machine.devmode->dwColorMode = 1 + random() % 2;
+  machine.publicDevmode.dmOrientation = static_cast<SHORT>(1 + random() % 2);
+  Model model;
+  std::string verbs = "O";
+  for (unsigned length = 5 + random() % 60; length > 0; --length) {
+    verbs += kVerbs[random() % kVerbs.size()];
+  }
+  report.Try("order " + std::to_string(seed) + " " + verbs);
+  for (const char verb : verbs) {
+    const bool hadContext = machine.HasContext();
+    const bool done = machine.Do(verb);
+    model.Follow(verb, machine, hadContext, done);
+    const std::string wrong = Disagreement(machine, model);
+    if (!wrong.empty()) return report.Find(std::string(1, verb) + ": " + wrong);
+  }
+}
+
+std::size_t OpenDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// Bytes of address space: blocks that do not come from the heap are among them.
+long MappedBytes() {
+  long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * 4096;
+}
+
+// Follows what a long run holds.
+class Watch {
+ public:
+  explicit Watch(Report& report, long steps)
+      : m_report(report), m_half(steps / 2), m_descriptors(OpenDescriptors()) {}
+  void Step() {
+    Most& most = m_step++ < m_half ? m_first : m_last;
+    most.heap = std::max(most.heap, LiveBytes());
+    most.mapped = std::max(most.mapped, MappedBytes());
+  }
+  void End() {
+    constexpr long kAllowed = 64 * 1024;
+    const auto compare = [&](const char* what, long first, long last) {
+      if (last <= first + kAllowed) return;
+      m_report.Find(what + (" grows from " + std::to_string(first)) + " to " +
+                    std::to_string(last) + " bytes");
+    };
+    compare("the heap", m_first.heap, m_last.heap);
+    compare("the address space", m_first.mapped, m_last.mapped);
+    if (OpenDescriptors() != m_descriptors) m_report.Find("a descriptor is left open");
+  }
+
+ private:
+  Report& m_report;
+  const long m_half;
+  const std::size_t m_descriptors;
+  struct Most {
+    long heap = 0;
+    long mapped = 0;
+  };
+  long m_step = 0;
+  Most m_first, m_last;
+};
+
+constexpr int kThreads = 16;
+
+// A job of its own for each of the threads.
+Outcome JobOfThread(int thread, const TempHome& home) {
+  const auto scenarios = Scenarios();
+  const Scenario& scenario = scenarios[thread % scenarios.size()];
+  const auto machine = Prepare(scenario, home);
+  machine->devmode->dwSpeed = 50u + static_cast<DWORD>(thread);
+  machine->jobId = static_cast<DWORD>(thread);
+  machine->beforeFirst = nullptr;
+  machine->widthPx = 60 + 8 * thread;
+  return Run(*machine, scenario);
+}
+
+}  // namespace
+
+void CallOrders(Report& report, const TempHome&, int share) {
+  // What is kept for the process's life is made by the first few.
+  constexpr long kFirst = 500;
+  long before = 0;
+  for (long seed = 0; seed < kFirst + 1000L * share; ++seed) {
+    if (seed == kFirst) before = LiveBlocks();
+    RandomOrder(report, static_cast<unsigned>(seed));
+  }
+  if (LiveBlocks() != before) report.Find(std::to_string(LiveBlocks() - before) + " blocks leak");
+}
+
+void ManyAtOnce(Report& report, const TempHome& home, int share) {
+  std::vector<Outcome> alone, together(kThreads);
+  for (int i = 0; i < kThreads; ++i) alone.push_back(JobOfThread(i, home));
+  for (int round = 0; round < std::max(share / 10, 1); ++round) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&, i] { together[i] = JobOfThread(i, home); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < kThreads; ++i) {
+      report.Try("thread " + std::to_string(i));
+      report.Find(Difference(alone[i], together[i]));
+    }
+  }
+  std::vector<std::thread> threads;
+  std::atomic<long> failed{0};
+  const int cycles = 100 * share;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&] {
+      for (int cycle = 0; cycle < cycles; ++cycle) {
+        Machine machine;
+        machine.Run("LOVvoU");
+        failed += machine.results.empty() ? 0 : 1;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  report.Try("start and stop");
+  report.tried += 8L * cycles - 1;
+  if (failed != 0 || Machine::CanUnloadNow() != S_OK) report.Find("a cycle leaves something");
+}
+
+void SoakPages(Report& report, const TempHome&, int share) {
+  Machine machine;
+  machine.widthPx = 812;  // 4 x 6 inches at 203 dots an inch
+  machine.heightPx = 1218;
+  machine.bandPx = 128;
+  machine.devmode->dwColorMode = 2;
+  machine.Run("OVNS");
+  const long pages = 100L * share;
+  Watch watch(report, pages);
+  for (long page = 0; page < pages; ++page) {
+    report.Try("page " + std::to_string(page));
+    machine.Run(std::string(1, "abc"[page % 3]));
+    machine.writes.clear();
+    watch.Step();
+  }
+  machine.Run("E");
+  if (!machine.results.empty()) report.Find("a page fails");
+  watch.End();
+}
+
+void SoakDocuments(Report& report, const TempHome& home, int share) {
+  const auto scenarios = Scenarios();
+  for (const Scenario& scenario : scenarios) Run(scenario, home);
+  const long documents = 20L * share;
+  Watch watch(report, documents);
+  for (long i = 0; i < documents; ++i) {
+    report.Try("document " + std::to_string(i));
+    if (!Run(scenarios[i % scenarios.size()], home).results.empty()) report.Find("the job fails");
+    watch.Step();
+  }
+  watch.End();
+}
+
+void PrintStreams(const TempHome& home) {
+  const std::hash<std::string> hash;
+  for (const Scenario& scenario : Scenarios()) {
+    std::size_t index = 0;
+    for (const std::string& write : Run(scenario, home).writes) {
+      const PngImage image = DecodePng(write);
+      const std::string pixels(image.grey.begin(), image.grey.end());
+      std::printf("%s %zu %ux%u %zx\n", scenario.name, index++, image.width, image.height,
+                  hash(image.width == 0 ? write : pixels));
+    }
+  }
+}
+
+// One fault for each of the machines that look for them.
+void Plant(Report& report, const TempHome& home, const std::string& fault) {
+  volatile int zero = 0;
+  volatile float large = 1e20f;
+  std::unique_ptr<char[]> block(new char[16]);
+  report.Try("planted " + fault);
+  if (fault == "overrun") block[16 + zero] = 1;
+  if (fault == "overflow") zero = zero + 0x7FFFFFFF + (zero + 1);
+  if (fault == "float-cast") zero = static_cast<int>(large);
+  if (fault == "float-division") large = large / static_cast<float>(zero);
+  if (fault == "race") {
+    std::thread other([&] { block[0] = 1; });
+    block[0] = 2;
+    other.join();
+  }
+  if (fault == "heap") {
+    Watch watch(report, 100);
+    std::vector<std::unique_ptr<char[]>> kept;
+    for (int i = 0; i < 100; ++i) {
+      kept.emplace_back(new char[10000]);
+      watch.Step();
+    }
+    watch.End();
+  }
+  if (fault == "leak") {
+    const long before = LiveBlocks();
+    block = std::make_unique<char[]>(20);
+    const std::unique_ptr<std::string> kept(new std::string(1000, 'x'));
+    if (LiveBlocks() != before) report.Find("blocks leak");
+  }
+  Outcome job = Run(Scenarios()[0], home);
+  const Outcome good = job;
+  if (fault == "stream") {
+    job.writes.back() += ' ';
+    report.Find(Difference(good, job));
+  }
+  if (fault == "download") {
+    for (std::string& write : job.writes) {
+      if (write.starts_with("\x89PNG")) write.resize(write.size() / 2);
+    }
+    if (!DownloadsAreWhole(job.writes)) report.Find("a download is written in part");
+  }
+  if (fault == "reference") {
+    Machine machine;
+    machine.Do('O');
+    machine.objectReferences = 0;
+    report.Find(Disagreement(machine, {}));
+    machine.objectReferences = 1;
+  }
+}
