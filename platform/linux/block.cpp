@@ -15,7 +15,7 @@ namespace {
 
 constexpr SIZE_T kSmallestMapped = SIZE_T{32} << 10;
 constexpr SIZE_T kGranule = SIZE_T{64} << 10;    // pages of nearly one size fit the same block
-constexpr SIZE_T kMostKept = SIZE_T{160} << 20;  // three pages of 4 x 8 inches at 600 dpi
+constexpr SIZE_T kMostKept = SIZE_T{160} << 20;  // three pages of 4 x 12 inches at 600 dpi
 constexpr std::uintptr_t kPageMask = 4095;
 
 #if defined(__SANITIZE_ADDRESS__)
