@@ -50,11 +50,6 @@ void JobCost::Count(std::string_view write) {
     m_imageDigest = m_imageBytes = 0;
     return;
   }
-  // The cut of the job's end is a write of its own; within a page's set-up it is every label's.
-  if (write.starts_with("\r\nCe,") && write.find(kLineEnd, 2) == write.npos) {
-    m_cutAtEnd = true;
-    return;
-  }
   while (!write.empty()) {
     const std::size_t end = std::min(write.find(kLineEnd), write.size());
     CountLine(write.substr(0, end));
@@ -66,10 +61,9 @@ void JobCost::CountLine(std::string_view line) {
   if (line.starts_with("I:Image")) return Place(line.substr(7, line.find(';') - 7));
   if (line.starts_with("R Image")) return Place(line.substr(7, line.find(';') - 7));
   if (line.starts_with("Ce,")) {
-    m_cutAfter = 1;
-    m_uncut = 0;
+    m_cutAtEnd = true;
   } else if (line.starts_with('C') && IsNumber(line.substr(1, line.find(',') - 1))) {
-    m_cutAfter = NumberOf<std::uint64_t>(line.substr(1));
+    m_cutEvery = NumberOf<std::uint64_t>(line.substr(1));
   } else if (line.starts_with('A') && IsNumber(line.substr(1))) {
     PrintLabels(NumberOf<std::uint64_t>(line.substr(1)));
   } else if (line.starts_with('S') && line.find(';') != line.npos) {
@@ -81,14 +75,15 @@ void JobCost::PrintLabels(std::uint64_t count) {
   m_labels += count;
   m_mediaMm += static_cast<double>(count) * m_pitchMm;
   m_uncut += count;
-  if (m_cutAfter > 0) {
-    m_cuts += m_uncut / m_cutAfter;
-    m_uncut %= m_cutAfter;
+  if (m_cutEvery > 0) {
+    m_cuts += m_uncut / m_cutEvery;
+    m_uncut %= m_cutEvery;
   }
   if (m_cutAtEnd && m_uncut > 0) {
     ++m_cuts;
     m_uncut = 0;
   }
+  m_cutAtEnd = false;
 }
 
 void JobCost::EndImage() {

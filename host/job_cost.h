@@ -40,9 +40,9 @@ class JobCost {
   double m_pitchMm = 0;
 
   std::uint64_t m_cuts = 0;
-  std::uint64_t m_cutAfter = 0;  // labels, 0: no cut
+  std::uint64_t m_cutEvery = 0;  // labels, 0: no cut
   std::uint64_t m_uncut = 0;     // labels since the last cut
-  bool m_cutAtEnd = false;
+  bool m_cutAtEnd = false;       // after the last copy of the label under work
 
   bool m_inImage = false;
   std::string m_imageName;

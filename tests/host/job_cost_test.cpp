@@ -21,7 +21,7 @@ TEST(JobCost, CountsCopiesMediaAndCuts) {
   EXPECT_EQ(CostOf({header}), "0 labels, 0 cuts, 0, 0 images");
   EXPECT_EQ(CostOf({header, kSetup, "\r\nA1\r\n"}), "1 label, 0 cuts, 53, 0 images");
   EXPECT_EQ(CostOf({kSetup + "\r\nCe,2.00,1.50" + kPlace, "\r\nA3\r\n", kSetup, "\r\nX\r\nA2\r\n"}),
-            "5 labels, 5 cuts, 265, 0 images");
+            "5 labels, 1 cut, 265, 0 images");
   EXPECT_EQ(CostOf({kSetup + "\r\nCs,3.00\r\nC2,2.00,1.50" + kPlace, "\r\nA3\r\n", "\r\nA2\r\n"}),
             "5 labels, 2 cuts, 265, 0 images");
   // A cut at the end of the job: its line is a write before the last print line.
