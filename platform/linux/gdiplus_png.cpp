@@ -118,7 +118,7 @@ int UsualLevel(SIZE_T changeThousandths) {
     SIZE_T mostChange;
     int level;
   };
-  constexpr Row kRows[] = {{25, 8}, {250, 7}, {1000, kFastLevel}};
+  constexpr Row kRows[] = {{40, 8}, {100, 7}, {300, 5}, {1000, kFastLevel}};
   const Row* row = kRows;
   while (changeThousandths > row->mostChange) ++row;
   return row->level;
