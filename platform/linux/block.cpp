@@ -107,15 +107,26 @@ Mapping* Map(SIZE_T bytes) {
   return place;
 }
 
+void KeepSpares(SIZE_T bytes, int count) {
+  for (; keeps && count > 0; --count) {
+    Mapping* spare = Map(bytes);
+    if (spare == nullptr) return;
+    std::memset(spare->at, 0, bytes);  // so that the memory is real
+    Keep(*spare);
+  }
+}
+
 // A mapped block; null when the heap has to give it.
-void* AllocateMapped(SIZE_T bytes, bool zeroFilled) {
+void* AllocateMapped(SIZE_T bytes, bool zeroFilled, int spares) {
   const std::lock_guard locked(mutex);
   if (Mapping* kept = TakeFitting(bytes)) {
     if (zeroFilled) std::memset(kept->at, 0, bytes);
     return kept->at;
   }
   const Mapping* fresh = Map(bytes);
-  return fresh == nullptr ? nullptr : fresh->at;
+  if (fresh == nullptr) return nullptr;
+  KeepSpares(bytes, spares);
+  return fresh->at;
 }
 
 // Grows a mapping beyond its capacity, with some room for the growth to come. Its bytes move into a
@@ -158,10 +169,10 @@ void* ReallocateHeap(void* block, SIZE_T bytes, bool mayMap) {
 
 }  // namespace
 
-void* AllocateBlock(SIZE_T bytes, bool zeroFilled) {
+void* AllocateBlock(SIZE_T bytes, bool zeroFilled, int spares) {
   bytes = std::max<SIZE_T>(bytes, 1);
   if (!kPlain && bytes >= kSmallestMapped && !FaultsArmed()) {
-    if (void* block = AllocateMapped(bytes, zeroFilled)) return block;
+    if (void* block = AllocateMapped(bytes, zeroFilled, spares)) return block;
   }
   return zeroFilled ? std::calloc(1, bytes) : std::malloc(bytes);
 }

@@ -9,8 +9,9 @@
 #include "platform/types.h"
 
 // Returns bytes of memory (0 counts as 1), zero-filled on request, at least 16-byte aligned. Null
-// when there is none. Memory of a large block is real only once it is written to.
-void* AllocateBlock(SIZE_T bytes, bool zeroFilled);
+// when there is none. Memory of a large block is real only once it is written to. spares: how many
+// more blocks of that size pages to come will want; they are made together with the first one.
+void* AllocateBlock(SIZE_T bytes, bool zeroFilled, int spares = 0);
 
 // Makes the block that large; what is added has no value. Returns its new place, or null, the block
 // as it was. A growing block may take the room of the largest kept one.

@@ -86,6 +86,29 @@ TEST_F(Memory, GrowingPageTakesTheRoomOfTheLast) {
   LocalFree(block);
 }
 
+TEST_F(Memory, LaterPagesFindRoomForDotsThatAreKept) {
+  if (kSanitized) GTEST_SKIP() << "every block is heap memory";
+  namespace Flat = Gdiplus::DllExports;
+  std::vector<Gdiplus::GpBitmap*> kept;  // black and highlight of one page, then of the next
+  rusage before = {}, after = {};
+  for (int i = 0; i < 4; ++i) {
+    Gdiplus::GpBitmap* bitmap = nullptr;
+    Flat::GdipCreateBitmapFromScan0(1200, 1800, 0, Gdiplus::PixelFormat1bppIndexed, nullptr,
+                                    &bitmap);
+    if (i == 1) getrusage(RUSAGE_SELF, &before);
+    Gdiplus::BitmapData data = {};
+    ASSERT_EQ(Flat::GdipBitmapLockBits(bitmap, nullptr, Gdiplus::ImageLockModeWrite,
+                                       Gdiplus::PixelFormat1bppIndexed, &data),
+              Gdiplus::Ok);
+    std::memset(data.Scan0, 0x55, data.Stride * 1800);
+    Flat::GdipBitmapUnlockBits(bitmap, &data);
+    kept.push_back(bitmap);
+  }
+  getrusage(RUSAGE_SELF, &after);
+  EXPECT_LT(after.ru_minflt - before.ru_minflt, 20);
+  for (Gdiplus::GpBitmap* bitmap : kept) Flat::GdipDisposeImage(bitmap);
+}
+
 TEST_F(Memory, DirtyBlocksComeBackZeroedOnRequest) {
   for (const SIZE_T size : {SIZE_T{100}, SIZE_T{40000}, kPage}) {
     BYTE* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, size));
