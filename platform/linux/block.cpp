@@ -111,7 +111,7 @@ void KeepSpares(SIZE_T bytes, int count) {
   for (; keeps && count > 0; --count) {
     Mapping* spare = Map(bytes);
     if (spare == nullptr) return;
-    std::memset(spare->at, 0, bytes);  // so that the memory is real
+    std::memset(spare->at, 0, spare->capacity);  // so that the memory is real
     Keep(*spare);
   }
 }

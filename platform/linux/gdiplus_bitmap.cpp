@@ -66,8 +66,9 @@ GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat forma
   const std::int64_t bits = std::int64_t{width} * (format == PixelFormat24bppRGB ? 24 : 1);
   const std::int64_t strideBytes = (bits + 31) / 32 * 4;
   if (strideBytes > kMostBytes / height) return OutOfMemory;
-  // A page's dots are kept until the next page is compared with them: with two inks, four bitmaps.
-  const int spares = format == PixelFormat1bppIndexed ? 3 : 0;
+  // A page's dots are kept until the next page is compared with them: with two inks that makes four
+  // bitmaps, and a block to encode one from.
+  const int spares = format == PixelFormat1bppIndexed ? 4 : 0;
   auto* pixels = static_cast<BYTE*>(AllocateBlock(strideBytes * height, false, spares));
   auto* image =
       new (std::nothrow) GpImage{width, height, format, static_cast<INT>(strideBytes), pixels};
