@@ -1,12 +1,24 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that are missing; does nothing when none is.
+# Installs the Debian packages that are missing; does nothing when none is. Without an argument those
+# that vlx is built with; tests, torture or pictures: those that need more, too.
 set -euo pipefail
 
 packages=(
   cmake g++ make
   libdeflate-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
-  libgtest-dev python3 binutils poppler-utils zint zbar-tools dmtx-utils chromium
+  libgtest-dev python3 binutils poppler-utils
 )
+tests=(zint zbar-tools dmtx-utils chromium)
+torture=(clang clang-tidy libclang-rt-14-dev locales)
+pictures=(chromium imagemagick fonts-dejavu-core)
+
+case "${1:-}" in
+  "") ;;
+  tests) packages+=("${tests[@]}") ;;
+  torture) packages+=("${tests[@]}" "${torture[@]}") ;;
+  pictures) packages+=("${pictures[@]}") ;;
+  *) echo "There is no group of packages $1; the groups are tests, torture, pictures" >&2; exit 2 ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
