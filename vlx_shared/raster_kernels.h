@@ -48,10 +48,10 @@ class RowNoise {
   static constexpr std::uint16_t kOffset = 13849;
   static constexpr INT kFirstColumn = -64;  // where a row's numbers begin: vector code starts early
   static constexpr std::uint16_t Seed(INT pageRow) {
-    return static_cast<std::uint16_t>(40503 * pageRow);
+    return static_cast<std::uint16_t>(40503u * static_cast<DWORD>(pageRow));
   }
   static constexpr std::uint16_t Factor(INT pageRow) {
-    return static_cast<std::uint16_t>(25173 + 8 * (2531 * pageRow & 1023));
+    return static_cast<std::uint16_t>(25173 + 8 * (2531u * static_cast<DWORD>(pageRow) & 1023));
   }
 
   explicit RowNoise(INT pageRow) : m_state(Seed(pageRow)), m_factor(Factor(pageRow)) {
