@@ -123,7 +123,7 @@ class MemoryStream final : public IStream {
       const ULARGE_INTEGER room = m_bytes == nullptr ? size : size + size / 2;
       auto* larger = static_cast<BYTE*>(AllocateBlock(room, false));
       if (larger == nullptr) return false;
-      if (m_size != 0) std::memcpy(larger, m_bytes, m_size);
+      if (m_bytes != nullptr) std::memcpy(larger, m_bytes, m_size);
       FreeBlock(m_bytes);
       m_bytes = larger;
       m_room = room;

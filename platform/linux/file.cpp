@@ -107,7 +107,7 @@ std::FILE* _fsopen(const char* filename, const char* mode, int) try {
     close(file->descriptor);
     return nullptr;
   }
-  file.release();
+  static_cast<void>(file.release());  // the stream's now
   return stream;
 } catch (const std::bad_alloc&) {
   return nullptr;
