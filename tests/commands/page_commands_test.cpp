@@ -133,6 +133,14 @@ TEST_F(PageCommands, FirstOptionSetWinsAndKeepsItsForm) {
   devmode.nOptionSet2A2 = 2;
   devmode.nOptionSet2A4 = 50;
   EXPECT_EQ(Options(), "\r\nO A0=100,A2=2,A4=1.00");
+  devmode.nOptionSet2A0 = devmode.nOptionSet2A1 = 1;
+  devmode.nOptionSet2A2 = devmode.nOptionSet2A4 = 1;
+  EXPECT_EQ(Options(), "\r\nO A0=20,A1=1,A2=1,A4=0.02");
+  devmode.nOptionSet2A0 = devmode.nOptionSet2A1 = 0;
+  devmode.nOptionSet2A2 = devmode.nOptionSet2A4 = 0;
+  devmode.dwOptionN = 1;
+  EXPECT_EQ(Options(), "\r\nO N");
+  devmode.dwOptionN = 0;
   EXPECT_EQ(pAndCut, "\r\nP7.00");  // the third set is a P source of its own
 
   devmode.dwOptionSet1Enabled = devmode.dwOptionSet1AEnabled = 1;
