@@ -35,7 +35,10 @@ void RawBand(Input& input, Machine& machine) {
   const POINT at = {input.Take<LONG>(), input.Take<LONG>()};
   const BOOL blank = input.Take<BYTE>() & 1;
   // The block is as long as the header says; a header that names no size stands for whole rows.
-  const std::int64_t rows = (std::int64_t{header.biWidth} * 24 + 31) / 32 * 4 * header.biHeight;
+  const std::int64_t strideBytes = (std::int64_t{header.biWidth} * 24 + 31) / 32 * 4;
+  const bool small =
+      strideBytes > 0 && header.biHeight > 0 && strideBytes < 0x10000 && header.biHeight < 0x10000;
+  const std::int64_t rows = small ? strideBytes * header.biHeight : 0;
   std::int64_t size = header.biSizeImage;
   if (size == 0 && rows > 0 && rows < 0x10000) size = rows;
   const std::string bytes(static_cast<std::size_t>(size), '\x55');
