@@ -27,7 +27,8 @@ CHANGES = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >=
            (r"\btrue\b", "false"), (r"\bfalse\b", "true"), (r"!(?=[a-z(])", ""),
            (r"(?<![\w.\"'\\])(\d+)(?=[u;,)\]} ])", lambda m: str(int(m.group(1)) + 1)),
            (r"(\d+\.\d+)f", lambda m: m.group(1) + "1f")]
-NO_CODE = re.compile(r"^\s*(//|#|\}? ?$|namespace|using|template|static_assert|Log(Trace|Error|Warning)"
+# Checks of our own faults and the room of buffers cannot be noticed, by design.
+NO_CODE = re.compile(r"^\s*(assert\(|(WCHAR|char) \w+\[|//|#|\}? ?$|namespace|using|template|static_assert|Log(Trace|Error|Warning)"
                      r"|\"|constexpr const char\*)")
 
 

@@ -24,6 +24,13 @@ class BandCapture : public ::testing::Test {
     return CaptureBand(
         state, {blank ? nullptr : bytes.data(), &header, format, {x, 0}, blank, orientation});
   }
+  // A band that says another size than its rows have.
+  bool SendSized(LONG x, LONG width, LONG height, DWORD size, int first = 0) {
+    bytes.resize(Stride(width) * height);
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = Pattern(first + static_cast<int>(i));
+    const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, size, 11, 12, 13, 14};
+    return CaptureBand(state, {bytes.data(), &header, format, {x, 0}, false, orientation});
+  }
   static BYTE Pattern(int i) { return static_cast<BYTE>(i % 251); }
   BYTE At(LONG i) const { return state.pBitmapBuffer[i]; }
 
@@ -93,6 +100,38 @@ TEST_F(BandCapture, OverhangingStripsAreCutToThePage) {
   EXPECT_EQ(At(39), Pattern(103));
 }
 
+TEST_F(BandCapture, StripsGiveNoMoreThanTheyHave) {
+  orientation = DMORIENT_LANDSCAPE;
+  EXPECT_TRUE(SendBand(0, 4, 3, 0, true));
+  EXPECT_TRUE(SendSized(0, 4, 3, 12 + 1, 100));  // a row and a byte
+  EXPECT_EQ(At(11), Pattern(111));
+  EXPECT_EQ(At(12), Pattern(112));
+  EXPECT_EQ(At(13), 0xFF);
+  EXPECT_EQ(At(24), 0xFF);
+  EXPECT_TRUE(SendSized(0, 4, 3, 0, 50));  // no size: all of its rows
+  EXPECT_EQ(At(0), Pattern(50));
+  EXPECT_EQ(At(35), Pattern(85));
+  EXPECT_TRUE(SendBand(0, 4, 1, 0, true));  // a blank row over the first
+  EXPECT_EQ(At(11), 0xFF);
+  EXPECT_EQ(At(12), Pattern(62));
+  EXPECT_TRUE(SendBand(-1, 1, 1, 30));  // only its padding is on the page
+  EXPECT_EQ(At(0), Pattern(33));
+  EXPECT_EQ(At(1), 0xFF);
+}
+
+TEST_F(BandCapture, SmallestPagesAndBandsCount) {
+  EXPECT_TRUE(SendSized(0, 1, 1, 0));
+  EXPECT_EQ(state.dwBitmapBufferSize, 0u);
+  EXPECT_TRUE(SendSized(0, 1, 1, 1, 9));
+  EXPECT_EQ(state.dwBitmapBufferSize, 1u);
+  EXPECT_EQ(At(0), Pattern(9));
+  state.ResetPage();
+  orientation = DMORIENT_LANDSCAPE;
+  EXPECT_TRUE(SendBand(0, 1, 1, 5));
+  EXPECT_EQ(state.dwBitmapBufferSize, 4u);
+  EXPECT_EQ(At(0), Pattern(5));
+}
+
 TEST_F(BandCapture, PageOfNoSizeIsRefused) {
   orientation = DMORIENT_LANDSCAPE;
   const struct {
@@ -121,14 +160,20 @@ TEST_F(BandCapture, FailedGrowthStartsThePageAnew) {
 }
 
 TEST_F(BandCapture, LowDepthsKeepAColourTable) {
-  ULONG colors[256] = {0, 0x00332211};
+  ULONG colors[256] = {0x00665544, 0x00332211};
   state.hDevicePalette = EngCreatePalette(PAL_INDEXED, 20, colors, 0, 0, 0);
+  EXPECT_TRUE(SendBand(0, 4, 4));
+  EXPECT_FALSE(state.bHasColorTable);
+  state.ResetPage();
   for (const auto& [code, entries] : {std::pair(1u, 2), {2u, 16}, {3u, 256}}) {
     format = code;
     EXPECT_TRUE(SendBand(0, 4, 4));
     ASSERT_EQ(state.cColorTableEntries, entries);
+    EXPECT_TRUE(state.bHasColorTable);
     const RGBQUAD& last = state.pColorTable[entries - 1];
     EXPECT_EQ(last.rgbBlue & last.rgbGreen & last.rgbRed, 0xFF);
+    EXPECT_EQ(last.rgbReserved | state.pColorTable[1].rgbReserved, 0);
+    EXPECT_EQ(state.pColorTable[0].rgbBlue, entries > 2 ? 0x66 : 0);
     EXPECT_EQ(state.pColorTable[1].rgbBlue, entries > 2 ? 0x33 : 0xFF);
     EXPECT_EQ(state.pColorTable[1].rgbRed, entries > 2 ? 0x11 : 0xFF);
     state.ResetPage();
@@ -136,6 +181,7 @@ TEST_F(BandCapture, LowDepthsKeepAColourTable) {
     EXPECT_FALSE(SendBand(0, 4, 4));
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_EQ(state.pColorTable, nullptr);
+    EXPECT_EQ(state.cColorTableEntries, entries);
     EXPECT_TRUE(state.bPageStarted);
     state.ResetPage();
   }

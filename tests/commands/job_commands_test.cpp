@@ -23,6 +23,8 @@ TEST(JobHeader, NamesEverythingAndRestartsTheByteCount) {
   EXPECT_EQ(device.state.job.dwJobBytesWritten, device.writes[0].size());
   WriteJobHeader(&device.object, nullptr);
   EXPECT_TRUE(device.writes[1].ends_with(";Print job name: \r\n"));
+  WriteJobHeader(&device.object, WTEXT("A"));
+  EXPECT_TRUE(device.writes[2].ends_with(";Print job name: A\r\n"));
 }
 
 TEST(ImageFrame, IsLiteral) {

@@ -111,9 +111,22 @@ TEST_F(PageCommands, LabelSizeFollowsSensorMarginsAndModel) {
   }
 }
 
+TEST_F(PageCommands, CorrectedWidthIsExactAtTheLimits) {
+  for (const auto& [widthMm, expected] : {std::pair(100.0f, 200.063049f),
+                                          {135.0f, 270.026703f},
+                                          {135.004f, 270.039551f},
+                                          {140.0f, 280.194305f},
+                                          {140.004f, 280.20047f},
+                                          {150.0f, 300.182495f}}) {
+    EXPECT_EQ(CorrectTwoColorWidth(widthMm), expected) << widthMm;
+  }
+}
+
 TEST_F(PageCommands, QuarterTurnExchangesWidthAndLength) {
-  devmode.dwRotation = 3;
-  EXPECT_NE(Compose().find(",100.00,103.00,50.00"), std::string::npos);
+  const char* sizes[] = {",50.00,53.00,100.00", ",100.00,103.00,50.00"};
+  for (devmode.dwRotation = 0; devmode.dwRotation < 5; ++devmode.dwRotation) {
+    EXPECT_NE(Compose().find(sizes[devmode.dwRotation % 2]), std::string::npos);
+  }
 }
 
 TEST_F(PageCommands, FirstOptionSetWinsAndKeepsItsForm) {
@@ -174,6 +187,19 @@ TEST_F(PageCommands, OptionFlagsStandInTheirOrder) {
   EXPECT_EQ(Options(), "\r\nO C1.3,E,H2.35,M,N,P,S,T=ABC");
 }
 
+TEST_F(PageCommands, SecondCutGroupGatesOptionC) {
+  const struct {
+    DWORD enabled;
+    LONG valueUm;
+    const char* expected;
+  } rows[] = {{1, 1, "\r\nO C0.0"}, {1, 0, ""}, {1, -1, ""}, {0, 1, ""}};
+  for (const auto& row : rows) {
+    devmode.dwCut2Enabled = row.enabled;
+    devmode.nOptionCValue = row.valueUm;
+    EXPECT_EQ(Options(), row.expected) << row.enabled << " " << row.valueUm;
+  }
+}
+
 TEST_F(PageCommands, InlineBlockAloneLosesItsFirstByte) {
   device.SetBlock(4, 4, "ABC");
   EXPECT_EQ(Options(), "\r\nO BC");
@@ -207,6 +233,31 @@ TEST_F(PageCommands, CutGroupModeDecidesTheForm) {
   devmode.dwCut1Enabled = 1;  // hides the second group, whatever it says
   EXPECT_EQ(BuildCutCommands(devmode), "");
   EXPECT_EQ(BuildEndCutCommand(devmode), "");
+}
+
+TEST_F(PageCommands, CutGroupNeedsAllOfItsFlags) {
+  devmode.dwCut1Mode = devmode.dwCut2Mode = 1;
+  const struct {
+    DWORD enabled1, cs1, enabled2, cut2, cs2;
+    const char* expected;
+  } rows[] = {{0, 1, 0, 0, 0, ""},
+              {1, 0, 0, 0, 0, "\r\nCe,0.00,0.00"},
+              {0, 0, 1, 0, 0, ""},
+              {0, 0, 0, 1, 0, ""},
+              {0, 0, 0, 0, 1, ""},
+              {0, 0, 1, 1, 0, "\r\nCe,0.00,0.00"},
+              {0, 0, 1, 0, 1, ""},
+              {0, 0, 0, 1, 1, ""},
+              {0, 1, 1, 1, 1, "\r\nCs,0.00\r\nCe,0.00,0.00"}};
+  for (const auto& row : rows) {
+    devmode.dwInitialCutSent = 0;
+    devmode.dwCut1Enabled = row.enabled1;
+    devmode.dwCut1CsEnabled = row.cs1;
+    devmode.dwCut2Enabled = row.enabled2;
+    devmode.dwCut2CutEnabled = row.cut2;
+    devmode.dwCut2CsEnabled = row.cs2;
+    EXPECT_EQ(BuildCutCommands(devmode), row.expected) << &row - rows;
+  }
 }
 
 class ImageCommands : public PageCommands {
