@@ -92,7 +92,7 @@ def print_pages(vlx, folder, dpi, ditherer, ink, paths, page):
 def read(image):
     bars = run("zbarimg", "-q", "--raw", "-Sdisable", "-Scode128.enable", "-Sean13.enable",
                "-Sqrcode.enable", image).stdout.split("\n")
-    return bars + [run("dmtxread", "-N1", "-m4000", image).stdout]
+    return bars + [run("dmtxread", "-N1", "-m60000", image).stdout]
 
 
 def check(vlx, drawn, number, dpi, module, ink):
