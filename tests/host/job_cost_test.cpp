@@ -34,26 +34,20 @@ TEST(JobCost, CountsCopiesMediaAndCuts) {
 }
 
 TEST(JobCost, KnowsWhatRepeatedImagesSave) {
-  const std::string end =
-      "\x1B"
-      "end-of-data\r\n";
-  const auto page = [&](std::vector<std::pair<std::string, std::string>> downloads) {
-    std::vector<std::string> writes;
-    for (const auto& [name, bytes] : downloads) {
-      writes.insert(writes.end(), {"dPNG;" + name + "\r\n\x1B:", bytes, end});
-    }
-    writes.push_back(kSetup + "\r\nI:Image0;1,1,0;0\r\nI:Image1;1,1,0;1");
-    writes.push_back("\r\nA1\r\n");
-    return writes;
+  const auto page = [](const std::string& name, const std::string& bytes) {
+    return std::vector<std::string>{"dPNG;" + name + "\r\n\x1B:", bytes, "\033end-of-data\r\n"};
   };
+  const std::vector<std::string> print = {kSetup + kPlace + "\r\nI:Image1;1,1,0;1", "\r\nA1\r\n"};
   std::vector<std::string> job;
   const auto add = [&job](const std::vector<std::string>& writes) {
     job.insert(job.end(), writes.begin(), writes.end());
   };
-  add(page({{"0", "dPNG;0 \r\nA9\r\n"}, {"1", std::string(86, 'b')}}));  // 100 bytes of images
-  for (int i = 0; i < 3; ++i) add(page({}));
+  add(page("0", "dPNG;0 \r\nA9\r\n"));
+  add(page("1", std::string(86, 'b')));  // 100 bytes of images
+  for (int i = 0; i < 4; ++i) add(print);
   EXPECT_EQ(CostOf(job), "4 labels, 0 cuts, 212, 2 images, 75 % of the image bytes saved");
-  add(page({{"1", std::string(86, 'b')}}));  // sent again, 14 of 100 bytes saved
+  add(page("1", std::string(86, 'b')));  // sent again, 14 of 100 bytes saved
+  add(print);
   EXPECT_EQ(CostOf(job), "5 labels, 0 cuts, 265, 2 images, 62 % of the image bytes saved");
 }
 

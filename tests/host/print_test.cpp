@@ -11,37 +11,55 @@ namespace {
 using Print = VlxProcess;
 
 TEST_F(Print, PageArrivesDotForDotWhateverTheBands) {
-  ASSERT_EQ(Run("{}page.pgm -o {}a.job" + paper), 0) << Read("err.txt");
-  const PngImage image = ImageOf(Job("a.job"));
-  EXPECT_EQ(std::pair(image.width, image.height), std::pair(96u, 56u));
-  for (unsigned y = 0; y < 56; ++y) {
-    for (unsigned x = 0; x < 96; ++x) {
-      const bool black = x < 81 && y < 47 && page[y * 81 + x] == '\0';
-      ASSERT_EQ(image.At(x, y) == 0, black) << x << " " << y;
+  const std::string landscape = " --orientation landscape --paper 7x12mm --dpi 203 ";
+  for (const std::string& options : {paper, landscape}) {
+    const bool turned = options == landscape;  // clockwise
+    ASSERT_EQ(Run("{}page.pgm -o {}a.job" + options), 0) << Read("err.txt");
+    const std::string cost = Read("out.txt");
+    EXPECT_EQ(cost.substr(cost.find(": ")),
+              ": 1 label, 0 cuts, " + std::string(turned ? "15" : "10") + " mm of media, " +
+                  std::to_string(Read("a.job").size()) + " bytes, 1 image\n");
+    for (const char* rows : {"1", "7", "1000"}) {
+      EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (rows + options)), 0);
+      EXPECT_EQ(Job("b.job"), Job("a.job")) << rows;
     }
-  }
-  EXPECT_EQ(Read("out.txt").substr(Read("out.txt").find(": ")),
-            ": 1 label, 0 cuts, 10 mm of media, " + std::to_string(Read("a.job").size()) +
-                " bytes, 1 image\n");
-  for (const char* rows : {"1", "7", "1000"}) {
-    EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (rows + paper)), 0);
-    EXPECT_EQ(Job("b.job"), Job("a.job")) << rows;
+    // The label comes out as the job has it; a preview is the page as it was given.
+    const PngImage image = ImageOf(Job("a.job"));
+    ASSERT_EQ(RunVlx("preview {}page.pgm -o {}seen.png" + options), 0) << Read("err.txt");
+    ASSERT_EQ(RunVlx("view {}a.job -o {} --dpi 203"), 0) << Read("err.txt");
+    const PngImage preview = DecodePng(Read("seen.png")), view = DecodePng(Read("a-0001.png"));
+    int wrong = 0;
+    for (unsigned y = 0; y < 56; ++y) {
+      for (unsigned x = 0; x < 96; ++x) {
+        const bool black = x < 81 && y < 47 && page[y * 81 + x] == '\0';
+        for (const PngImage* label : {&image, &view}) {
+          wrong += ((turned ? label->At(55 - y, x) : label->At(x, y)) == 0) != black;
+        }
+        wrong += (preview.At(x, y) < 128) != black;
+      }
+    }
+    EXPECT_EQ(wrong, 0) << options;
   }
 }
 
-TEST_F(Print, LandscapePageIsTurnedClockwise) {
-  const std::string landscape = " --orientation landscape --paper 7x12mm --dpi 203 ";
-  ASSERT_EQ(Run("{}page.pgm -o {}a.job" + landscape), 0) << Read("err.txt");
-  const PngImage image = ImageOf(Job("a.job"));
-  ASSERT_EQ(std::pair(image.width, image.height), std::pair(56u, 96u));
-  for (unsigned y = 0; y < 47; ++y) {
-    for (unsigned x = 0; x < 81; ++x) {
-      ASSERT_EQ(image.At(55 - y, x) == 0, page[y * 81 + x] == '\0') << x << " " << y;
-    }
-  }
-  for (const char* columns : {"1", "9", "1000"}) {
-    EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (columns + landscape)), 0);
-    EXPECT_EQ(Job("b.job"), Job("a.job")) << columns;
+TEST_F(Print, PreviewOfSeveralPagesNeedsAFolder) {
+  EXPECT_EQ(RunVlx("preview {}page.pgm {}page.pgm -o {}seen.png" + paper), 2);
+  EXPECT_FALSE(std::filesystem::exists(home.Path("seen.png")));
+  ASSERT_EQ(RunVlx("preview {}page.pgm {}page.pgm -o {}new/folder" + paper), 0) << Read("err.txt");
+  EXPECT_EQ(DecodePng(Read("new/folder/page-0002.png")).width, 96u);
+}
+
+TEST_F(Print, MistypedWordsAreAnsweredWithTheNearest) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"prewiev", "vlx: there is no command \"prewiev\"; did you mean \"preview\"?"},
+      {"settings shw", "vlx settings: there is no command \"shw\"; did you mean \"show\"?"},
+      {"print {}page.pgm --orientatoin=portrait", "did you mean \"--orientation\"?"},
+      {"stocks all", "vlx stocks: \"all\" is not expected"},
+      {"print {}page.pgm --copies 0", "vlx print: --copies"},
+  };
+  for (const auto& [arguments, message] : rows) {
+    EXPECT_EQ(RunVlx(arguments), 2) << arguments;
+    EXPECT_NE(Read("err.txt").find(message), std::string::npos) << Read("err.txt");
   }
 }
 
@@ -165,23 +183,22 @@ class NetworkPrinter {
   std::thread m_thread;
 };
 
-TEST_F(Print, NetworkPrinterGetsTheSameJob) {
-  NetworkPrinter printer(std::size_t{1} << 30);
-  ASSERT_EQ(
-      Run("{}page.pgm -o {}a.job --to tcp://127.0.0.1:" + std::to_string(printer.port) + paper), 0);
-  printer.Join();
-  EXPECT_EQ(printer.job, Read("a.job"));
-}
-
-TEST_F(Print, PrinterThatHangsUpIsReported) {
+TEST_F(Print, NetworkPrinterGetsTheSameJobAndItsHangUpIsReported) {
   std::string pages;
   for (int i = 0; i < 300; ++i) pages += Read("page.pgm");
   home.WriteFile("many.pgm", pages);
-  NetworkPrinter printer(1);
-  EXPECT_EQ(
-      Run("{}many.pgm -o {}a.job --to tcp://127.0.0.1:" + std::to_string(printer.port) + paper), 7);
+  const auto print = [this](NetworkPrinter& printer) {
+    const std::string port = std::to_string(printer.port);
+    return Run("{}many.pgm -o {}a.job --to tcp://127.0.0.1:" + port + paper);
+  };
+  NetworkPrinter hangsUp(1);
+  EXPECT_EQ(print(hangsUp), 7);
   EXPECT_NE(Read("err.txt").find("a part of the job only"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(home.Path("a.job")));
+  NetworkPrinter printer(std::size_t{1} << 30);
+  ASSERT_EQ(print(printer), 0);
+  printer.Join();
+  EXPECT_EQ(printer.job, Read("a.job"));
 }
 
 }  // namespace

@@ -1,13 +1,9 @@
 // Pages go through the real plug-in into a job, and the virtual printer has to give them back.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
 #include <cmath>
-#include <fstream>
 #include <random>
 
-#include "tests/support/temp_home.h"
+#include "tests/host/vlx_process.h"
 #include "viewer/job_view.h"
 
 namespace {
@@ -41,13 +37,10 @@ Page RandomPage(int width, int height, bool red, std::mt19937& random) {
 }
 
 std::string Ppm(const Page& page) {
+  const std::string colours[] = {"\xFF\xFF\xFF", std::string(3, '\0'), {"\xFF\0\0", 3}};
   std::string file =
       "P6 " + std::to_string(page.width) + " " + std::to_string(page.height) + " 255\n";
-  for (const char ink : page.ink) {
-    file += ink == kWhite ? std::string("\xFF\xFF\xFF")
-            : ink == kRed ? std::string("\xFF\0\0", 3)
-                          : std::string(3, '\0');
-  }
+  for (const char ink : page.ink) file += colours[static_cast<int>(ink)];
   return file;
 }
 
@@ -80,52 +73,36 @@ struct Case {
   int Dots(double mm) const { return static_cast<int>(std::lround(mm * dpi / 25.4)); }
 };
 
-class RoundTrip : public ::testing::Test {
+class RoundTrip : public VlxProcess {
  protected:
   std::string Print(const Case& how, const std::vector<Page>& pages) {
     std::string stream;
-    for (const Page& page : pages) stream += Ppm(page);
+    for (const Page& sheet : pages) stream += Ppm(sheet);
     home.WriteFile("pages.ppm", stream);
     home.WriteFile("settings.toml", how.Settings());
-    const std::string command = "'" VLX_PATH "' print - --settings " + home.Path("settings.toml") +
-                                " -o " + home.Path("job") + " <" + home.Path("pages.ppm") + " >" +
-                                home.Path("out.txt") + " 2>&1";
-    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 0) << how.Settings() << Read("out.txt");
+    EXPECT_EQ(Run("- --settings {}settings.toml -o {}job <{}pages.ppm"), 0)
+        << how.Settings() << Read("err.txt");
     return Read("job");
   }
-  std::string Read(const std::string& name) const {
-    std::ifstream file(home.Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  TempHome home;
 };
 
 // What a label shows, reckoned dot by dot from the page and the paper alone.
 struct Expected {
   int width, length;
-  std::vector<char> black, red;
+  std::vector<char> black = std::vector<char>(width * length), red = black;
 };
 
-void Lay(const Case& how, const Page& image, char ink, double paperWidth, double paperLength,
-         double shiftMm, Expected& label, std::vector<char>& plane) {
+void Lay(const Case& how, const Page& image, char ink, double shiftMm, Expected& label,
+         std::vector<char>& plane) {
   for (int y = 0; y < image.height; ++y) {
     for (int x = 0; x < image.width; ++x) {
       if (image.At(x, y) != ink) continue;
-      int px = 0, py = 0;
-      switch (how.rotation) {
-        case 0:
-          px = how.Dots(paperWidth + shiftMm) - 1 - x, py = how.Dots(paperLength) - 1 - y;
-          break;
-        case 1:
-          px = how.Dots(shiftMm) + y, py = how.Dots(paperWidth) - 1 - x;
-          break;
-        case 2:
-          px = how.Dots(shiftMm) + x, py = y;
-          break;
-        case 3:
-          px = how.Dots(paperLength + shiftMm) - 1 - y, py = x;
-          break;
-      }
+      const std::pair<int, int> turned[] = {
+          {how.Dots(how.widthMm + shiftMm) - 1 - x, how.Dots(how.lengthMm) - 1 - y},
+          {how.Dots(shiftMm) + y, how.Dots(how.widthMm) - 1 - x},
+          {how.Dots(shiftMm) + x, y},
+          {how.Dots(how.lengthMm + shiftMm) - 1 - y, x}};
+      auto [px, py] = turned[how.rotation];
       px += how.Dots(how.offsetX), py += how.Dots(how.offsetY);
       if (px >= 0 && py >= 0 && px < label.width && py < label.length) {
         plane[py * label.width + px] = 1;
@@ -164,14 +141,11 @@ Page OwnImage(const Case& how, const Page& page) {
 Expected Expect(const Case& how, const Page& page) {
   const Page image = OwnImage(how, page);
   const bool odd = how.rotation % 2 != 0;
-  Expected expected;
-  expected.width = how.Dots((odd ? how.lengthMm : how.widthMm) - how.left - how.right);
-  expected.length = how.Dots((odd ? how.widthMm : how.lengthMm) - how.top - how.bottom);
-  expected.black.resize(expected.width * expected.length);
-  expected.red = expected.black;
-  Lay(how, image, kBlack, how.widthMm, how.lengthMm, 0, expected, expected.black);
+  Expected expected = {how.Dots((odd ? how.lengthMm : how.widthMm) - how.left - how.right),
+                       how.Dots((odd ? how.widthMm : how.lengthMm) - how.top - how.bottom)};
+  Lay(how, image, kBlack, 0, expected, expected.black);
   // The highlight is placed one paper's width further, the half of the head one label's width.
-  Lay(how, image, kRed, how.widthMm, how.lengthMm, how.left + how.right, expected, expected.red);
+  Lay(how, image, kRed, how.left + how.right, expected, expected.red);
   return expected;
 }
 
@@ -212,20 +186,20 @@ TEST_F(RoundTrip, EveryPageComesOutInItsPlaceToTheDot) {
     }
     const std::string job = Print(how, pages);
     viewer::JobView view(job, how.dpi);
-    for (const Page& page : pages) {
+    for (const Page& sheet : pages) {
       const std::optional<viewer::DrawnLabel> drawn = view.Next();
       ASSERT_TRUE(drawn && drawn->picture) << how.Settings();
       EXPECT_EQ(drawn->label.copies, how.copies);
-      const Expected expected = Expect(how, page);
+      const Expected expected = Expect(how, sheet);
       ASSERT_EQ(int(drawn->picture->black.width), expected.width) << how.Settings();
       ASSERT_EQ(int(drawn->picture->black.height), expected.length) << how.Settings();
       EXPECT_EQ(Differences(drawn->picture->black, expected.black), 0) << i << how.Settings();
       EXPECT_EQ(Differences(drawn->picture->highlight, expected.red), 0) << i << how.Settings();
       if (how.landscape || how.offsetX != 0 || how.left != 0) continue;
       const viewer::LabelPicture upright = viewer::Turn(*drawn->picture, drawn->turn);
-      std::vector<char> black(page.ink.size());
-      for (std::size_t dot = 0; dot < black.size(); ++dot) black[dot] = page.ink[dot] == kBlack;
-      ASSERT_EQ(int(upright.black.width), page.width);
+      std::vector<char> black(sheet.ink.size());
+      for (std::size_t dot = 0; dot < black.size(); ++dot) black[dot] = sheet.ink[dot] == kBlack;
+      ASSERT_EQ(int(upright.black.width), sheet.width);
       EXPECT_EQ(Differences(upright.black, black), 0) << i << how.Settings();
     }
     EXPECT_FALSE(view.Next());
