@@ -5,15 +5,12 @@
 #include <set>
 
 #include "config/oemdev_fields.h"
-#include "platform/fault.h"
 #include "tests/support/temp_home.h"
 
 namespace {
 
 class StockCatalogue : public ::testing::Test {
  protected:
-  ~StockCatalogue() override { PlatformSetFaultHook(nullptr, nullptr); }
-
   // The stocks of a catalogue with these subkeys below "Stocks".
   StockList Load(const std::string& stocks) {
     std::string text = "Windows Registry Editor Version 5.00\n";
@@ -82,15 +79,6 @@ TEST_F(StockCatalogue, NamesAreStrippedForTheKey) {
   StockList list(2);
   LoadStocksForPrinter(list, &list);  // no printer's handle
   EXPECT_TRUE(list.empty());
-}
-
-TEST_F(StockCatalogue, FailingRegistryEndsTheListAndTheLoop) {
-  PlatformSetFaultHook([](const char* call, void*) { return std::string(call) == "RegEnumKeyExW"; },
-                       nullptr);
-  EXPECT_TRUE(Load("[S1]\n[S2]\n").empty());
-  PlatformSetFaultHook([](const char* call, void*) { return std::string(call) == "CoCreateGuid"; },
-                       nullptr);
-  EXPECT_TRUE(Load("[S1]\n[S2]\n").empty());
 }
 
 TEST(OemDevFieldTable, CoversTheRecordWithoutOverlap) {

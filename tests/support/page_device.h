@@ -21,10 +21,7 @@ class PageDevice : public Device {
     for (INT y = 0; y < height; ++y) {
       for (INT x = 0; x < width; ++x) {
         const DWORD rgb = color(x, y);
-        BYTE* pixel = buffer + y * stride + 3 * x;
-        pixel[0] = static_cast<BYTE>(rgb);
-        pixel[1] = static_cast<BYTE>(rgb >> 8);
-        pixel[2] = static_cast<BYTE>(rgb >> 16);
+        for (INT i = 0; i < 3; ++i) buffer[y * stride + 3 * x + i] = BYTE(rgb >> 8 * i);
       }
     }
     state.SetPageBuffer(buffer, stride * height);
