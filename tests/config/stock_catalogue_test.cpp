@@ -23,10 +23,6 @@ class StockCatalogue : public ::testing::Test {
     LoadStocks(list, u"D", u"P");
     return list;
   }
-  static std::string Text(std::size_t length) {
-    return "\"DisplayName\"=\"" + std::string(length, 'n') + "\"\n";
-  }
-
   TempHome home;
 };
 
@@ -37,11 +33,9 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
       "\"PaperWidth\"=hex:01,02,03\n\"Id\"=\"{0000000A-000b-000C-0D0E-0f1011121314}\"\n");
   ASSERT_EQ(list.size(), 2u);
   const StockItem& empty = list.front();
-  EXPECT_EQ(empty.dwPaperWidth, 9000u);
-  EXPECT_EQ(empty.dwPaperLength, 6000u);
-  EXPECT_EQ(empty.dwSensorType, 2u);
-  EXPECT_EQ(empty.dwNumberCopies, 1u);
-  EXPECT_EQ(empty.displayName, u"");
+  EXPECT_EQ(std::tuple(empty.dwPaperWidth, empty.dwPaperLength, empty.dwSensorType,
+                       empty.dwNumberCopies, empty.displayName),
+            std::tuple(9000u, 6000u, 2u, 1u, u""));
   EXPECT_NE(empty.guid, GUID{});
   const StockItem& full = list.back();
   EXPECT_EQ(full.dwDarkness, 7u);
@@ -53,8 +47,11 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
 }
 
 TEST_F(StockCatalogue, NameHasRoomFor129Characters) {
-  EXPECT_EQ(Load("[S1]\n" + Text(129)).front().displayName.size(), 129u);
-  EXPECT_EQ(Load("[S1]\n" + Text(130)).front().displayName.size(), 0u);
+  for (const std::size_t length : {129, 130}) {
+    const std::string name(length, 'n');
+    const StockList list = Load("[S1]\n\"DisplayName\"=\"" + name + "\"\n");
+    EXPECT_EQ(list.front().displayName.size(), length == 129 ? 129u : 0u);
+  }
 }
 
 TEST_F(StockCatalogue, StockWithoutIdentityComesFirst) {

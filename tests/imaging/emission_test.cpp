@@ -102,30 +102,20 @@ TEST_F(Emission, BothSidesShowTheOneColourImageTwice) {
   EXPECT_EQ(device.Downloads("1").at(0).width, 30u);
 }
 
-TEST_F(Emission, MissingArgumentWritesNothing) {
+TEST_F(Emission, WhatIsMissingIsNotPlacedOrNotWritten) {
   const BitmapOwner image = Image(8, 8, {});
-  const auto refused = [&] {
-    SetLastError(0);
-    EXPECT_EQ(Send(image), 0);
-    EXPECT_EQ(GetLastError(), 87u);
-    EXPECT_TRUE(device.writes.empty());
-  };
-  EXPECT_EQ(SendImageToPrinter(nullptr, nullptr, nullptr, false, false), 0);
-  device.object.pOEMDM = nullptr;
-  refused();
-  device.object.pdevOEM = nullptr;
-  refused();
-  device.surface.dhpdev = nullptr;
-  refused();
-}
-
-TEST_F(Emission, NoPublicDevmodeMeansNoPlacement) {
   device.object.pPublicDM = nullptr;
-  EXPECT_EQ(Send(Image(8, 8, {})), 1);
-  EXPECT_EQ(device.Downloads("0").size(), 1u);
-  EXPECT_EQ(device.writes.back(),
-            "\x1B"
-            "end-of-data\r\n");
+  EXPECT_EQ(Send(image), 1);
+  EXPECT_EQ(device.writes.size(), 4u);  // the image alone
+  EXPECT_EQ(SendImageToPrinter(nullptr, nullptr, nullptr, false, false), 0);
+  const auto refused = [&] { return Send(image) == 0 && device.writes.empty(); };
+  device.object.pOEMDM = nullptr;
+  EXPECT_TRUE(refused());
+  device.object.pdevOEM = nullptr;
+  EXPECT_TRUE(refused());
+  device.surface.dhpdev = nullptr;
+  EXPECT_TRUE(refused());
+  EXPECT_EQ(GetLastError(), 87u);
 }
 
 }  // namespace

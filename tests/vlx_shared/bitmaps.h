@@ -39,17 +39,25 @@ class Bitmaps : public ::testing::Test {
     Bitmap* bitmap =
         Own(BitmapHelper::CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, WTEXT("page")));
     const Gdiplus::BitmapData data = Lock(bitmap);
-    for (INT y = 0; y < height; ++y) {
-      for (INT x = 0; x < width; ++x) {
-        const DWORD rgb = color(x, y);
-        for (int i = 0; i < 3; ++i) Row(data, y)[3 * x + i] = static_cast<BYTE>(rgb >> (8 * i));
-      }
+    for (INT i = 0; i < width * height; ++i) {
+      const DWORD rgb = color(i % width, i / width);
+      BYTE* pixel = Row(data, i / width) + i % width * 3;
+      for (int k = 0; k < 3; ++k) pixel[k] = static_cast<BYTE>(rgb >> (8 * k));
     }
     return bitmap;
   }
   static DWORD Pixel(Bitmap* bitmap, INT x, INT y) {
     const BYTE* pixel = Row(Lock(bitmap), y) + 3 * x;
     return pixel[0] | pixel[1] << 8 | pixel[2] << 16;
+  }
+
+  // The part of a bitmap that is covered with dots.
+  static double Covered(Bitmap* dots) {
+    const INT width = static_cast<INT>(dots->GetWidth());
+    const INT count = width * static_cast<INT>(dots->GetHeight());
+    double black = 0;
+    for (INT i = 0; i < count; ++i) black += Pixel(dots, i % width, i / width) == 0;
+    return black / count;
   }
 
   ULONG_PTR token = 0;

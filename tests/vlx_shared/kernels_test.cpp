@@ -80,9 +80,9 @@ TEST_F(Kernels, RowsAreEqual) {
       Compare(bytes,
               [&](auto& k, BYTE* b) { return k.Split(b, width, mixture, b + at, b + second); });
       const INT period = 1 + static_cast<INT>(random() % 70);
-      std::vector<BYTE> thresholds(period + kStripMargin);
-      for (std::size_t i = 0; i < thresholds.size(); ++i) {
-        thresholds[i] = i < std::size_t(period) ? 1 + random() % 255 : thresholds[i - period];
+      std::vector<BYTE> thresholds;
+      for (INT i = 0; i < period + kStripMargin; ++i) {
+        thresholds.push_back(i < period ? 1 + random() % 255 : thresholds[i - period]);
       }
       Compare(bytes, [&](auto& k, BYTE* b) {
         return k.Screen(b + at, width, thresholds.data(), period), 0;
