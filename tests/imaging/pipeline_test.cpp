@@ -111,29 +111,23 @@ TEST_F(Pipeline, PageNeverShowsThroughOnTheNext) {
   struct Row {
     INT width, height, offsetX;
     SHORT orientation;
-    DWORD mode;
-    DWORD crop;
+    DWORD mode, crop;
   };
   const Row rows[] = {{333, 150, 0, 1, 1, 0}, {333, 150, 40, 2, 1, 0}, {150, 333, 3, 2, 2, 0},
                       {331, 151, 0, 1, 2, 1}, {90, 60, 9, 1, 1, 1},    {700, 40, 0, 2, 1, 1}};
   const RandomPage dirt(350, 340, {kBlack, kWhitePixel, kRed, 0x808080}, 5);
   const auto files = [this] {
-    std::vector<std::string> pngs;
-    for (const std::string& write : device.writes) {
-      if (write.starts_with("\x89PNG")) pngs.push_back(write);
-    }
-    return pngs;
+    std::erase_if(device.writes, [](const auto& write) { return !write.starts_with("\x89PNG"); });
+    return device.writes;
   };
   for (const Row& row : rows) {
     // Mostly paper, with grey and red and an edge left blank.
-    const RandomPage spots(row.width, row.height, {0x606060, kRed, kBlack}, 8);
-    RandomPage page(row.width, row.height, {kWhitePixel});
+    RandomPage page(row.width, row.height, {kWhitePixel, kWhitePixel, 0x606060, kRed, kBlack}, 8);
     for (INT i = 0; i < row.width * row.height; ++i) {
-      if (i % row.width > 20 && i / row.width > 10 && i % 11 < 3) page.pixels[i] = spots.pixels[i];
+      if (i % row.width <= 20 || i / row.width <= 10) page.pixels[i] = kWhitePixel;
     }
     device.devmode.dwColorMode = row.mode;
-    device.devmode.bCropToContent = row.crop;
-    device.devmode.dwRotation = row.crop;
+    device.devmode.bCropToContent = device.devmode.dwRotation = row.crop;
     device.state.gdiPhysOffsetX = row.offsetX;
     device.publicDevmode.dmOrientation = row.orientation;
     Forget();

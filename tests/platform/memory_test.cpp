@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/fault.h"
@@ -60,6 +62,7 @@ class Memory : public ::testing::Test {
     std::memset(block, 0xEE, size);
     LocalFree(block);
   }
+
   ULONG_PTR token = 0;
 };
 

@@ -32,8 +32,8 @@ TEST(CodePage, HoldsWhatThePlatformsDoes) {
 std::string ReadText(const std::string& path) {
   std::FILE* file = _fsopen(path.c_str(), "r", _SH_DENYNO);
   if (file == nullptr) return "<none>";
-  std::string content(20000, '\0');
-  content.resize(std::fread(content.data(), 1, content.size(), file));
+  std::string content;
+  for (int c; (c = std::fgetc(file)) != EOF;) content.push_back(static_cast<char>(c));
   std::fclose(file);
   return content;
 }

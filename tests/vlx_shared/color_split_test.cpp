@@ -96,11 +96,8 @@ TEST_F(ColorSplit, AntiAliasedEdgesHaveNoFringe) {
           Split(Page(256, 64, [&](INT x, INT) { return blend(x); }), color, tolerance);
       const Inks grey =
           Split(Page(256, 64, [](INT x, INT) { return x * 0x010101u; }), color, tolerance);
-      for (INT i = 0; i < 256 * 64; ++i) {
-        ASSERT_NE(Pixel(colored.black, i % 256, i / 256), 0u)
-            << std::hex << color << ' ' << i % 256;
-        ASSERT_NE(Pixel(grey.highlight, i % 256, i / 256), 0u) << std::hex << color;
-      }
+      EXPECT_EQ(Covered(colored.black), 0) << std::hex << color;
+      EXPECT_EQ(Covered(grey.highlight), 0) << std::hex << color;
       EXPECT_NEAR(Covered(colored.highlight), 0.5, tolerance / 8 + 0.01) << std::hex << color;
     }
   }
