@@ -17,13 +17,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (file == nullptr) return 0;
   try {
     PageImage page;
-    if (data[0] == 0x89) {
-      ReadPng(file, "case", page);
+    const bool png = data[0] == 0x89;
+    if (png) ReadPng(file, "case", page);
+    while (png || ReadPnm(file, "case", page)) {
       if (page.pixels.size() < page.strideBytes * page.heightPx) std::abort();
-    } else {
-      while (ReadPnm(file, "case", page)) {
-        if (page.pixels.size() < page.strideBytes * page.heightPx) std::abort();
-      }
+      if (png) break;
     }
   } catch (const HostError&) {
   } catch (const std::bad_alloc&) {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-#include <png.h>
 
 #include <random>
 
 #include "host/error.h"
 #include "host/page_raster.h"
+#include "tests/support/png_image.h"
 #include "tests/support/temp_home.h"
 
 namespace {
@@ -89,24 +89,10 @@ TEST(PageReader, RefusesWhatIsNoWholePage) {
             "error: breaks off in the middle of a page; export it again");
 }
 
-std::string WritePng(png_uint_32 format, const void* pixels, int width) {
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(width);
-  image.height = 1;
-  image.format = format;
-  png_alloc_size_t size = 0;
-  png_image_write_get_memory_size(image, size, 0, pixels, 0, nullptr);
-  std::string file(size, '\0');
-  png_image_write_to_memory(&image, file.data(), &size, 0, pixels, 0, nullptr);
-  return file;
-}
-
 TEST(PageReader, ReadsPngOnWhite) {
-  const BYTE rgba[] = {255, 0, 0, 255, 0, 0, 0, 0, 0, 0, 0, 128};
-  EXPECT_EQ(ReadPages(WritePng(PNG_FORMAT_RGBA, rgba, 3)).at(0), "3x1 ff0000 ffffff 7f7f7f");
-  const BYTE grey[] = {7};
-  const std::string file = WritePng(PNG_FORMAT_GRAY, grey, 1);
+  const std::string rgba = "\xFF\0\0\xFF\0\0\0\0\0\0\0\x80"s;
+  EXPECT_EQ(ReadPages(EncodePng(PNG_FORMAT_RGBA, rgba, 3)).at(0), "3x1 ff0000 ffffff 7f7f7f");
+  const std::string file = EncodePng(PNG_FORMAT_GRAY, "\7", 1);
   EXPECT_EQ(ReadPages(file).at(0), "1x1 070707");
   for (std::size_t size = 8; size < file.size() - 12; size += 7) {
     EXPECT_TRUE(ReadPages(file.substr(0, size)).at(0).starts_with("error: is not a whole PNG"));

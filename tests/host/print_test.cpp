@@ -8,7 +8,15 @@
 
 namespace {
 
-using Print = VlxProcess;
+class Print : public VlxProcess {
+ protected:
+  // Neither a job nor a part of one is left.
+  void ExpectNoJob() const {
+    for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
+      EXPECT_EQ(entry.path().filename().string().find("job"), std::string::npos) << entry;
+    }
+  }
+};
 
 TEST_F(Print, PageArrivesDotForDotWhateverTheBands) {
   const std::string landscape = " --orientation landscape --paper 7x12mm --dpi 203 ";
@@ -19,6 +27,9 @@ TEST_F(Print, PageArrivesDotForDotWhateverTheBands) {
     EXPECT_EQ(cost.substr(cost.find(": ")),
               ": 1 label, 0 cuts, " + std::string(turned ? "15" : "10") + " mm of media, " +
                   std::to_string(Read("a.job").size()) + " bytes, 1 image\n");
+    ASSERT_EQ(Run("- --name page.pgm -o - <{}page.pgm" + options), 0) << Read("err.txt");
+    EXPECT_NE(Read("err.txt").find("standard output: 1 label"), std::string::npos);
+    EXPECT_EQ(Job("out.txt"), Job("a.job"));
     for (const char* rows : {"1", "7", "1000"}) {
       EXPECT_EQ(Run("{}page.pgm -o {}b.job --band-rows " + (rows + options)), 0);
       EXPECT_EQ(Job("b.job"), Job("a.job")) << rows;
@@ -63,26 +74,6 @@ TEST_F(Print, MistypedWordsAreAnsweredWithTheNearest) {
   }
 }
 
-TEST_F(Print, RecordSavedIsTheRecordUsed) {
-  ASSERT_EQ(Run("{}page.pgm -o {}a.job --set print.speed=77 --save-devmode {}r" + paper), 0);
-  EXPECT_EQ(Read("r").size(), 2708u);
-  ASSERT_EQ(Run("{}page.pgm -o {}b.job --devmode {}r" + paper), 0);
-  EXPECT_EQ(Job("b.job"), Job("a.job"));
-  EXPECT_NE(Job("a.job").find("\r\nH77,"), std::string::npos);
-  home.WriteFile("r", "no record");
-  EXPECT_EQ(Run("{}page.pgm -o {}c.job --devmode {}r" + paper), 4);
-}
-
-TEST_F(Print, StreamOfPagesIsOneJob) {
-  home.WriteFile("three.pgm", Read("page.pgm") + Read("page.pgm") + Read("page.pgm"));
-  ASSERT_EQ(Run("- -o - --copies 2" + paper + "< {}three.pgm"), 0) << Read("err.txt");
-  EXPECT_NE(Read("err.txt").find("standard output: 6 labels"), std::string::npos);
-  const std::string job = Read("out.txt");
-  std::size_t labels = 0;
-  for (std::size_t at = 0; (at = job.find("\r\nA2\r\n", at)) != job.npos; ++at) ++labels;
-  EXPECT_EQ(labels, 3u);
-}
-
 TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
   home.WriteFile("cut.pgm", Read("page.pgm") + "P5 81");
   const std::pair<const char*, int> rows[] = {
@@ -95,6 +86,7 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
       {"{}page.pgm -o {}a.job --paper 5x5mm", 4},
       {"{}page.pgm -o {}a.job --paper 12x7", 4},
       {"{}page.pgm -o {}a.job --devmode {}", 3},
+      {"{}page.pgm -o {}a.job --devmode {}cut.pgm", 4},
       {"{}page.pgm -o {}a.job --settings {}", 3},
       {"{} -o {}a.job", 3},
       {"{}page.pgm -o {}a.job --paper 12x7mm --dpi 203 --set paper.margin_left=8mm "
@@ -107,9 +99,7 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
   };
   for (const auto& [arguments, code] : rows) {
     EXPECT_EQ(Run(arguments), code) << arguments << ": " << Read("err.txt");
-    for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
-      EXPECT_EQ(entry.path().filename().string().find("job"), std::string::npos) << arguments;
-    }
+    ExpectNoJob();
   }
   EXPECT_EQ(Run("{}page.pgm -o - --paper 5x5mm"), 4);
   EXPECT_EQ(Read("out.txt"), "");
@@ -120,9 +110,7 @@ TEST_F(Print, InterruptedJobLeavesNothing) {
                               "; sleep 2) | timeout 1 '" VLX_PATH "' print - -o " +
                               home.Path("a.job") + paper;
   ASSERT_EQ(WEXITSTATUS(std::system(command.c_str())), 124);
-  for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
-    EXPECT_EQ(entry.path().filename().string().find("a.job"), std::string::npos) << entry.path();
-  }
+  ExpectNoJob();
 }
 
 TEST_F(Print, PipeStaysAPipe) {

@@ -45,6 +45,9 @@ TEST_F(SettingsCommand, ShownRecordCanBeReadAgain) {
           << Read("err.txt") << Read("s.toml");
       ASSERT_EQ(Read("r2") == Read("r"), true) << Read("s.toml");
     }
+    const std::string shown = Job("a.job");
+    ASSERT_EQ(Run("{}page.pgm -o {}a.job --devmode {}r" + paper), 0) << Read("err.txt");
+    ASSERT_EQ(Job("a.job") == shown, true) << Read("s.toml");
   }
 }
 
@@ -57,8 +60,8 @@ TEST_F(SettingsCommand, ShowsPageSettingsAndRefusesOtherFiles) {
   EXPECT_EQ(RunVlx("settings devmode {}s.toml"), 4);
   EXPECT_NE(Read("err.txt").find("s.toml is no settings record"), std::string::npos);
   EXPECT_EQ(RunVlx("settings devmode {}none"), 3);
-  OEMDEV devmode = {};
-  devmode.header = {sizeof(OEMDEV), kOemDevSignature, kOemDevVersion};
+  std::mt19937 random;
+  OEMDEV devmode = RandomRecord(random);
   devmode.dwSensorType = 9;
   home.WriteFile("r", {reinterpret_cast<const char*>(&devmode), sizeof devmode});
   EXPECT_EQ(RunVlx("settings show {}r"), 4);

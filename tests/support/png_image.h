@@ -39,3 +39,17 @@ inline PngImage DecodePng(const std::string& bytes) {
   decoded.colorType = bytes[25];
   return decoded;
 }
+
+// A PNG file by libpng, of the format's pixels row by row; its height follows from their count.
+inline std::string EncodePng(png_uint_32 format, const std::string& pixels, std::size_t width) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  image.format = format;
+  image.width = static_cast<png_uint_32>(width);
+  image.height = static_cast<png_uint_32>(pixels.size() / width / PNG_IMAGE_PIXEL_SIZE(format));
+  png_alloc_size_t size = pixels.size() + 4096;
+  std::string file(size, '\0');
+  png_image_write_to_memory(&image, file.data(), &size, 0, pixels.data(), 0, nullptr);
+  file.resize(size);
+  return file;
+}

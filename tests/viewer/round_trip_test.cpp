@@ -48,7 +48,6 @@ std::string Ppm(const Page& page) {
 struct Case {
   int dpi, rotation;
   bool landscape, crop, once, two;
-  std::string model;
   double widthMm, lengthMm, left, right, top, bottom, offsetX, offsetY;
   int copies;
 
@@ -62,8 +61,7 @@ struct Case {
          << "mm\", offset_y = \"" << offsetY
          << "mm\"}\nprint = {crop = " << (crop ? "true" : "false")
          << ", setup_once = " << (once ? "true" : "false") << ", copies = " << copies
-         << ", model = \"" << model << "\"}\ncolour = {mode = \"" << (two ? "two" : "one")
-         << "\"}\n";
+         << "}\ncolour = {mode = \"" << (two ? "two" : "one") << "\"}\n";
     return text.str();
   }
   bool BetweenDots(double mm) const {
