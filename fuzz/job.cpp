@@ -56,7 +56,7 @@ extern "C" const char* __asan_default_options() {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   setenv("VLX_HOME", "/nonexistent", 1);
-  Machine::LoadPlugin();
+  static const LoadedPlugin plugin;
   return 0;
 }
 

@@ -1,8 +1,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "tests/Renderer/client.h"
 #include "tests/support/temp_home.h"
+#include "tests/torture/machine.h"
 
 namespace {
 
@@ -11,16 +11,9 @@ constexpr IID kIPrintOemUni = {
 
 class PluginObject : public ::testing::Test {
  protected:
-  // The object without a driver around it.
   void Create() {
-    IClassFactory* factory = nullptr;
-    ASSERT_EQ(client.GetClassObject(Client::kClass, IID_IClassFactory,
-                                    reinterpret_cast<void**>(&factory)),
-              S_OK);
-    ASSERT_EQ(
-        factory->CreateInstance(nullptr, IID_IPrintOemUni2, reinterpret_cast<void**>(&object)),
-        S_OK);
-    factory->Release();
+    ASSERT_TRUE(machine.Do('O'));
+    object = machine.Object();
   }
   std::string LastLine() const {
     const auto lines = home.LogLines();
@@ -28,40 +21,42 @@ class PluginObject : public ::testing::Test {
   }
 
   TempHome home;
-  Client client;
+  LoadedPlugin plugin;
+  Machine machine;
   IPrintOemUni2* object = nullptr;
 };
 
 TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
-  void* out = &client;
-  EXPECT_EQ(client.GetClassObject(Client::kClass, IID_IClassFactory, nullptr), E_POINTER);
-  EXPECT_EQ(client.GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
+  void* out = &machine;
+  EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(machine.GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
             CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(LastLine(), "error\t\tDllGetClassObject: Class not available!");
-  out = &client;
-  EXPECT_EQ(client.GetClassObject(Client::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
+  out = &machine;
+  EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(client.CanUnloadNow(), S_OK);
+  EXPECT_EQ(machine.CanUnloadNow(), S_OK);
 
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(client.GetClassObject(Client::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
-            S_OK);
+  ASSERT_EQ(
+      machine.GetClassObject(Machine::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
+      S_OK);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-  out = &client;
+  out = &machine;
   EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IClassFactory, &out), E_NOINTERFACE);
-  EXPECT_EQ(client.CanUnloadNow(), S_OK);
+  EXPECT_EQ(machine.CanUnloadNow(), S_OK);
   factory->LockServer(TRUE);
-  EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
+  EXPECT_EQ(machine.CanUnloadNow(), S_FALSE);
   factory->LockServer(FALSE);
   EXPECT_EQ(factory->Release(), 0u);
 }
 
 TEST_F(PluginObject, AnswersTwoInterfaces) {
   Create();
-  EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
+  EXPECT_EQ(machine.CanUnloadNow(), S_FALSE);
   void* out = nullptr;
   EXPECT_EQ(object->QueryInterface(IID_IUnknown, &out), S_OK);
   EXPECT_EQ(object->Release(), 1u);
@@ -75,7 +70,7 @@ TEST_F(PluginObject, AnswersTwoInterfaces) {
       0x4E4A7747, 0xBC76, 0x4AED, {0xAC, 0xC8, 0xC7, 0x6A, 0xF2, 0x2A, 0xAD, 0x43}};
   EXPECT_EQ(object->QueryInterface(kQuiet, &out), E_NOINTERFACE);
   EXPECT_EQ(home.LogLines().size(), lines);
-  EXPECT_EQ(object->Release(), 0u);
+  EXPECT_TRUE(machine.Do('o'));
 }
 
 TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
@@ -110,7 +105,6 @@ TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
   }
   EXPECT_EQ(object->GetInfo(1, nullptr, 4, nullptr), E_FAIL);
   EXPECT_EQ(GetLastError(), 87u);
-  object->Release();
 }
 
 TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
@@ -130,43 +124,10 @@ TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
   EXPECT_EQ(lines[lines.size() - 2],
             "trace\tRendering\tRenderer.COemUni2.GetImplementedMethod BEGIN (pMethodName=\u00E4)");
   EXPECT_EQ(object->GetImplementedMethod(nullptr), S_FALSE);
-  object->Release();
 }
 
-// The driver's helper interface as far as the plug-in looks at it.
-struct Helper final : IPrintOemDriverUni {
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    *ppv = riid == IID_IPrintOemDriverUni ? this : nullptr;
-    references += *ppv != nullptr;
-    return *ppv != nullptr ? S_OK : E_NOINTERFACE;
-  }
-  ULONG AddRef() override { return static_cast<ULONG>(++references); }
-  ULONG Release() override { return static_cast<ULONG>(--references); }
-  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
-    written_.append(static_cast<char*>(bytes), size);
-    *written = size - missing;
-    return S_OK;
-  }
-  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
-    return E_FAIL;
-  }
-  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_FAIL; }
-  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_FAIL; }
-  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override { return E_FAIL; }
-  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_FAIL; }
-  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
-                        POINTL*, MIX) override {
-    return E_FAIL;
-  }
-  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_FAIL; }
-
-  int references = 0;
-  DWORD missing = 0;
-  std::string written_;
-};
-
 TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
-  Helper first, second;
+  Machine other;
   Create();
   BYTE raster[] = {'a', 'b', 'c'};
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
@@ -174,19 +135,20 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(LastLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
             ">QueryInterface for IID_IPrintOemDriverUni failed)");
-  EXPECT_EQ(object->PublishDriverInterface(&first), S_OK);
-  EXPECT_EQ(object->PublishDriverInterface(&second), S_OK);
-  EXPECT_EQ(second.references, 0);
+  EXPECT_EQ(object->PublishDriverInterface(machine.DriverHelper()), S_OK);
+  EXPECT_EQ(object->PublishDriverInterface(other.DriverHelper()), S_OK);
+  EXPECT_EQ(other.helperReferences, 0);
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_OK);
   EXPECT_EQ(object->FilterGraphics(nullptr, nullptr, 0), S_OK);
-  first.missing = 1;
+  machine.failWrite = 3;
+  machine.writeFault = WriteFault::Short;
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
   EXPECT_EQ(LastLine(),
             "trace\tRendering\tRenderer.COemUni2.FilterGraphics END (S_FALSE, DrvWriteSpoolBuf "
             "failed)");
-  EXPECT_EQ(first.written_, "abcabc");
-  object->Release();
-  EXPECT_EQ(first.references, 0);
+  EXPECT_EQ(machine.writes, (std::vector<std::string>{"abc", "", "abc"}));
+  machine.Do('o');
+  EXPECT_EQ(machine.helperReferences, 0);
 }
 
 TEST_F(PluginObject, DeclinesWithTwoLines) {
@@ -203,16 +165,17 @@ TEST_F(PluginObject, DeclinesWithTwoLines) {
   ASSERT_EQ(lines.size(), before + 4);
   EXPECT_EQ(lines[before], "trace\tRendering\tRenderer.COemUni2.DriverDMS BEGIN");
   EXPECT_EQ(lines[before + 3], "trace\tRendering\tRenderer.COemUni2.WritePrinter END (E_NOTIMPL)");
-  object->Release();
 }
 
 TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
   {
-    Client client;
-    client.Enable(8, 8);
-    EXPECT_EQ(client.CanUnloadNow(), S_FALSE);
-    client.Disable();
-    EXPECT_EQ(client.CanUnloadNow(), S_OK);
+    const LoadedPlugin plugin;
+    Machine machine;
+    machine.Run("OVN");
+    EXPECT_EQ(Machine::CanUnloadNow(), S_FALSE);
+    machine.Run("Dvo");
+    EXPECT_EQ(machine.results, "");
+    EXPECT_EQ(Machine::CanUnloadNow(), S_OK);
   }
   EXPECT_EQ(dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }

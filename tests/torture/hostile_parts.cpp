@@ -131,7 +131,7 @@ void HostileLengths(Report& report, const TempHome& home, int share) {
         block.pOEMDMIn = length == 0 ? nullptr : record.get();
         block.pOEMDMOut = victim.machine.devmode.get();
         block.cbBufSize = sizeof base;
-        if (victim.machine.DevMode(mode, &block) != S_OK) continue;
+        if (victim.machine.Object()->DevMode(mode, &block) != S_OK) continue;
         if (std::memchr(victim.machine.devmode->szModelCode, 0, kModelCodeSize) == nullptr) {
           report.Find("a text without end is passed on");
         }

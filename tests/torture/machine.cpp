@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr CLSID kClass = {
-    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
-
 HRESULT (*getClassObject)(REFCLSID, REFIID, void**) = nullptr;
 HRESULT (*canUnloadNow)() = nullptr;
 
@@ -69,17 +66,24 @@ struct Machine::Helper : IPrintOemDriverUni {
   Machine& machine;
 };
 
-void Machine::LoadPlugin() {
-  void* module = dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
+LoadedPlugin::LoadedPlugin() : m_module(dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL)) {
+  if (m_module == nullptr) {
     std::fprintf(stderr, "%s\n", dlerror());
     std::exit(2);
   }
-  getClassObject = reinterpret_cast<decltype(getClassObject)>(dlsym(module, "DllGetClassObject"));
-  canUnloadNow = reinterpret_cast<decltype(canUnloadNow)>(dlsym(module, "DllCanUnloadNow"));
+  getClassObject = reinterpret_cast<decltype(getClassObject)>(dlsym(m_module, "DllGetClassObject"));
+  canUnloadNow = reinterpret_cast<decltype(canUnloadNow)>(dlsym(m_module, "DllCanUnloadNow"));
+}
+
+LoadedPlugin::~LoadedPlugin() { dlclose(m_module); }
+
+HRESULT Machine::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
+  return getClassObject(rclsid, riid, ppv);
 }
 
 HRESULT Machine::CanUnloadNow() { return canUnloadNow(); }
+
+IPrintOemDriverUni* Machine::DriverHelper() const { return m_helper.get(); }
 
 Machine::Machine()
     : devmode(std::make_unique<OEMDEV>()), m_helper(std::make_unique<Helper>(*this)) {
@@ -134,13 +138,24 @@ Function Machine::Hook(ULONG index) const {
   return nullptr;
 }
 
+Machine& Machine::Of(SURFOBJ* pso) {
+  return *static_cast<Machine*>(static_cast<DEVOBJ*>(pso->dhpdev)->hEngine);
+}
+
+BOOL Machine::Note(const char* function) {
+  const OutsidePlugin outside;
+  if (notesCalls) writes.emplace_back(function);
+  return driverResult;
+}
+
 bool Machine::NewContext(DEVOBJ& device) {
   device = {sizeof device, nullptr, this, m_printer, &publicDevmode, devmode.get(), &m_procedures};
   static DRVFN functions[] = {
-      {35, reinterpret_cast<PFN>(+[](SURFOBJ*, LPWSTR, DWORD) { return BOOL{TRUE}; })},
-      {34, reinterpret_cast<PFN>(+[](SURFOBJ*, FLONG) { return BOOL{TRUE}; })},
-      {33, reinterpret_cast<PFN>(+[](SURFOBJ*) { return BOOL{TRUE}; })},
-      {32, reinterpret_cast<PFN>(+[](SURFOBJ*) { return BOOL{TRUE}; })},
+      {35, reinterpret_cast<PFN>(
+               +[](SURFOBJ* pso, LPWSTR, DWORD) { return Of(pso).Note("DrvStartDoc"); })},
+      {34, reinterpret_cast<PFN>(+[](SURFOBJ* pso, FLONG) { return Of(pso).Note("DrvEndDoc"); })},
+      {33, reinterpret_cast<PFN>(+[](SURFOBJ* pso) { return Of(pso).Note("DrvStartPage"); })},
+      {32, reinterpret_cast<PFN>(+[](SURFOBJ* pso) { return Of(pso).Note("DrvSendPage"); })},
       {57, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })},
       {58, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })}};
   DRVENABLEDATA own = {0x10000, 6, functions};
@@ -178,10 +193,6 @@ HRESULT Machine::Band(const BITMAPINFOHEADER& header, const BYTE* pixels,
     return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(pixels), &ownHeader, nullptr,
                                      bandFormat, &ownParameters, &result);
   });
-}
-
-HRESULT Machine::DevMode(DWORD mode, POEMDMPARAM parameters) {
-  return m_plugin->DevMode(mode, parameters);
 }
 
 bool Machine::BandAt(LONG position) {
@@ -230,8 +241,9 @@ bool Machine::Do(char verb) {
   const auto hooked = [this](auto function, auto... arguments) {
     return function != nullptr && Inside([&] { return function(&m_surface, arguments...); });
   };
-  WCHAR name[] = WTEXT("torture");
+  WCHAR name[] = WTEXT("job");
   char method[] = "ImageProcessing";
+  ULONG left = 0;
   switch (verb) {
     case 'O':
       if (m_plugin != nullptr) return true;
@@ -257,9 +269,9 @@ bool Machine::Do(char verb) {
     case '-':
       if (verb == '-' && objectReferences == 1) return true;
       if (objectReferences == 1) Do('D');
-      m_plugin->Release();
+      left = m_plugin->Release();
       if (--objectReferences == 0) m_plugin = nullptr;
-      return true;
+      return left == static_cast<ULONG>(objectReferences);
     case '+':
       ++objectReferences;
       return m_plugin->AddRef() == static_cast<ULONG>(objectReferences);

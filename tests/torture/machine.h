@@ -15,6 +15,18 @@
 // What becomes of one spool write.
 enum class WriteFault { None, Nothing, Short, Raise };
 
+// The plug-in in this process; none is loaded twice, and no machine outlives it.
+class LoadedPlugin {
+ public:
+  LoadedPlugin();
+  ~LoadedPlugin();
+  LoadedPlugin(const LoadedPlugin&) = delete;
+  LoadedPlugin& operator=(const LoadedPlugin&) = delete;
+
+ private:
+  void* m_module;
+};
+
 class Machine {
  public:
   Machine();
@@ -22,9 +34,12 @@ class Machine {
   Machine(const Machine&) = delete;
   Machine& operator=(const Machine&) = delete;
 
-  // Loads the plug-in, once a process, before the first machine.
-  static void LoadPlugin();
+  static constexpr CLSID kClass = {
+      0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
+  static HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
   static HRESULT CanUnloadNow();
+  IPrintOemUni2* Object() const { return m_plugin; }
+  IPrintOemDriverUni* DriverHelper() const;
 
   // O object, o its release, + and - a further reference and its release, q queries,
   // V driver enabled, v disabled, N new device context, D disabled, L and U server lock and unlock,
@@ -41,8 +56,6 @@ class Machine {
   // A band as it is given, without a look at it.
   HRESULT Band(const BITMAPINFOHEADER& header, const BYTE* pixels, const IPPARAMS& parameters);
 
-  HRESULT DevMode(DWORD mode, POEMDMPARAM parameters);
-
   // The writes with the time in the header masked.
   std::vector<std::string> Writes() const;
 
@@ -56,6 +69,9 @@ class Machine {
   ULONG paletteColors = 0;  // above 0: the driver has a palette of its own
   DWORD jobId = 7;
   std::function<void()> beforeFirst;  // runs before the first verb of a job
+
+  bool notesCalls = false;   // puts calls of the driver's own functions among the writes
+  BOOL driverResult = TRUE;  // of those functions
 
   std::vector<std::string> writes;
   std::string results;  // the verbs that failed
@@ -78,6 +94,8 @@ class Machine {
   bool Page(char picture);
   bool BandAt(LONG position);
   bool Query();
+  BOOL Note(const char* function);
+  static Machine& Of(SURFOBJ* pso);
   DWORD Write(const void* bytes, DWORD size);
   static DWORD APIENTRY WriteSpool(PDEVOBJ device, PVOID bytes, DWORD size);
 
