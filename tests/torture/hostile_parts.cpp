@@ -60,7 +60,11 @@ OEMDEV FullRecord(const TempHome& home) {
   return *machine.devmode;
 }
 
-void EachValueOfEachByte(Report& report, Victim& victim, const OEMDEV& base, int share) {
+}  // namespace
+
+void EachByteOfTheRecord(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  const OEMDEV base = FullRecord(home);
   const int step = std::max(100 / share, 1);
   auto* bytes = reinterpret_cast<BYTE*>(victim.machine.devmode.get());
   for (std::size_t offset = 0; offset < sizeof base; ++offset) {
@@ -73,10 +77,12 @@ void EachValueOfEachByte(Report& report, Victim& victim, const OEMDEV& base, int
   }
 }
 
-void RandomRecords(Report& report, Victim& victim, const OEMDEV& base, long count) {
+void ManyRecords(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  const OEMDEV base = FullRecord(home);
   auto* bytes = reinterpret_cast<BYTE*>(victim.machine.devmode.get());
   const auto fields = OemDevFields();
-  for (long seed = 0; seed < count; ++seed) {
+  for (long seed = 0; seed < 3000L * share; ++seed) {
     report.Try("random record " + std::to_string(seed));
     std::mt19937 random(static_cast<unsigned>(seed));
     *victim.machine.devmode = base;
@@ -94,18 +100,6 @@ void RandomRecords(Report& report, Victim& victim, const OEMDEV& base, long coun
     }
     victim.Print();
   }
-}
-
-}  // namespace
-
-void EachByteOfTheRecord(Report& report, const TempHome& home, int share) {
-  Victim victim(report);
-  EachValueOfEachByte(report, victim, FullRecord(home), share);
-}
-
-void ManyRecords(Report& report, const TempHome& home, int share) {
-  Victim victim(report);
-  RandomRecords(report, victim, FullRecord(home), 3000L * share);
 }
 
 // Every length of a record, in a block of exactly that size, with heads that say something else.

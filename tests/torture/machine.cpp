@@ -21,6 +21,10 @@ auto Inside(Call&& call) {
   const InsidePlugin inside;
   return call();
 }
+template <typename Call>
+bool Succeeds(Call&& call) {
+  return Inside(call) == S_OK;
+}
 
 // 0xRRGGBB of a pixel: a has both colours, b only the black of it, c another picture.
 DWORD PixelOf(char picture, LONG x, LONG y) {
@@ -169,16 +173,16 @@ bool Machine::NewContext(DEVOBJ& device) {
     m_devInfo.hpalDefault = EngCreatePalette(PAL_INDEXED, paletteColors, colors, 0, 0, 0);
   }
   m_surface.dhpdev = &m_device;
-  return Inside([&] {
-           return m_plugin->EnablePDEV(&device, nullptr, 0, nullptr, sizeof info, &info,
-                                       sizeof m_devInfo, &m_devInfo, &own, &device.pdevOEM);
-         }) == S_OK;
+  return Succeeds([&] {
+    return m_plugin->EnablePDEV(&device, nullptr, 0, nullptr, sizeof info, &info, sizeof m_devInfo,
+                                &m_devInfo, &own, &device.pdevOEM);
+  });
 }
 
 bool Machine::Reset() {
   DEVOBJ old = m_device;
   bool done = NewContext(m_device);
-  done = done && Inside([&] { return m_plugin->ResetPDEV(&old, &m_device); }) == S_OK;
+  done = done && Succeeds([&] { return m_plugin->ResetPDEV(&old, &m_device); });
   Inside([&] { return m_plugin->DisablePDEV(&old); });
   const auto start = Hook<PFN_DrvStartDoc>(35);
   return done && start != nullptr && Inside([&] { return start(&m_surface, nullptr, 0); });
@@ -230,27 +234,20 @@ bool Machine::Page(char picture) {
   return Do('s');
 }
 
-bool Machine::Query() {
-  void* object = nullptr;
-  if (m_plugin->QueryInterface(IID_IPrintOemUni2, &object) != S_OK) return false;
-  m_plugin->Release();
-  return m_plugin->QueryInterface(IID_IClassFactory, &object) == E_NOINTERFACE && object == nullptr;
-}
-
 bool Machine::Do(char verb) {
   const auto hooked = [this](auto function, auto... arguments) {
     return function != nullptr && Inside([&] { return function(&m_surface, arguments...); });
   };
   WCHAR name[] = WTEXT("job");
-  char method[] = "ImageProcessing";
+  BYTE raster[] = "Image";
   ULONG left = 0;
   switch (verb) {
     case 'O':
       if (m_plugin != nullptr) return true;
-      if (Inside([&] {
+      if (!Succeeds([&] {
             return m_factory->CreateInstance(nullptr, IID_IPrintOemUni2,
                                              reinterpret_cast<void**>(&m_plugin));
-          }) != S_OK) {
+          })) {
         return false;
       }
       objectReferences = 1;
@@ -275,32 +272,25 @@ bool Machine::Do(char verb) {
     case '+':
       ++objectReferences;
       return m_plugin->AddRef() == static_cast<ULONG>(objectReferences);
-    case 'q':
-      return Query();
     case 'V':
       ++driverStarts;
-      return Inside([&] { return m_plugin->EnableDriver(0x10000, sizeof m_hooks, &m_hooks); }) ==
-             S_OK;
+      return Succeeds([&] { return m_plugin->EnableDriver(0x10000, sizeof m_hooks, &m_hooks); });
     case 'v':
       if (driverStarts > 0) --driverStarts;
-      return Inside([&] { return m_plugin->DisableDriver(); }) == S_OK;
+      return Succeeds([&] { return m_plugin->DisableDriver(); });
     case 'N':
       Do('D');
       return NewContext(m_device);
     case 'D': {
-      const bool done = Inside([&] { return m_plugin->DisablePDEV(&m_device); }) == S_OK;
+      const bool done = Succeeds([&] { return m_plugin->DisablePDEV(&m_device); });
       if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
       m_devInfo = {};
       return done;
     }
     case 'P':
-      return Inside([&] { return m_plugin->PublishDriverInterface(m_helper.get()); }) == S_OK;
+      return Succeeds([&] { return m_plugin->PublishDriverInterface(m_helper.get()); });
     case 'F':
-      return Inside([&] {
-               return m_plugin->FilterGraphics(&m_device, reinterpret_cast<PBYTE>(method), 5);
-             }) == S_OK;
-    case 'g':
-      return Inside([&] { return m_plugin->GetImplementedMethod(method); }) == S_OK;
+      return Succeeds([&] { return m_plugin->FilterGraphics(&m_device, raster, 5); });
     case 'S':
       return hooked(Hook<PFN_DrvStartDoc>(35), LPWSTR{name}, jobId);
     case 'E':

@@ -41,9 +41,9 @@ class Machine {
   IPrintOemUni2* Object() const { return m_plugin; }
   IPrintOemDriverUni* DriverHelper() const;
 
-  // O object, o its release, + and - a further reference and its release, q queries,
+  // O object, o its release, + and - a further reference and its release,
   // V driver enabled, v disabled, N new device context, D disabled, L and U server lock and unlock,
-  // P helper interface published, F raster data passed on, g information asked for,
+  // P helper interface published, F raster data passed on,
   // S document, E its end, X its abort, p page started, i a band, s page sent,
   // a b c whole pages, r device context reset within the document.
   // False when the plug-in reported a failure; an unknown letter is true.
@@ -93,7 +93,6 @@ class Machine {
   bool Reset();
   bool Page(char picture);
   bool BandAt(LONG position);
-  bool Query();
   BOOL Note(const char* function);
   static Machine& Of(SURFOBJ* pso);
   DWORD Write(const void* bytes, DWORD size);
