@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "tests/torture/faults.h"
 #include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
@@ -174,23 +173,18 @@ class FaultRun {
   Outcome m_good;
 };
 
-void FailAll(Report& report, const TempHome& home, Domain domain, int share) {
+}  // namespace
+
+template <Domain domain>
+void FailEach(Report& report, const TempHome& home, int share) {
   for (const Scenario& scenario : Scenarios()) {
     FaultRun run(report, home, scenario, domain);
     run.FailFrom(share, false);
     run.FailFrom(share, true);
   }
 }
-
-}  // namespace
-
-void FailEachCall(Report& report, const TempHome& home, int share) {
-  FailAll(report, home, Domain::Calls, share);
-}
-
-void FailEachRequestForMemory(Report& report, const TempHome& home, int share) {
-  FailAll(report, home, Domain::Memory, share);
-}
+template void FailEach<Domain::Calls>(Report&, const TempHome&, int);
+template void FailEach<Domain::Memory>(Report&, const TempHome&, int);
 
 // The spooler's answer is never looked at: the plug-in offers the same writes, byte for byte.
 void FailEachWrite(Report& report, const TempHome& home, int) {

@@ -186,9 +186,6 @@ void HostileBands(Report& report, Victim& victim, long count) {
 
 void HostilePages(Report& report, const TempHome&, int share) {
   Victim victim(report);
-  const auto number = [](std::mt19937& random) {
-    return Pick<SHORT>(random, {-32768, -1, 0, 1, 2, 203, 300, 32767});
-  };
   const DEVMODEW usual = victim.machine.publicDevmode;
   for (long seed = 0; seed < 1000L * share; ++seed) {
     report.Try("hostile paper " + std::to_string(seed));
@@ -197,7 +194,7 @@ void HostilePages(Report& report, const TempHome&, int share) {
     devmode.dmOrientation = Pick<SHORT>(random, {-1, 0, 1, 2, 3});
     for (SHORT* field : {&devmode.dmPaperWidth, &devmode.dmPaperLength, &devmode.dmCopies,
                          &devmode.dmYResolution, &devmode.dmCollate}) {
-      *field = number(random);
+      *field = Pick<SHORT>(random, {-32768, -1, 0, 1, 2, 203, 300, 32767});
     }
     victim.machine.devmode->bCropToContent = random() % 2;
     for (DWORD* margin : {&victim.machine.devmode->dwUnprintableLeft,
@@ -223,22 +220,20 @@ void HostileRegistry(Report& report, const TempHome& home, Victim& victim, int s
   std::vector<std::string> files = {"", "\xFF\xFE", "\xFF\xFE\x57", head, head + "\\One]\n\"Id\""};
   for (const char* value : {"hex(1):41", "hex(1):41,00,42", "hex(1):", "hex:01,02,03", "dword:1",
                             "hex(ffffffff):00", "\"{0}\"", "\"\""}) {
-    std::string file = head + "\\One]\n";
+    files.push_back(head + "\\One]\n");
     for (const char* name : {"DisplayName", "Id", "UnprintableLeft", "UnprintableTop"}) {
-      file += "\"" + std::string(name) + "\"=" + value + "\n";
+      files.back() += "\"" + std::string(name) + "\"=" + value + "\n";
     }
-    files.push_back(file);
   }
   files.push_back(head + "\\One]\n\"DisplayName\"=\"" + std::string(70000, 'x') + "\"\n");
   files.push_back(head + "\\" + std::string(70000, 'n') + "]\n\"Id\"=\"x\"\n");
   files.push_back(head + std::string(20000, '\\') + "]\n");
   for (std::size_t length = 0; length < good.size(); ++length)
     files.push_back(good.substr(0, length));
-  std::string many = "Windows Registry Editor Version 5.00\n";
+  files.push_back("Windows Registry Editor Version 5.00\n");
   for (int i = 0; i < 1000 * share; ++i) {
-    many += kStocks + ("\\" + std::to_string(i)) + "]\n\"UnprintableLeft\"=dword:1\n";
+    files.back() += kStocks + ("\\" + std::to_string(i)) + "]\n\"UnprintableLeft\"=dword:1\n";
   }
-  files.push_back(many);
   for (std::size_t i = 0; i < files.size(); ++i) {
     report.Try("registry file " + std::to_string(i));
     home.WriteFile("registry.reg", files[i]);

@@ -207,11 +207,10 @@ bool Machine::BandAt(LONG position) {
   const POINT at = landscape ? POINT{position, 0} : POINT{0, position};
   const LONG stride = (3 * width + 3) / 4 * 4;
   std::vector<BYTE> bytes(static_cast<std::size_t>(stride) * height, 0xAA);
-  for (LONG y = 0; y < height; ++y) {
-    for (LONG x = 0; x < width; ++x) {
-      const DWORD rgb = PixelOf(m_picture, at.x + x, at.y + y);
-      for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
-    }
+  for (LONG i = 0; i < width * height; ++i) {
+    const LONG x = i % width, y = i / width;
+    const DWORD rgb = PixelOf(m_picture, at.x + x, at.y + y);
+    for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
   }
   const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, static_cast<DWORD>(bytes.size()),
                                    0,  0,     0,      0};

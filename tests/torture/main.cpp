@@ -22,12 +22,18 @@ struct Part {
 };
 
 constexpr Part kParts[] = {
-    {"calls", FailEachCall, "trace"},   {"memory", FailEachRequestForMemory, "trace"},
-    {"writes", FailEachWrite, "error"}, {"bytes", EachByteOfTheRecord, "error"},
-    {"records", ManyRecords, "error"},  {"lengths", HostileLengths, "error"},
-    {"pages", HostilePages, "error"},   {"files", HostileFiles, "error"},
-    {"order", CallOrders, "error"},     {"threads", ManyAtOnce, "trace"},
-    {"soak-pages", SoakPages, "error"}, {"soak-jobs", SoakDocuments, "error"},
+    {"calls", FailEach<Domain::Calls>, "trace"},
+    {"memory", FailEach<Domain::Memory>, "trace"},
+    {"writes", FailEachWrite, "error"},
+    {"bytes", EachByteOfTheRecord, "error"},
+    {"records", ManyRecords, "error"},
+    {"lengths", HostileLengths, "error"},
+    {"pages", HostilePages, "error"},
+    {"files", HostileFiles, "error"},
+    {"order", CallOrders, "error"},
+    {"threads", ManyAtOnce, "trace"},
+    {"soak-pages", SoakPages, "error"},
+    {"soak-jobs", SoakDocuments, "error"},
 };
 
 constexpr int kMostPrinted = 20;

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <random>
 #include <thread>
 
 #include "tests/support/png_image.h"
-#include "tests/torture/faults.h"
 #include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
@@ -83,41 +83,34 @@ long MappedBytes() {
   return pages * 4096;
 }
 
-// Follows what a long run holds.
-class Watch {
- public:
-  explicit Watch(Report& report, long steps)
-      : m_report(report), m_half(steps / 2), m_descriptors(OpenDescriptors()) {}
-  void Step() {
-    Most& most = m_step++ < m_half ? m_first : m_last;
-    most.heap = std::max(most.heap, LiveBytes());
-    most.mapped = std::max(most.mapped, MappedBytes());
-  }
-  void End() {
-    constexpr long kAllowed = 64 * 1024;
-    const auto compare = [&](const char* what, long first, long last) {
-      if (last <= first + kAllowed) return;
-      m_report.Find(what + (" grows from " + std::to_string(first)) + " to " +
-                    std::to_string(last) + " bytes");
-    };
-    compare("the heap", m_first.heap, m_last.heap);
-    compare("the address space", m_first.mapped, m_last.mapped);
-    if (OpenDescriptors() != m_descriptors) m_report.Find("a descriptor is left open");
-  }
+std::string FromTo(const long (&bytes)[2]) {
+  return " from " + std::to_string(bytes[0]) + " to " + std::to_string(bytes[1]) + " bytes";
+}
 
- private:
-  Report& m_report;
-  const long m_half;
-  const std::size_t m_descriptors;
-  struct Most {
-    long heap = 0;
-    long mapped = 0;
-  };
-  long m_step = 0;
-  Most m_first, m_last;
-};
+// Takes many steps and compares what is held in their second half with that of the first.
+void Soak(Report& report, const char* what, long steps, const std::function<void(long)>& step) {
+  constexpr long kAllowed = 64 * 1024;
+  const std::size_t descriptors = OpenDescriptors();
+  long heap[2] = {}, mapped[2] = {};
+  for (long i = 0; i < steps; ++i) {
+    report.Try(what + std::to_string(i));
+    step(i);
+    const int half = i < steps / 2 ? 0 : 1;
+    heap[half] = std::max(heap[half], LiveBytes());
+    mapped[half] = std::max(mapped[half], MappedBytes());
+  }
+  if (heap[1] > heap[0] + kAllowed) report.Find("the heap grows" + FromTo(heap));
+  if (mapped[1] > mapped[0] + kAllowed) report.Find("the address space grows" + FromTo(mapped));
+  if (OpenDescriptors() != descriptors) report.Find("a descriptor is left open");
+}
 
 constexpr int kThreads = 16;
+
+void AtOnce(int count, const std::function<void(int)>& work) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
+  for (std::thread& thread : threads) thread.join();
+}
 
 // A job of its own for each of the threads.
 Outcome JobOfThread(int thread, const TempHome& home) {
@@ -148,29 +141,21 @@ void ManyAtOnce(Report& report, const TempHome& home, int share) {
   std::vector<Outcome> alone, together(kThreads);
   for (int i = 0; i < kThreads; ++i) alone.push_back(JobOfThread(i, home));
   for (int round = 0; round < std::max(share / 10, 1); ++round) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-      threads.emplace_back([&, i] { together[i] = JobOfThread(i, home); });
-    }
-    for (std::thread& thread : threads) thread.join();
+    AtOnce(kThreads, [&](int i) { together[i] = JobOfThread(i, home); });
     for (int i = 0; i < kThreads; ++i) {
       report.Try("thread " + std::to_string(i));
       report.Find(Difference(alone[i], together[i]));
     }
   }
-  std::vector<std::thread> threads;
   std::atomic<long> failed{0};
   const int cycles = 100 * share;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([&] {
-      for (int cycle = 0; cycle < cycles; ++cycle) {
-        Machine machine;
-        machine.Run("LOVvoU");
-        failed += machine.results.empty() ? 0 : 1;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  AtOnce(8, [&](int) {
+    for (int cycle = 0; cycle < cycles; ++cycle) {
+      Machine machine;
+      machine.Run("LOVvoU");
+      failed += machine.results.empty() ? 0 : 1;
+    }
+  });
   report.Try("start and stop");
   report.tried += 8L * cycles - 1;
   if (failed != 0 || Machine::CanUnloadNow() != S_OK) report.Find("a cycle leaves something");
@@ -183,30 +168,20 @@ void SoakPages(Report& report, const TempHome&, int share) {
   machine.bandPx = 128;
   machine.devmode->dwColorMode = 2;
   machine.Run("OVNS");
-  const long pages = 100L * share;
-  Watch watch(report, pages);
-  for (long page = 0; page < pages; ++page) {
-    report.Try("page " + std::to_string(page));
+  Soak(report, "page ", 100L * share, [&](long page) {
     machine.Run(std::string(1, "abc"[page % 3]));
     machine.writes.clear();
-    watch.Step();
-  }
+  });
   machine.Run("E");
   if (!machine.results.empty()) report.Find("a page fails");
-  watch.End();
 }
 
 void SoakDocuments(Report& report, const TempHome& home, int share) {
   const auto scenarios = Scenarios();
   for (const Scenario& scenario : scenarios) Run(scenario, home);
-  const long documents = 20L * share;
-  Watch watch(report, documents);
-  for (long i = 0; i < documents; ++i) {
-    report.Try("document " + std::to_string(i));
+  Soak(report, "document ", 20L * share, [&](long i) {
     if (!Run(scenarios[i % scenarios.size()], home).results.empty()) report.Find("the job fails");
-    watch.Step();
-  }
-  watch.End();
+  });
 }
 
 void PrintStreams(const TempHome& home) {
@@ -238,13 +213,8 @@ void Plant(Report& report, const TempHome& home, const std::string& fault) {
     other.join();
   }
   if (fault == "heap") {
-    Watch watch(report, 100);
     std::vector<std::unique_ptr<char[]>> kept;
-    for (int i = 0; i < 100; ++i) {
-      kept.emplace_back(new char[10000]);
-      watch.Step();
-    }
-    watch.End();
+    Soak(report, "planted heap ", 100, [&](long) { kept.emplace_back(new char[10000]); });
   }
   if (fault == "leak") {
     const long before = LiveBlocks();

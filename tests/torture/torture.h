@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tests/support/temp_home.h"
+#include "tests/torture/faults.h"
 
 struct Report {
   const char* part;
@@ -17,8 +18,8 @@ struct Report {
 };
 
 // share: of the whole, in percent, that is tried.
-void FailEachCall(Report& report, const TempHome& home, int share);
-void FailEachRequestForMemory(Report& report, const TempHome& home, int share);
+template <Domain domain>
+void FailEach(Report& report, const TempHome& home, int share);
 void FailEachWrite(Report& report, const TempHome& home, int share);
 void EachByteOfTheRecord(Report& report, const TempHome& home, int share);
 void ManyRecords(Report& report, const TempHome& home, int share);
