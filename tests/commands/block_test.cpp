@@ -83,8 +83,12 @@ TEST(CustomBlocks, FileIsSentWholeInTextMode) {
   const TempHome home;
   home.WriteFile("block", std::string(10000, 'q') + "\r\n\\n");
   EXPECT_EQ(ExpandCustomBlock(1, home.Path("block")), std::string(10000, 'q') + "\n\\n");
-  EXPECT_EQ(ExpandCustomBlock(1, home.Path("missing")), "");
-  EXPECT_EQ(ExpandCustomBlock(1, ""), "");
+  home.WriteFile("endless", "");
+  std::filesystem::resize_file(home.Path("endless"), std::uintmax_t{1} << 42);
+  for (const std::string& path : {home.Path("missing"), home.Path("endless"), home.Path(""),
+                                  std::string("/proc/self/mem"), std::string()}) {
+    EXPECT_EQ(ExpandCustomBlock(1, path), "") << path;
+  }
 }
 
 TEST(FormatFixed, RoundsTheFloatQuotientHalfAwayFromZero) {

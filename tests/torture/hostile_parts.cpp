@@ -2,8 +2,6 @@
 // step ends the run; here it is checked that each small job ends in bounded time with bounded
 // output.
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -209,12 +207,10 @@ void HostilePages(Report& report, const TempHome&, int share) {
   HostileBands(report, victim, 300L * share);
 }
 
-namespace {
-
-constexpr const char* kStocks =
-    "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks";
-
-void HostileRegistry(Report& report, const TempHome& home, Victim& victim, int share) {
+void HostileFiles(Report& report, const TempHome& home, int share) {
+  Victim victim(report);
+  constexpr const char* kStocks =
+      "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks";
   const std::string head = "Windows Registry Editor Version 5.00\n\n" + std::string(kStocks);
   const std::string good = head + "\\One]\n\"DisplayName\"=\"Eins\"\n\"UnprintableLeft\"=dword:1\n";
   std::vector<std::string> files = {"", "\xFF\xFE", "\xFF\xFE\x57", head, head + "\\One]\n\"Id\""};
@@ -240,37 +236,4 @@ void HostileRegistry(Report& report, const TempHome& home, Victim& victim, int s
     victim.Print();
     if (!victim.machine.results.empty()) report.Find("the job fails");
   }
-}
-
-// A block that names something else than a text file is empty, and the job goes on.
-void HostileBlocks(Report& report, const TempHome& home, Victim& victim) {
-  mkfifo(home.Path("fifo").c_str(), 0600);
-  home.WriteFile("endless", "");
-  std::filesystem::resize_file(home.Path("endless"), std::uintmax_t{1} << 42);
-  std::filesystem::create_symlink(home.Path("loop"), home.Path("loop"));
-  victim.Print();
-  const std::size_t usual = victim.machine.writes.size();
-  for (const std::string& path :
-       {home.Path(""), home.Path("fifo"), home.Path("endless"), home.Path("vanished"),
-        home.Path("loop"), std::string("/dev/zero"), std::string("/dev/stdin"),
-        std::string("/proc/self/mem"), std::string()}) {
-    report.Try("a block names \"" + path + "\"");
-    for (int k = 0; k < kCustomBlockCount; ++k) {
-      (&victim.machine.devmode->wCustomType0)[k] = kBlockFile;
-      char* text = victim.machine.devmode->szCustomText0 + k * kCustomTextSize;
-      text[path.copy(text, kCustomTextSize - 1)] = '\0';
-    }
-    victim.Print();
-    if (!victim.machine.results.empty()) report.Find("the job fails");
-    if (victim.machine.writes.size() != usual) report.Find("the block is not empty");
-  }
-}
-
-}  // namespace
-
-void HostileFiles(Report& report, const TempHome& home, int share) {
-  Victim victim(report);
-  HostileBlocks(report, home, victim);
-  *victim.machine.devmode = *Machine().devmode;
-  HostileRegistry(report, home, victim, share);
 }

@@ -193,10 +193,11 @@ HRESULT Machine::Band(const BITMAPINFOHEADER& header, const BYTE* pixels,
   BITMAPINFOHEADER ownHeader = header;
   IPPARAMS ownParameters = parameters;
   PBYTE result = nullptr;
-  return Inside([&] {
+  const HRESULT done = Inside([&] {
     return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(pixels), &ownHeader, nullptr,
                                      bandFormat, &ownParameters, &result);
   });
+  return done == S_OK && result != reinterpret_cast<PBYTE>(1) ? E_FAIL : done;
 }
 
 bool Machine::BandAt(LONG position) {
