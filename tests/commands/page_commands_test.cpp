@@ -162,8 +162,9 @@ TEST_F(PageCommands, FirstOptionSetWinsAndKeepsItsForm) {
   devmode.nOptionSet1A0 = 3;
   devmode.nOptionSet1A2 = 10;
   devmode.nOptionSet1A3 = -1;
+  devmode.nOptionSet1A4 = 1;
   devmode.dwOptionE = devmode.dwOptionS = 1;
-  EXPECT_EQ(Options(), "\r\nO A0=3,A2=10,E,S");
+  EXPECT_EQ(Options(), "\r\nO A0=3,A2=10,A4=1,E,S");
   EXPECT_EQ(pAndCut, "\r\nP25.00");
   devmode.dwPSource2Enabled = devmode.dwPSource3Enabled = 1;
   devmode.nPSource1Value = 1000;
