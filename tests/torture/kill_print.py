@@ -56,6 +56,8 @@ def kill_at_any_moment(folder):
         time.sleep(chance.uniform(0, 1.1 * longest))
         process.kill()
         process.communicate()
+        # Follows the load of the machine, so that some jobs get through and some do not.
+        longest *= 0.8 if os.path.exists(job) else 1.25
         if os.path.exists(job):
             finished += 1
             if body(job) != whole:
