@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "config/vlx_shared.h"
 #include "platform/memory.h"
@@ -82,6 +83,12 @@ void COemPDEV::KeepBackground(Gdiplus::Bitmap* bitmap) {
 void COemPDEV::KeepHighlight(Gdiplus::Bitmap* bitmap) {
   if (!Own(m_highlightOwner, bitmap, FreeBitmap)) m_highlightOwner.reset();
   pPrevPageBitmap2 = static_cast<Gdiplus::Bitmap*>(m_highlightOwner.get());
+}
+
+std::shared_ptr<const void> COemPDEV::TakePage() {
+  std::shared_ptr<const void> buffer = std::move(m_pageBufferOwner);
+  ResetPage();
+  return buffer;
 }
 
 void COemPDEV::ResetPage() {

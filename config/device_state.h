@@ -33,7 +33,9 @@ class COemPDEV {
  public:
   COemPDEV() = default;
   COemPDEV(const COemPDEV&) = default;
-  COemPDEV& operator=(const COemPDEV&) = default;
+  COemPDEV& operator=(COemPDEV&&) noexcept = default;
+  // Whole, or not at all when there is no memory.
+  COemPDEV& operator=(const COemPDEV& other) { return *this = COemPDEV(other); }
   virtual ~COemPDEV() = default;
 
   // Take over a block from LocalAlloc as page buffer (size in bytes) or colour table (count of
@@ -51,6 +53,9 @@ class COemPDEV {
   // compared with nothing rather than with a page that the printer no longer holds.
   void KeepBackground(Gdiplus::Bitmap* bitmap);
   void KeepHighlight(Gdiplus::Bitmap* bitmap);
+
+  // ResetPage for a page that is still read: the buffer lives until the result is let go of.
+  std::shared_ptr<const void> TakePage();
 
   // Lets go of the page buffer and zeroes its description; the next band starts a page.
   void ResetPage();

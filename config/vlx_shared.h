@@ -103,7 +103,8 @@ class VLX_SHARED_API BitmapHelper {
   static void DeleteBitmap(Gdiplus::Bitmap* bitmap);
 
   // Copies height rows of 24-bit pixels, each padded to 4 bytes, into a bitmap of that size.
-  // Nothing happens when the shapes disagree.
+  // Nothing happens when the shapes disagree. The copy may be made late: the buffer stays as it is
+  // until the bitmap is changed or deleted.
   static void Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT height,
                                       Gdiplus::Bitmap* bitmap);
 

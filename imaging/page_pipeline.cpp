@@ -1,6 +1,7 @@
 #include "imaging/page_pipeline.h"
 
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "commands/page_commands.h"
@@ -20,7 +21,11 @@ struct Page {
   PDEVOBJ device;
   COemPDEV* state;
   OEMDEV* devmode;
-  BitmapOwner bitmap;  // the 24-bit result of the last stage
+  std::shared_ptr<const void> buffer = nullptr;  // captured may still read it
+  BitmapOwner captured = nullptr;                // may still be drawn from
+  BitmapOwner placed = nullptr;  // with borders, turned; null when nothing was to do
+
+  Gdiplus::Bitmap* Bitmap() const { return placed != nullptr ? placed.get() : captured.get(); }
 };
 
 void SaveStage(const Page& page, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
@@ -47,9 +52,9 @@ bool CopyPage(Page& page) {
   if (!CompleteBuffer(*page.state, strideBytes * height)) return false;
   BitmapHelper::Copy24BPPBufferToBitmap(page.state->pBitmapBuffer, static_cast<INT>(width),
                                         static_cast<INT>(height), bitmap.get());
-  page.state->ResetPage();
+  page.buffer = page.state->TakePage();
   SaveStage(page, bitmap.get(), WTEXT("a_OriginalBuffer"));
-  page.bitmap = std::move(bitmap);
+  page.captured = std::move(bitmap);
   return true;
 }
 
@@ -58,26 +63,26 @@ bool AddBorders(Page& page) {
   const INT offsetX = page.state->gdiPhysOffsetX;
   const INT offsetY = page.state->gdiPhysOffsetY;
   if (offsetX == 0 && offsetY == 0) return true;
-  const UINT width = page.bitmap->GetWidth();
-  const UINT height = page.bitmap->GetHeight();
+  const UINT width = page.Bitmap()->GetWidth();
+  const UINT height = page.Bitmap()->GetHeight();
   BitmapOwner bordered =
       MakeBitmap(width, height, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_NonprintableBorders"));
   if (bordered == nullptr) return false;
   if (const GraphicsOwner graphics = DrawOn(bordered.get())) {
     graphics->Clear(kOpaqueWhite);
-    graphics->DrawImage(page.bitmap.get(), offsetX, offsetY,
+    graphics->DrawImage(page.Bitmap(), offsetX, offsetY,
                         Gdiplus::Rect{0, 0, static_cast<INT>(width), static_cast<INT>(height)});
   }
   SaveStage(page, bordered.get(), WTEXT("b_NonprintableBorders"));
-  page.bitmap = std::move(bordered);
+  page.placed = std::move(bordered);
   return true;
 }
 
 // A landscape page is turned 90 degrees clockwise: (x, y) lands at (height - 1 - y, x).
 bool CorrectOrientation(Page& page) {
   if (page.device->pPublicDM->dmOrientation == DMORIENT_PORTRAIT) return true;
-  const UINT width = page.bitmap->GetWidth();
-  const UINT height = page.bitmap->GetHeight();
+  const UINT width = page.Bitmap()->GetWidth();
+  const UINT height = page.Bitmap()->GetHeight();
   BitmapOwner turned =
       MakeBitmap(height, width, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_Orientation"));
   if (turned == nullptr) return false;
@@ -86,26 +91,27 @@ bool CorrectOrientation(Page& page) {
   graphics->Clear(kOpaqueWhite);
   graphics->RotateTransform(90.0f, Gdiplus::MatrixOrderAppend);
   graphics->TranslateTransform(static_cast<float>(height), 0.0f, Gdiplus::MatrixOrderAppend);
-  graphics->DrawImage(page.bitmap.get(), 0, 0);
+  graphics->DrawImage(page.Bitmap(), 0, 0);
   graphics.reset();
   SaveStage(page, turned.get(), WTEXT("c_CorrectedOrientation"));
-  page.bitmap = std::move(turned);
+  page.placed = std::move(turned);
   return true;
 }
 
-// The 1-bit image of a 24-bit one that is already black and white; none without memory.
+// The 1-bit image of a 24-bit one that is already black and white; none without memory, for a new
+// bitmap is black.
 BitmapOwner ReduceToOneBit(const Page& page, Gdiplus::Bitmap* source, LPCWSTR name, LPCWSTR stage) {
   BitmapOwner oneBit =
       MakeBitmap(source->GetWidth(), source->GetHeight(), PixelFormat1bppIndexed, name);
   if (oneBit == nullptr) return nullptr;
-  BitmapHelper::GetMonochromeImage1BPP(source, oneBit.get());
+  if (BitmapHelper::GetMonochromeImage1BPP(source, oneBit.get()) == 0) return nullptr;
   SaveStage(page, oneBit.get(), stage);
   return oneBit;
 }
 
 INT SendOneColor(const Page& page) {
   const BitmapOwner dithered(BitmapRasterizer::Dither(
-      page.bitmap.get(), eBitmapDitherer{page.devmode->wDitherer}, page.devmode->byDitherParam));
+      page.Bitmap(), eBitmapDitherer{page.devmode->wDitherer}, page.devmode->byDitherParam));
   if (dithered == nullptr) return 0;
   SaveStage(page, dithered.get(), WTEXT("d_1C_Background24BPP"));
   const BitmapOwner oneBit =
@@ -125,7 +131,7 @@ INT SendTwoColors(const Page& page) {
   Gdiplus::Bitmap* backgroundOut = nullptr;
   Gdiplus::Bitmap* highlightOut = nullptr;
   const INT split =
-      BitmapHelper::SplitImage(page.bitmap.get(), OpaqueColor(page.devmode->crHighlightColor),
+      BitmapHelper::SplitImage(page.Bitmap(), OpaqueColor(page.devmode->crHighlightColor),
                                static_cast<double>(page.devmode->nColorTolerance) / 100.0,
                                eBitmapDitherer{page.devmode->wDitherer},
                                page.devmode->byDitherParam, &backgroundOut, &highlightOut);
@@ -184,7 +190,9 @@ INT ProcessPage(Page& page) {
   INT result = 1;
   if (page.devmode->dwColorMode == 1) result = SendOneColor(page);
   if (page.devmode->dwColorMode == 2) result = SendTwoColors(page);
-  page.bitmap.reset();
+  page.placed.reset();
+  page.captured.reset();
+  page.buffer.reset();
   PrepareComingPage(page);
   LogTrace(kRendering, "ProcessImageData END (%d)", result);
   return result;
@@ -201,7 +209,7 @@ INT ProcessImageData(SURFOBJ* pso) {
     LogTrace(kRendering, "ProcessImageData END (%d)", 0);
     return 0;
   }
-  Page page{pso, device, state, static_cast<OEMDEV*>(device->pOEMDM), nullptr};
+  Page page{pso, device, state, static_cast<OEMDEV*>(device->pOEMDM)};
   try {
     return ProcessPage(page);
   } catch (const std::bad_alloc&) {

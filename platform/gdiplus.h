@@ -29,9 +29,13 @@ enum MatrixOrder : INT { MatrixOrderPrepend = 0, MatrixOrderAppend = 1 };
 using GpMatrixOrder = MatrixOrder;
 enum Unit : INT { UnitWorld = 0, UnitDisplay = 1, UnitPixel = 2 };
 using GpUnit = Unit;
-enum ImageLockMode : UINT { ImageLockModeRead = 1, ImageLockModeWrite = 2 };
+enum ImageLockMode : UINT {
+  ImageLockModeRead = 1,
+  ImageLockModeWrite = 2,
+  ImageLockModeUserInputBuf = 4,
+};
 
-struct GpImage;  // every image here is a bitmap
+class GpImage;  // every image here is a bitmap
 using GpBitmap = GpImage;
 struct GpGraphics;
 struct GpImageAttributes;
@@ -95,8 +99,8 @@ namespace DllExports {
 PLATFORM_API void* WINAPI GdipAlloc(SIZE_T size);
 PLATFORM_API void WINAPI GdipFree(void* ptr);
 
-// scan0 must be null (the bitmap owns its pixels). InvalidParameter for a width or height below 1 or
-// an unknown format, OutOfMemory when rows x stride do not fit; *bitmap is then null.
+// scan0 must be null (the bitmap owns its pixels). InvalidParameter for a width or height below 1
+// or an unknown format, OutOfMemory when rows x stride do not fit; *bitmap is then null.
 PLATFORM_API GpStatus WINAPI GdipCreateBitmapFromScan0(INT width, INT height, INT stride,
                                                        PixelFormat format, BYTE* scan0,
                                                        GpBitmap** bitmap);
@@ -105,15 +109,19 @@ PLATFORM_API GpStatus WINAPI GdipGetImageWidth(GpImage* image, UINT* width);
 PLATFORM_API GpStatus WINAPI GdipGetImageHeight(GpImage* image, UINT* height);
 PLATFORM_API GpStatus WINAPI GdipGetImagePixelFormat(GpImage* image, PixelFormat* format);
 
-// Gives the bitmap's own pixels; rect null (the whole image) and the bitmap's own format only. Locked
-// for writing alone, what the pixels were is lost: all of them must be written.
-// A 24-bit bitmap can be written as 1-bit rows, for writing alone; it is then black and white. Until
-// its pixels are asked for it is kept so, and can be read as 1-bit rows too.
+// Gives the bitmap's own pixels, in the bitmap's own format only. rect: null for the whole image,
+// or whole rows of it for reading, one lock at a time. Locked for writing alone, what the pixels
+// were is lost: all of them must be written. A 24-bit bitmap can be written as 1-bit rows, for
+// writing alone; it is then black and white. Until its pixels are asked for it is kept so, and can
+// be read as 1-bit rows too. Write and UserInputBuf: the whole image is in the caller's buffer,
+// Scan0, whose Stride is that of rows padded to 4 bytes. It is copied when the bitmap is changed
+// next; until the bitmap is changed or disposed of, the buffer stays as it is.
 PLATFORM_API GpStatus WINAPI GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags,
                                                 PixelFormat format, BitmapData* lockedBitmapData);
 PLATFORM_API GpStatus WINAPI GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData);
 
-// A drawing context on a bitmap, which must outlive it.
+// A drawing context on a bitmap, which must outlive it. Drawings may be made late: a bitmap and
+// those it was drawn from belong to one thread.
 PLATFORM_API GpStatus WINAPI GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics);
 PLATFORM_API GpStatus WINAPI GdipDeleteGraphics(GpGraphics* graphics);
 PLATFORM_API GpStatus WINAPI GdipGraphicsClear(GpGraphics* graphics, ARGB color);
@@ -125,9 +133,10 @@ PLATFORM_API GpStatus WINAPI GdipRotateWorldTransform(GpGraphics* graphics, REAL
 PLATFORM_API GpStatus WINAPI GdipTranslateWorldTransform(GpGraphics* graphics, REAL dx, REAL dy,
                                                          GpMatrixOrder order);
 
-// Draws pixel for pixel (no scaling, no interpolation) through the world transform; what falls outside
-// the target is dropped. Between the formats a 1-bit target takes pixels of luminance 128 and above as
-// white. A pixel (x, y) covers the square from (x, y) to (x + 1, y + 1): a quarter turn maps squares.
+// Draws pixel for pixel (no scaling, no interpolation) through the world transform; what falls
+// outside the target is dropped. Between the formats a 1-bit target takes pixels of luminance 128
+// and above as white. A pixel (x, y) covers the square from (x, y) to (x + 1, y + 1): a quarter
+// turn maps squares.
 PLATFORM_API GpStatus WINAPI GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y);
 // The source rectangle at (dstx, dsty); the two sizes must agree. srcUnit: UnitPixel.
 PLATFORM_API GpStatus WINAPI GdipDrawImageRectRectI(GpGraphics* graphics, GpImage* image, INT dstx,
@@ -183,7 +192,8 @@ class Bitmap : public GdiplusBase {
     DllExports::GdipGetImagePixelFormat(nativeImage, &format);
     return format;
   }
-  Status Save(IStream* stream, const CLSID* clsidEncoder, const EncoderParameters* params = nullptr) {
+  Status Save(IStream* stream, const CLSID* clsidEncoder,
+              const EncoderParameters* params = nullptr) {
     return lastResult =
                DllExports::GdipSaveImageToStream(nativeImage, stream, clsidEncoder, params);
   }

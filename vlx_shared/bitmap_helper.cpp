@@ -90,15 +90,13 @@ void BitmapHelper::DeleteBitmap(Bitmap* bitmap) { delete bitmap; }
 void BitmapHelper::Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT height,
                                            Bitmap* bitmap) {
   if (buffer == nullptr || !HasSize(bitmap, width, height)) return;
-  const Pixels target(bitmap, PixelFormat24bppRGB, Gdiplus::ImageLockModeWrite);
-  if (!target.IsValid()) return;
-  const std::size_t strideBytes = (std::size_t{3} * width + 3) / 4 * 4;
-  if (target.StrideBytes() == static_cast<std::ptrdiff_t>(strideBytes)) {
-    std::memcpy(target.Row(0), buffer, strideBytes * height);
-    return;
-  }
-  for (INT y = 0; y < height; ++y) {
-    std::memcpy(target.Row(y), buffer + y * strideBytes, std::size_t{3} * width);
+  const INT strideBytes = (3 * width + 3) / 4 * 4;
+  Gdiplus::BitmapData data = {static_cast<UINT>(width), static_cast<UINT>(height), strideBytes,
+                              PixelFormat24bppRGB,      const_cast<BYTE*>(buffer), 0};
+  constexpr UINT kFlags = Gdiplus::ImageLockModeWrite | Gdiplus::ImageLockModeUserInputBuf;
+  if (Gdiplus::DllExports::GdipBitmapLockBits(bitmap->nativeImage, nullptr, kFlags,
+                                              PixelFormat24bppRGB, &data) == Gdiplus::Ok) {
+    Gdiplus::DllExports::GdipBitmapUnlockBits(bitmap->nativeImage, &data);
   }
 }
 

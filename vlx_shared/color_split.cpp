@@ -13,23 +13,24 @@ INT BitmapHelper::SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, d
   if (background == nullptr || highlightImage == nullptr) return 0;
   *background = nullptr;
   *highlightImage = nullptr;
-  const Pixels from(source, Gdiplus::PixelFormat24bppRGB);
-  if (!from.IsValid()) return 0;
-  const INT width = from.Width();
-  const auto make = [&from, width](LPCWSTR name) {
-    return CreateBitmap(width, from.Height(), Gdiplus::PixelFormat24bppRGB, name);
+  if (source == nullptr) return 0;
+  const INT width = static_cast<INT>(source->GetWidth());
+  const INT height = static_cast<INT>(source->GetHeight());
+  const auto make = [width, height](LPCWSTR name) {
+    return CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, name);
   };
   Gdiplus::Bitmap* black = make(WTEXT("SplitBackground"));
   Gdiplus::Bitmap* colored = make(WTEXT("SplitHighlight"));
   try {
+    PageReader from(source);
     const Pixels blackDots(black, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
     const Pixels coloredDots(colored, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
     if (!blackDots.IsValid() || !coloredDots.IsValid()) throw std::bad_alloc();
     const RasterKernels& kernels = BestKernels();
     const ColorMixture mixture(highlight, tolerance);
     Halftone halftone(ditherer, ditherParam, width, 2);
-    for (INT top = 0; top < from.Height(); top += kStripRows) {
-      const INT rows = std::min(kStripRows, from.Height() - top);
+    for (INT top = 0; top < height; top += kStripRows) {
+      const INT rows = std::min(kStripRows, height - top);
       bool grey = false;
       for (INT y = 0; y < rows; ++y) {
         grey |= kernels.Split(from.Row(top + y), width, mixture, halftone.Row(0, y),

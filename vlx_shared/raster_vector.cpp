@@ -77,21 +77,20 @@ class GreyWatch {
 };
 
 bool Grey(const BYTE* pixels, INT count, BYTE* levels) {
+  if (count < kStep) return PlainKernels().Grey(pixels, count, levels);
   GreyWatch watch;
-  INT x = 0;
-  for (; x + kStep <= count; x += kStep, pixels += 3 * kStep) {
-    if (AllWhite(pixels)) {
-      hn::StoreU(White(), kBytes, levels + x);
-      continue;
+  for (INT next = 0; next < count; next += kStep) {
+    const INT x = std::min(next, count - kStep);  // the last step goes over some pixels again
+    ByteVec level = White();
+    if (!AllWhite(pixels + 3 * x)) {
+      ByteVec blue, green, red;
+      hn::LoadInterleaved3(kBytes, pixels + 3 * x, blue, green, red);
+      level = LumaOf(blue, green, red);
+      watch.See(level);
     }
-    ByteVec blue, green, red;
-    hn::LoadInterleaved3(kBytes, pixels, blue, green, red);
-    const ByteVec level = LumaOf(blue, green, red);
-    watch.See(level);
     hn::StoreU(level, kBytes, levels + x);
   }
-  const bool rest = PlainKernels().Grey(pixels, count - x, levels + x);
-  return rest || watch.Seen();
+  return watch.Seen();
 }
 
 WordVec Squared(WordVec a, WordVec b) {
@@ -156,16 +155,17 @@ Amounts SplitHalf(const Channels& pixels, const ColorMixture& mixture) {
 
 bool Split(const BYTE* pixels, INT count, const ColorMixture& mixture, BYTE* black,
            BYTE* highlight) {
+  if (count < kStep) return PlainKernels().Split(pixels, count, mixture, black, highlight);
   GreyWatch watch;
-  INT x = 0;
-  for (; x + kStep <= count; x += kStep, pixels += 3 * kStep) {
-    if (AllWhite(pixels)) {
+  for (INT next = 0; next < count; next += kStep) {
+    const INT x = std::min(next, count - kStep);
+    if (AllWhite(pixels + 3 * x)) {
       hn::StoreU(White(), kBytes, black + x);
       hn::StoreU(White(), kBytes, highlight + x);
       continue;
     }
     ByteVec blue, green, red;
-    hn::LoadInterleaved3(kBytes, pixels, blue, green, red);
+    hn::LoadInterleaved3(kBytes, pixels + 3 * x, blue, green, red);
     const Amounts even = SplitHalf(HalfOf<0>(blue, green, red), mixture);
     const Amounts odd = SplitHalf(HalfOf<1>(blue, green, red), mixture);
     const ByteVec blackLevel = Whole(even.black, odd.black);
@@ -175,8 +175,7 @@ bool Split(const BYTE* pixels, INT count, const ColorMixture& mixture, BYTE* bla
     hn::StoreU(blackLevel, kBytes, black + x);
     hn::StoreU(highlightLevel, kBytes, highlight + x);
   }
-  const bool rest = PlainKernels().Split(pixels, count - x, mixture, black + x, highlight + x);
-  return rest || watch.Seen();
+  return watch.Seen();
 }
 
 // Calls work with the place and the thresholds of every whole step; returns where the rest begins.
@@ -228,24 +227,32 @@ void StoreBits(ByteVec levels, BYTE* bits) {
   hn::StoreMaskBits(kBytes, hn::Gt(ordered, hn::Set(kBytes, 127)), bits);
 }
 
+// Calls step with the place of every step of whole bytes of bits; returns where the rest begins.
+template <typename Step>
+INT ForEachBits(INT count, const Step& step) {
+  if (count < kStep) return 0;
+  const INT wholeBytes = count / 8 * 8;
+  for (INT next = 0; next < wholeBytes; next += kStep) step(std::min(next, wholeBytes - kStep));
+  return wholeBytes;
+}
+
 void PackLevels(const BYTE* levels, INT count, BYTE* bits) {
-  INT x = 0;
-  for (; x + kStep <= count; x += kStep) StoreBits(hn::LoadU(kBytes, levels + x), bits + x / 8);
+  const INT x = ForEachBits(
+      count, [&](INT at) HWY_ATTR { StoreBits(hn::LoadU(kBytes, levels + at), bits + at / 8); });
   PlainKernels().PackLevels(levels + x, count - x, bits + x / 8);
 }
 
 void Pack(const BYTE* pixels, INT count, BYTE* bits) {
-  INT x = 0;
-  for (; x + kStep <= count; x += kStep, pixels += 3 * kStep) {
+  const INT x = ForEachBits(count, [&](INT at) HWY_ATTR {
     ByteVec level = White();
-    if (!AllWhite(pixels)) {
+    if (!AllWhite(pixels + 3 * at)) {
       ByteVec blue, green, red;
-      hn::LoadInterleaved3(kBytes, pixels, blue, green, red);
+      hn::LoadInterleaved3(kBytes, pixels + 3 * at, blue, green, red);
       level = LumaOf(blue, green, red);
     }
-    StoreBits(level, bits + x / 8);
-  }
-  PlainKernels().Pack(pixels, count - x, bits + x / 8);
+    StoreBits(level, bits + at / 8);
+  });
+  PlainKernels().Pack(pixels + 3 * x, count - x, bits + x / 8);
 }
 
 const RasterKernels& TargetKernels() {

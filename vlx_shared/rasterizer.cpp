@@ -9,19 +9,20 @@
 
 Gdiplus::Bitmap* BitmapRasterizer::Dither(Gdiplus::Bitmap* source, eBitmapDitherer ditherer,
                                           INT ditherParam) {
-  const Pixels from(source, Gdiplus::PixelFormat24bppRGB);
-  if (!from.IsValid()) return nullptr;
-  const INT width = from.Width();
-  Gdiplus::Bitmap* dithered = BitmapHelper::CreateBitmap(
-      width, from.Height(), Gdiplus::PixelFormat24bppRGB, WTEXT("Dithered"));
+  if (source == nullptr) return nullptr;
+  const INT width = static_cast<INT>(source->GetWidth());
+  const INT height = static_cast<INT>(source->GetHeight());
+  Gdiplus::Bitmap* dithered =
+      BitmapHelper::CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, WTEXT("Dithered"));
   try {
+    PageReader from(source);
     // Dots are kept as such until somebody wants to see pixels.
     const Pixels to(dithered, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
     if (!to.IsValid()) throw std::bad_alloc();
     const RasterKernels& kernels = BestKernels();
     Halftone halftone(ditherer, ditherParam, width, 1);
-    for (INT top = 0; top < from.Height(); top += kStripRows) {
-      const INT rows = std::min(kStripRows, from.Height() - top);
+    for (INT top = 0; top < height; top += kStripRows) {
+      const INT rows = std::min(kStripRows, height - top);
       bool grey = false;
       for (INT y = 0; y < rows; ++y) {
         grey |= kernels.Grey(from.Row(top + y), width, halftone.Row(0, y));

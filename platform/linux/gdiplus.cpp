@@ -35,18 +35,19 @@ bool IsWhole(REAL value) {
   return std::floor(value) == value && value >= -16777216.0f && value <= 16777216.0f;
 }
 
-// first, then second: the product of row-vector matrices.
-Transform Combine(const Transform& first, const Transform& second) {
-  return {first.xx * second.xx + first.xy * second.yx,
-          first.xx * second.xy + first.xy * second.yy,
-          first.yx * second.xx + first.yy * second.yx,
-          first.yx * second.xy + first.yy * second.yy,
-          first.dx * second.xx + first.dy * second.yx + second.dx,
-          first.dx * second.xy + first.dy * second.yy + second.dy};
-}
-
 void Apply(Transform& world, const Transform& change, GpMatrixOrder order) {
   world = order == MatrixOrderAppend ? Combine(world, change) : Combine(change, world);
+}
+
+// Draws the source rectangle with its corner at (x, y) of the world.
+void DrawPart(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
+  const Transform fromSource = {1, 0, 0, 1, std::int64_t{x} - part.X, std::int64_t{y} - part.Y};
+  const Transform place = Combine(fromSource, graphics.world.OfPixels());
+  const Area asked = {part.X, part.Y, std::int64_t{part.X} + part.Width,
+                      std::int64_t{part.Y} + part.Height};
+  const Area visible =
+      Intersect(Intersect(asked, source.Bounds()), place.Inverse().Of(graphics.target->Bounds()));
+  if (!visible.IsEmpty()) graphics.target->Draw({&source, visible, place});
 }
 
 }  // namespace
@@ -120,14 +121,16 @@ GpStatus GdipTranslateWorldTransform(GpGraphics* graphics, REAL dx, REAL dy, GpM
   const GpStatus status = Check("GdipTranslateWorldTransform", graphics != nullptr);
   if (status != Ok) return status;
   if (!IsWhole(dx) || !IsWhole(dy)) return NotImplemented;
-  Apply(graphics->world, {1, 0, 0, 1, static_cast<INT>(dx), static_cast<INT>(dy)}, order);
+  const Transform shift = {
+      1, 0, 0, 1, static_cast<std::int64_t>(dx), static_cast<std::int64_t>(dy)};
+  Apply(graphics->world, shift, order);
   return Ok;
 }
 
 GpStatus GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y) {
   const GpStatus status = Check("GdipDrawImageI", graphics != nullptr && image != nullptr);
   if (status != Ok) return status;
-  DrawPixels(*graphics, *image, x, y, {0, 0, image->width, image->height});
+  DrawPart(*graphics, *image, x, y, {0, 0, image->width, image->height});
   return Ok;
 }
 
@@ -140,7 +143,7 @@ GpStatus GdipDrawImageRectRectI(GpGraphics* graphics, GpImage* image, INT dstx, 
   if (dstwidth != srcwidth || dstheight != srcheight || srcUnit != UnitPixel) {
     return NotImplemented;
   }
-  DrawPixels(*graphics, *image, dstx, dsty, {srcx, srcy, srcwidth, srcheight});
+  DrawPart(*graphics, *image, dstx, dsty, {srcx, srcy, srcwidth, srcheight});
   return Ok;
 }
 

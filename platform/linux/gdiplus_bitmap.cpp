@@ -1,59 +1,45 @@
-// Bitmaps: their memory and their pixels.
+// The calls on bitmaps and their pixels.
 
-#include <cstring>
 #include <new>
 
 #include "platform/fault.h"
-#include "platform/linux/block.h"
 #include "platform/linux/gdiplus_image.h"
 
-namespace Gdiplus {
+namespace Gdiplus::DllExports {
 
 namespace {
 
 constexpr std::int64_t kMostBytes = 0x7FFFFFFF;
 
-void FillRow(const GpImage& image, BYTE* row) {
-  const auto red = static_cast<BYTE>(image.color >> 16);
-  const auto green = static_cast<BYTE>(image.color >> 8);
-  const auto blue = static_cast<BYTE>(image.color);
-  if (image.IsOneBit() || (red == green && green == blue)) {
-    const bool light = IsLight(red, green, blue);
-    std::memset(row, image.IsOneBit() ? (light ? 0xFF : 0) : blue, image.strideBytes);
-    return;
-  }
-  for (INT x = 0; x < image.width; ++x, row += 3) {
-    row[0] = blue;
-    row[1] = green;
-    row[2] = red;
-  }
+// Whole rows of the image.
+bool AreRows(const GpRect& rect, const GpImage& image) {
+  return rect.X == 0 && rect.Width == image.width && rect.Y >= 0 && rect.Height > 0 &&
+         rect.Height <= image.height - rect.Y;
 }
 
-// Spreads the bits over the block that they stand at the beginning of: from its end, so that no bit
-// is overwritten before it is read.
-void SpreadBits(const GpImage& image) {
-  for (INT y = image.height - 1; y >= 0; --y) {
-    const BYTE* bits = image.BitRow(y);
-    BYTE* row = image.Row(y);
-    for (INT x = image.width - 1; x >= 0; --x) {
-      const BYTE level = (bits[x >> 3] >> (7 - (x & 7)) & 1) != 0 ? 0xFF : 0;
-      std::memset(row + 3 * x, level, 3);
-    }
+GpStatus LockUserBuffer(const GpImage& image, const GpRect* rect, PixelFormat format,
+                        BitmapData* data) {
+  if (rect != nullptr || format != image.format || data->Scan0 == nullptr ||
+      data->Stride != image.strideBytes) {
+    return InvalidParameter;
+  }
+  data->Reserved = ImageLockModeUserInputBuf;  // needs no memory and cannot fail
+  return Ok;
+}
+
+// Makes the image ready for the lock.
+void Prepare(GpImage& image, UINT flags, bool asBits) {
+  if (asBits && flags == ImageLockModeRead) return;  // the bits are there
+  if (flags == ImageLockModeRead) {
+    image.MakePixels();
+  } else if (flags == ImageLockModeWrite) {
+    image.DropPixels(asBits ? GpImage::Content::Bits : GpImage::Content::Pixels);
+  } else {
+    image.ChangePixels();
   }
 }
 
 }  // namespace
-
-void GpImage::MakePixels() {
-  if (content == Content::Color) {
-    for (INT y = 0; y < height; ++y) FillRow(*this, Row(y));
-  } else if (content == Content::Bits) {
-    SpreadBits(*this);
-  }
-  content = Content::Pixels;
-}
-
-namespace DllExports {
 
 GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat format, BYTE* scan0,
                                    GpBitmap** bitmap) {
@@ -66,14 +52,8 @@ GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat forma
   const std::int64_t bits = std::int64_t{width} * (format == PixelFormat24bppRGB ? 24 : 1);
   const std::int64_t strideBytes = (bits + 31) / 32 * 4;
   if (strideBytes > kMostBytes / height) return OutOfMemory;
-  // A page's dots are kept until the next page is compared with them: with two inks that makes four
-  // bitmaps, and a block to encode one from.
-  const int spares = format == PixelFormat1bppIndexed ? 4 : 0;
-  auto* pixels = static_cast<BYTE*>(AllocateBlock(strideBytes * height, false, spares));
-  auto* image =
-      new (std::nothrow) GpImage{width, height, format, static_cast<INT>(strideBytes), pixels};
-  if (pixels == nullptr || image == nullptr) {
-    FreeBlock(pixels);
+  auto* image = new (std::nothrow) GpImage(width, height, format, static_cast<INT>(strideBytes));
+  if (image == nullptr || !image->HasMemory()) {
     delete image;
     return OutOfMemory;
   }
@@ -83,7 +63,6 @@ GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat forma
 
 GpStatus GdipDisposeImage(GpImage* image) {
   if (image == nullptr) return InvalidParameter;
-  FreeBlock(image->pixels);
   delete image;
   return Ok;
 }
@@ -108,33 +87,37 @@ GpStatus GdipGetImagePixelFormat(GpImage* image, PixelFormat* format) {
 
 GpStatus GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags, PixelFormat format,
                             BitmapData* lockedBitmapData) {
-  if (bitmap == nullptr || rect != nullptr || lockedBitmapData == nullptr) return InvalidParameter;
-  const bool asBits = format == PixelFormat1bppIndexed && !bitmap->IsOneBit();
-  const bool reads = flags != ImageLockModeWrite;
-  const bool possible =
-      asBits ? !reads || (flags == ImageLockModeRead && bitmap->content == GpImage::Content::Bits)
-             : format == bitmap->format;
-  if (!possible) return InvalidParameter;
-  if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
-  if (asBits) {
-    bitmap->content = GpImage::Content::Bits;
-  } else if (reads) {
-    bitmap->MakePixels();
-  } else {
-    bitmap->DropPixels();
+  if (bitmap == nullptr || lockedBitmapData == nullptr) return InvalidParameter;
+  if (flags == (ImageLockModeWrite | ImageLockModeUserInputBuf)) {
+    return LockUserBuffer(*bitmap, rect, format, lockedBitmapData);
   }
-  *lockedBitmapData = {static_cast<UINT>(bitmap->width),
-                       static_cast<UINT>(bitmap->height),
-                       asBits ? bitmap->BitStrideBytes() : bitmap->strideBytes,
-                       format,
-                       bitmap->pixels,
-                       0};
+  const bool reads = flags != ImageLockModeWrite;
+  const bool asBits = format == PixelFormat1bppIndexed && !bitmap->IsOneBit();
+  const bool possible = asBits ? !reads || (flags == ImageLockModeRead &&
+                                            bitmap->GetContent() == GpImage::Content::Bits)
+                               : format == bitmap->format;
+  const bool rowsPossible =
+      rect == nullptr || (flags == ImageLockModeRead && !asBits && AreRows(*rect, *bitmap));
+  if (!possible || !rowsPossible) return InvalidParameter;
+  if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
+  const GpRect locked = rect == nullptr ? GpRect{0, 0, bitmap->width, bitmap->height} : *rect;
+  const bool drawsRows = rect != nullptr && bitmap->GetContent() == GpImage::Content::Drawing;
+  if (!drawsRows) Prepare(*bitmap, flags, asBits);
+  const PixelRows rows = asBits      ? bitmap->BitRows()
+                         : drawsRows ? bitmap->DrawnRows(locked.Y, locked.Y + locked.Height)
+                                     : bitmap->Rows();
+  *lockedBitmapData = {static_cast<UINT>(locked.Width),    static_cast<UINT>(locked.Height),
+                       static_cast<INT>(rows.strideBytes), format,
+                       rows.Row(drawsRows ? 0 : locked.Y), 0};
   return Ok;
 }
 
 GpStatus GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData) {
-  return bitmap == nullptr || lockedBitmapData == nullptr ? InvalidParameter : Ok;
+  if (bitmap == nullptr || lockedBitmapData == nullptr) return InvalidParameter;
+  if (lockedBitmapData->Reserved == ImageLockModeUserInputBuf) {
+    bitmap->Borrow(static_cast<BYTE*>(lockedBitmapData->Scan0));
+  }
+  return Ok;
 }
 
-}  // namespace DllExports
-}  // namespace Gdiplus
+}  // namespace Gdiplus::DllExports

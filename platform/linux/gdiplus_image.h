@@ -4,45 +4,76 @@
 #include <cstdlib>
 
 #include "platform/gdiplus.h"
+#include "platform/linux/gdiplus_geometry.h"
+#include "platform/linux/gdiplus_turn.h"
 
 namespace Gdiplus {
 
-// A bitmap keeps its pixels in the cheapest form until somebody asks for them: a new or cleared one
-// is a colour, a 24-bit one that was written through a 1-bit lock is bits.
-struct GpImage {
-  enum class Content { Color, Bits, Pixels };
+// A part of an image and where it lands, pixel for pixel, in another.
+struct Drawing {
+  GpImage* source;
+  Area part;  // all of it lands within the other image
+  Transform place;
 
-  INT width;
-  INT height;
-  PixelFormat format;
-  INT strideBytes;
-  BYTE* pixels;  // a block; as Content::Bits it begins with the rows of a 1-bit bitmap
-  Content content = Content::Color;
-  ARGB color = 0xFF000000;
-
-  bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
-  INT BitStrideBytes() const { return (width + 31) / 32 * 4; }
-  BYTE* Row(INT y) const { return pixels + static_cast<std::size_t>(y) * strideBytes; }
-  BYTE* BitRow(INT y) const { return pixels + static_cast<std::size_t>(y) * BitStrideBytes(); }
-
-  void Fill(ARGB with) {
-    content = Content::Color;
-    color = with;
-  }
-  // Makes every pixel stand in its row.
-  void MakePixels();
-  // The same for one whose pixels are all about to be written: what they were is lost.
-  void DropPixels() { content = Content::Pixels; }
+  Area Target() const { return place.Of(part); }
 };
 
-// Quarter turn and whole-pixel shift: x' = xx * x + yx * y + dx, y' = xy * x + yy * y + dy.
-struct Transform {
-  INT xx = 1, xy = 0;
-  INT yx = 0, yy = 1;
-  INT dx = 0, dy = 0;
+// A bitmap keeps its pixels in the cheapest form until somebody asks for them. A new or cleared one
+// is a colour. One that a 24-bit bitmap was drawn on next is still to be drawn: strips of it can be
+// read without the whole ever being made. One that was written through a 1-bit lock is bits.
+class GpImage {
+ public:
+  enum class Content { Color, Drawing, Bits, Pixels };
 
-  bool IsTranslation() const { return xx == 1 && yy == 1; }
-  bool IsClockwiseTurn() const { return xy == 1 && yx == -1; }
+  GpImage(INT imageWidth, INT imageHeight, PixelFormat pixelFormat, INT rowBytes);
+  ~GpImage();
+  GpImage(const GpImage&) = delete;
+  GpImage& operator=(const GpImage&) = delete;
+
+  const INT width;
+  const INT height;
+  const PixelFormat format;
+  const INT strideBytes;
+
+  bool HasMemory() const { return m_block != nullptr; }
+  bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
+  Area Bounds() const { return {0, 0, width, height}; }
+  Content GetContent() const { return m_content; }
+
+  // The rows, for reading what they hold.
+  PixelRows Rows() const { return {m_pixels, strideBytes}; }
+  BYTE* Row(INT y) const { return Rows().Row(y); }
+  // The rows of Content::Bits.
+  PixelRows BitRows() const { return {m_pixels, (width + 31) / 32 * 4}; }
+
+  // Makes every pixel stand in its row.
+  void MakePixels();
+  // The same before some of them are written.
+  void ChangePixels();
+  // The same before all of them are written, as pixels or as bits: what they were is lost.
+  void DropPixels(Content coming = Content::Pixels);
+  void Fill(ARGB with);
+  void Draw(const Drawing& drawing);
+  // Takes the pixels to be those of a buffer, which stays as it is until they change.
+  void Borrow(BYTE* pixels);
+
+  // Rows of Content::Drawing; the first of the result is the row top. They stand in the unused
+  // memory of the pixels until the next call.
+  PixelRows DrawnRows(INT top, INT bottom);
+
+ private:
+  bool PutOff(Drawing drawing);
+  void Forget();
+  void FillRows(INT count, const PixelRows& rows) const;
+
+  BYTE* const m_block;
+  BYTE* m_pixels;  // the block, or a buffer that is only read; the rows of Content::Bits stand at
+                   // its beginning
+  Content m_content = Content::Color;
+  ARGB m_color = 0xFF000000;
+  Drawing m_drawing = {};        // of Content::Drawing: what lies over the colour
+  GpImage* m_readers = nullptr;  // those that are still to be drawn from this one, which has pixels
+  GpImage* m_nextReader = nullptr;
 };
 
 struct GpGraphics {
@@ -58,8 +89,8 @@ inline bool IsLight(BYTE red, BYTE green, BYTE blue) {
   return 299 * red + 587 * green + 114 * blue >= 128 * 1000;
 }
 
-// Draws the source rectangle with its corner at (x, y) of the world.
-void DrawPixels(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part);
+// Draws what lands in the rows from top up to bottom; the first of rows is the row top.
+void DrawRows(const Drawing& drawing, bool oneBit, INT top, INT bottom, const PixelRows& rows);
 
 // Writes the image to the stream as a PNG file.
 GpStatus WritePng(GpImage& image, IStream* stream);

@@ -21,7 +21,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR
 
-void TurnBlocks(const PixelRows&, INT, INT, const PixelRows&, INT&, INT&) {}  // no block
+void TurnBlocks(const PixelRows&, INT, INT, INT, const PixelRows&, INT&, INT&) {}  // no block
 
 #else
 
@@ -124,30 +124,24 @@ HWY_INLINE void TurnBlock(const PixelRows& source, INT x, INT lowestRow, BYTE* t
   }
 }
 
-// Fetches what a later block reads and writes: the rows lie too far apart for the processor to
-// foresee.
-HWY_INLINE void FetchBlock(const PixelRows& source, INT x, INT lowestRow, BYTE* to,
-                           std::ptrdiff_t strideBytes) {
+// Fetches what the block further up reads: the rows lie too far apart for the processor to foresee.
+HWY_INLINE void FetchBlock(const PixelRows& source, INT x, INT lowestRow) {
   for (INT i = 0; i < kBlockRows; ++i) hwy::Prefetch(source.Row(lowestRow - i) + 3 * x);
-  for (INT i = 0; i < kBlockColumns; ++i) hwy::Prefetch(to + i * strideBytes);
 }
 
-// Whole blocks only; returns by reference how far they reach.
-void TurnBlocks(const PixelRows& source, INT width, INT height, const PixelRows& target,
-                INT& columns, INT& rows) {
-  columns = std::max(width - kReadPx + kBlockColumns, 0) / kBlockColumns * kBlockColumns;
+// Whole blocks only, in columns of tiles from the bottom up, so that the target's rows grow to the
+// right; returns by reference how far they reach.
+void TurnBlocks(const PixelRows& source, INT width, INT height, INT readable,
+                const PixelRows& target, INT& columns, INT& rows) {
+  columns = std::min(width, readable - kReadPx + kBlockColumns) / kBlockColumns * kBlockColumns;
+  columns = std::max(columns, 0);
   rows = height / kBlockRows * kBlockRows;
-  for (INT top = 0; top < rows; top += kTilePx) {
-    const INT bottom = std::min(top + kTilePx, rows);
-    for (INT left = 0; left < columns; left += kTilePx) {
-      const INT right = std::min(left + kTilePx, columns);
-      for (INT y = bottom; y > top; y -= kBlockRows) {
-        for (INT x = left; x < right; x += kBlockColumns) {
-          const INT later = std::min(x + kTilePx, columns - kBlockColumns);
-          const auto to = [&](INT column) { return target.Row(column) + 3 * (height - y); };
-          FetchBlock(source, later, y - 1, to(later), target.strideBytes);
-          TurnBlock(source, x, y - 1, to(x), target.strideBytes);
-        }
+  for (INT left = 0; left < columns; left += kTilePx) {
+    const INT right = std::min(left + kTilePx, columns);
+    for (INT y = rows; y > 0; y -= kBlockRows) {
+      for (INT x = left; x < right; x += kBlockColumns) {
+        if (y > kBlockRows) FetchBlock(source, x, y - kBlockRows - 1);
+        TurnBlock(source, x, y - 1, target.Row(x) + 3 * (height - y), target.strideBytes);
       }
     }
   }
@@ -165,14 +159,12 @@ HWY_EXPORT(TurnBlocks);
 
 namespace {
 
-struct Area {
-  INT left, top, right, bottom;
-};
-
-void TurnArea(const PixelRows& source, INT height, const PixelRows& target, const Area& area) {
-  for (INT x = area.left; x < area.right; ++x) {
-    BYTE* to = target.Row(x) + 3 * (height - area.bottom);
-    for (INT y = area.bottom - 1; y >= area.top; --y, to += 3) {
+// The pixels from (left, top) up to (right, bottom) of a source of that height.
+void TurnPart(const PixelRows& source, INT height, const PixelRows& target, INT left, INT top,
+              INT right, INT bottom) {
+  for (INT x = left; x < right; ++x) {
+    BYTE* to = target.Row(x) + 3 * (height - bottom);
+    for (INT y = bottom - 1; y >= top; --y, to += 3) {
       std::memcpy(to, source.Row(y) + 3 * x, 3);
     }
   }
@@ -180,12 +172,13 @@ void TurnArea(const PixelRows& source, INT height, const PixelRows& target, cons
 
 }  // namespace
 
-void TurnClockwise(const PixelRows& source, INT width, INT height, const PixelRows& target) {
+void TurnClockwise(const PixelRows& source, INT width, INT height, INT readable,
+                   const PixelRows& target) {
   INT columns = 0;
   INT rows = 0;
-  HWY_DYNAMIC_DISPATCH(TurnBlocks)(source, width, height, target, columns, rows);
-  TurnArea(source, height, target, {columns, 0, width, height});
-  TurnArea(source, height, target, {0, rows, columns, height});
+  HWY_DYNAMIC_DISPATCH(TurnBlocks)(source, width, height, readable, target, columns, rows);
+  TurnPart(source, height, target, columns, 0, width, height);
+  TurnPart(source, height, target, 0, rows, columns, height);
 }
 
 }  // namespace Gdiplus

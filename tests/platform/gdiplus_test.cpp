@@ -55,8 +55,8 @@ class GdiPlus : public ::testing::Test {
     return data;
   }
   // 0xRRGGBB of each pixel, of either format.
-  static std::vector<DWORD> Pixels(Bitmap& bitmap) {
-    const BitmapData data = Lock(bitmap);
+  static std::vector<DWORD> Pixels(Bitmap& bitmap) { return Colors(Lock(bitmap)); }
+  static std::vector<DWORD> Colors(const BitmapData& data) {
     std::vector<DWORD> pixels;
     for (UINT i = 0; i < data.Width * data.Height; ++i) {
       const UINT x = i % data.Width;
@@ -114,6 +114,93 @@ TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
     ASSERT_EQ(graphics.GetLastStatus(), Ok);
     ASSERT_EQ(Pixels(*target), expected) << "round " << round << " turns " << turns;
   }
+}
+
+// The pixels that a drawing of source on target gives.
+void DrawPlainly(const std::vector<DWORD>& source, INT sourceWidth, std::vector<DWORD>& target,
+                 INT targetWidth, bool turned, INT dx, INT dy) {
+  const INT sourceHeight = static_cast<INT>(source.size()) / sourceWidth;
+  const INT targetHeight = static_cast<INT>(target.size()) / targetWidth;
+  for (INT i = 0; i < sourceWidth * sourceHeight; ++i) {
+    const INT x = i % sourceWidth, y = i / sourceWidth;
+    const INT toX = turned ? dx - 1 - y : dx + x, toY = turned ? dy + x : dy + y;
+    if (toX < 0 || toY < 0 || toX >= targetWidth || toY >= targetHeight) continue;
+    target[toY * targetWidth + toX] = source[i];
+  }
+}
+
+// Pages are drawn late, from pages that are drawn late themselves. Whatever happens in between,
+// each shows what it would show if it had been drawn at once.
+TEST_F(GdiPlus, DrawingsThatWaitShowTheirSourceAsItWas) {
+  constexpr INT kWidths[] = {30, 30, 21, 64}, kHeights[] = {21, 21, 30, 40};
+  std::unique_ptr<Bitmap> bitmaps[4];
+  std::vector<DWORD> expected[4];
+  std::vector<BYTE> page(64 * 40 * 3);
+  std::generate(page.begin(), page.end(), [this] { return static_cast<BYTE>(random()); });
+  const std::vector<BYTE> captured = page;
+  const auto make = [&](int i) {
+    expected[i].assign(kWidths[i] * kHeights[i], 0);
+    bitmaps[i] = std::make_unique<Bitmap>(kWidths[i], kHeights[i], PixelFormat24bppRGB);
+    if (i != 3) return;
+    BitmapData data = {64, 40, 192, PixelFormat24bppRGB, page.data(), 0};
+    GdipBitmapLockBits(bitmaps[i]->nativeImage, nullptr,
+                       ImageLockModeWrite | ImageLockModeUserInputBuf, PixelFormat24bppRGB, &data);
+    GdipBitmapUnlockBits(bitmaps[i]->nativeImage, &data);
+    expected[i] = Colors(data);
+  };
+  for (int i = 0; i < 4; ++i) make(i);
+  for (int step = 0; step < 20000; ++step) {
+    const int at = random() % 4, other = (at + 1 + random() % 3) % 4;
+    Bitmap& bitmap = *bitmaps[at];
+    switch (random() % 8) {
+      case 0:
+      case 1: {
+        const DWORD color = random() % 2 * 0xFFFFFF;
+        Graphics(&bitmap).Clear(0xFF000000 | color);
+        expected[at].assign(expected[at].size(), color);
+        break;
+      }
+      case 2:
+      case 3:
+      case 4: {
+        const bool turned = random() % 2, fits = random() % 2;
+        const INT dx = fits ? turned * kHeights[other] : static_cast<INT>(random() % 90) - 40;
+        const INT dy = fits ? 0 : static_cast<INT>(random() % 60) - 30;
+        Graphics graphics(&bitmap);
+        if (turned) graphics.RotateTransform(90.0f, MatrixOrderAppend);
+        graphics.TranslateTransform(static_cast<float>(dx), static_cast<float>(dy),
+                                    MatrixOrderAppend);
+        graphics.DrawImage(bitmaps[other].get(), 0, 0);
+        DrawPlainly(expected[other], kWidths[other], expected[at], kWidths[at], turned, dx, dy);
+        break;
+      }
+      case 5: {  // a dot through a lock
+        BitmapData data = Lock(bitmap);
+        static_cast<BYTE*>(data.Scan0)[data.Stride + 3] ^= 0xFF;
+        expected[at][kWidths[at] + 1] ^= 0xFF;
+        break;
+      }
+      case 6:
+        make(at);
+        break;
+      default: {
+        const INT top = random() % kHeights[at];
+        const Rect strip = {0, top, kWidths[at],
+                            1 + static_cast<INT>(random() % (kHeights[at] - top))};
+        BitmapData data = {};
+        ASSERT_EQ(GdipBitmapLockBits(bitmap.nativeImage, &strip, ImageLockModeRead,
+                                     PixelFormat24bppRGB, &data),
+                  Ok);
+        const auto first = expected[at].begin() + top * kWidths[at];
+        ASSERT_EQ(Colors(data), std::vector(first, first + strip.Height * kWidths[at])) << step;
+        GdipBitmapUnlockBits(bitmap.nativeImage, &data);
+        if (random() % 4 == 0) {
+          ASSERT_EQ(Pixels(bitmap), expected[at]) << step;
+        }
+      }
+    }
+  }
+  EXPECT_EQ(page, captured);  // a buffer is read only
 }
 
 TEST_F(GdiPlus, TurnsWholePagesAlikeOnEveryProcessor) {

@@ -39,6 +39,22 @@ TEST_F(Bitmaps, ContentAndEqualityIgnoreThePadding) {
   }
 }
 
+TEST_F(Bitmaps, PageOverItsBufferIsThePageAndLeavesTheBuffer) {
+  std::vector<BYTE> buffer(2 * 16);  // rows of 5 pixels and a byte of padding
+  for (BYTE& byte : buffer) byte = static_cast<BYTE>(random());
+  const std::vector<BYTE> captured = buffer;
+  Bitmap* page = Page(5, 2, [](INT, INT) { return 0x112233u; });
+  BitmapHelper::Copy24BPPBufferToBitmap(buffer.data(), 4, 2, page);  // another shape
+  EXPECT_EQ(Pixel(page, 4, 1), 0x112233u);
+  BitmapHelper::Copy24BPPBufferToBitmap(buffer.data(), 5, 2, page);
+  for (INT i = 0; i < 10; ++i) {
+    const BYTE* pixel = captured.data() + i / 5 * 16 + i % 5 * 3;
+    EXPECT_EQ(Pixel(page, i % 5, i / 5), DWORD(pixel[0] | pixel[1] << 8 | pixel[2] << 16));
+  }
+  Row(Lock(page), 1)[12] ^= 0xFF;
+  EXPECT_EQ(buffer, captured);
+}
+
 TEST_F(Bitmaps, DiagnosticSaveWritesAPngOrOneLine) {
   const TempHome home;
   CLoggerClient client;
