@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -11,11 +13,11 @@
 
 #include "platform/system_file.h"
 
-// The whole content of a regular file; false when there is none.
+// The whole content of a regular file; false, errno set, when it cannot be opened or read.
 bool ReadWholeFile(const std::string& path, std::string& content);
 
 // One line in the event log about a state file that cannot be used.
-void ReportMalformedFile(const std::string& path, const std::string& why);
+void ReportUnusableFile(const std::string& path, const std::string& why);
 
 // Keeps what Parse made of the file of that name in the home folder. Thread-safe. Get throws
 // std::bad_alloc and nothing else.
@@ -32,20 +34,20 @@ class WatchedFile {
 
   std::shared_ptr<const Content> Get() {
     const std::string path = PlatformHomeFolder() + "/" + m_name;
-    struct stat status = {};
-    const bool exists = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
     const std::lock_guard locked(m_mutex);
-    if (!exists) {
-      m_path.clear();
-      return m_missing;
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+      const bool missing = errno == ENOENT || errno == ENOTDIR;
+      return Without(path, missing ? "" : std::strerror(errno));
     }
+    if (!S_ISREG(status.st_mode)) return Without(path, "it is no regular file");
     if (path == m_path && SameFile(status)) return m_content;
-    // A file that cannot be opened now is looked at again at the next call.
     std::string text;
-    if (!ReadWholeFile(path, text)) return m_missing;
+    if (!ReadWholeFile(path, text)) return Without(path, std::strerror(errno));
     m_content = Parsed(path, text);
     m_path = path;
     m_status = status;
+    m_complaint.clear();
     return m_content;
   }
 
@@ -55,13 +57,22 @@ class WatchedFile {
            status.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
            status.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
   }
+  // The content when there is no file that can be read; why is empty when there is none at all. A
+  // file is complained about once, and looked at again at the next call.
+  std::shared_ptr<const Content> Without(const std::string& path, const std::string& why) {
+    m_path.clear();
+    const std::string complaint = why.empty() ? "" : path + ": " + why;
+    if (!why.empty() && complaint != m_complaint) ReportUnusableFile(path, why);
+    m_complaint = complaint;
+    return m_missing;
+  }
   std::shared_ptr<const Content> Parsed(const std::string& path, const std::string& text) {
     try {
       return std::make_shared<const Content>(m_parse(text));
     } catch (const std::bad_alloc&) {
       throw;  // no fault of the file's: it is read again at the next call
     } catch (const std::exception& error) {
-      ReportMalformedFile(path, error.what());
+      ReportUnusableFile(path, error.what());
       return m_missing;
     }
   }
@@ -72,5 +83,6 @@ class WatchedFile {
   std::mutex m_mutex;
   std::string m_path;
   struct stat m_status = {};
+  std::string m_complaint;  // about a file that could not be read at the last call
   std::shared_ptr<const Content> m_content;
 };

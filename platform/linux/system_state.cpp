@@ -2,9 +2,9 @@
 
 #include <toml++/toml.h>
 
+#include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <stdexcept>
 
 #include "platform/event_log.h"
@@ -93,19 +93,27 @@ SystemContent Parse(const std::string& text) {
   return content;
 }
 
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
 }  // namespace
 
 bool ReadWholeFile(const std::string& path, std::string& content) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return false;
-  content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  return !file.bad();
+  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rbe"));
+  if (file == nullptr) return false;
+  content.clear();
+  char buffer[4096];
+  while (const std::size_t size = std::fread(buffer, 1, sizeof buffer, file.get())) {
+    content.append(buffer, size);
+  }
+  return std::ferror(file.get()) == 0;
 }
 
-void ReportMalformedFile(const std::string& path, const std::string& why) {
+void ReportUnusableFile(const std::string& path, const std::string& why) {
+  const std::u16string text = Utf16FromUtf8("The file " + path + " is ignored: " + why);
   // The log may be opened by nobody yet; the line is worth a short opening.
   PlatformOpenEventLog();
-  const std::u16string text = Utf16FromUtf8("The file " + path + " is ignored: " + why);
   PlatformWriteEvent(EventLevel::Error, text.c_str(), WTEXT("Platform"));
   PlatformCloseEventLog();
 }
