@@ -23,8 +23,10 @@ class SpoolTarget {
 std::unique_ptr<SpoolTarget> OpenFileTarget(const std::string& path);
 
 // "tcp://HOST[:PORT]", port 9100 by default. Connecting takes 10 seconds at most, and no write
-// waits longer than 30 seconds for the printer. Throws HostError (usage) for another form, (target)
-// when nobody answers.
+// waits longer than 30 seconds for the printer. Finish waits until the printer has acknowledged
+// all, 30 seconds at most for the next acknowledgement, and then until it ends its side, stays
+// silent for a second or has talked for 10. Throws HostError (usage) for another form, (target)
+// when nobody answers, (partly sent) when the printer hangs up or stalls.
 std::unique_ptr<SpoolTarget> OpenTcpTarget(const std::string& address);
 
 // Takes the writes of one job to all targets; knows what they cost and what time the job takes.
@@ -32,6 +34,7 @@ class Spool {
  public:
   explicit Spool(std::vector<std::unique_ptr<SpoolTarget>> targets);
   void Write(std::string_view bytes);
+  // The last target first: a job that is lost on its way to a printer leaves no file behind.
   void Finish();
   const JobCost& Cost() const { return m_cost; }
   StageClock& Clock() { return m_clock; }

@@ -1,22 +1,31 @@
 // A printer on the network that takes jobs as they are on a TCP port.
 
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netdb.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
+#include <utility>
 
 #include "host/error.h"
 #include "host/spool.h"
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int kConnectMs = 10000;
 constexpr int kWriteMs = 30000;
+constexpr int kLookAgainMs = 20;
+constexpr std::chrono::seconds kSilence{1};
+constexpr std::chrono::seconds kLongestTalk{10};
 constexpr std::string_view kScheme = "tcp://";
 
 // Waits until the socket can be written to; sets errno when it cannot.
@@ -27,14 +36,25 @@ bool WaitWritable(int socket, int timeoutMs) {
   return ready > 0;
 }
 
-bool Connect(int socket, const addrinfo& address) {
-  if (connect(socket, address.ai_addr, address.ai_addrlen) == 0) return true;
-  if (errno != EINPROGRESS || !WaitWritable(socket, kConnectMs)) return false;
+// The error that the connection has met, 0 for none.
+int TakeError(int socket) {
   int error = 0;
   socklen_t size = sizeof error;
   getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
-  errno = error;
-  return error == 0;
+  return error;
+}
+
+// How many bytes, our end of the job among them, the printer has not acknowledged.
+int BytesUnderWay(int socket) {
+  int bytes = 0;
+  return ioctl(socket, SIOCOUTQ, &bytes) == 0 ? bytes : 0;
+}
+
+bool Connect(int socket, const addrinfo& address) {
+  if (connect(socket, address.ai_addr, address.ai_addrlen) == 0) return true;
+  if (errno != EINPROGRESS || !WaitWritable(socket, kConnectMs)) return false;
+  errno = TakeError(socket);
+  return errno == 0;
 }
 
 class TcpTarget final : public SpoolTarget {
@@ -71,23 +91,48 @@ class TcpTarget final : public SpoolTarget {
       if (sent >= 0) {
         bytes.remove_prefix(static_cast<std::size_t>(sent));
       } else if ((errno != EAGAIN && errno != EINTR) || !WaitWritable(m_socket, kWriteMs)) {
-        throw HostError(
-            kExitPartlySent,
-            "The printer " + m_name + " took a part of the job only: " + std::strerror(errno));
+        FailPartly("took a part of the job only", errno);
       }
     }
   }
-  // Ends our side and waits until the printer has ended its own, so that nothing is lost on the
-  // way.
+  // Ends our side and waits until the printer has all of the job and has ended its own side. Many
+  // keep theirs open: one that has acknowledged all and then falls silent has taken the job.
   void Finish() override {
     shutdown(m_socket, SHUT_WR);
-    char ignored[256];
-    pollfd wait = {m_socket, POLLIN, 0};
-    while (poll(&wait, 1, kConnectMs) > 0 && recv(m_socket, ignored, sizeof ignored, 0) > 0) {
+    Clock::time_point progress = Clock::now();  // the last acknowledgement
+    Clock::time_point news = progress;          // or answer
+    int left = BytesUnderWay(m_socket);
+    for (bool open = true; open || left > 0;) {
+      const ssize_t heard = Listen(open);
+      if (heard == 0) open = false;
+      const Clock::time_point now = Clock::now();
+      if (heard > 0) news = now;
+      const int before = std::exchange(left, BytesUnderWay(m_socket));
+      if (left < before) progress = news = now;
+      if (left > 0 && now - progress > std::chrono::milliseconds(kWriteMs)) {
+        FailPartly("took a part of the job only", ETIMEDOUT);
+      }
+      if (left == 0 && (now - news > kSilence || now - progress > kLongestTalk)) return;
     }
   }
 
  private:
+  // Waits a moment for the printer, for what it says when its side is open. Returns the number of
+  // bytes heard, 0 at the end of its side, negative when it said nothing.
+  ssize_t Listen(bool open) {
+    pollfd wait = {open ? m_socket : -1, POLLIN, 0};
+    poll(&wait, 1, kLookAgainMs);
+    char ignored[256];
+    const ssize_t heard = recv(m_socket, ignored, sizeof ignored, 0);
+    const int error = heard < 0 && errno != EAGAIN && errno != EINTR ? errno : TakeError(m_socket);
+    if (error != 0) FailPartly("hung up before it had taken all of the job", error);
+    return heard;
+  }
+  [[noreturn]] void FailPartly(const std::string& what, int error) const {
+    throw HostError(kExitPartlySent,
+                    "The printer " + m_name + " " + what + ": " + std::strerror(error));
+  }
+
   const std::string m_name;
   int m_socket = -1;
 };
