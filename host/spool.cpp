@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -35,34 +36,51 @@ constexpr Remedy kRemedies[] = {
                                    (remedy == std::end(kRemedies) ? "" : remedy->remedy));
 }
 
-// The temporary file at hand, which an interrupted vlx takes with it.
-char g_temporary[4096];
+// The temporary files at hand, which an interrupted vlx takes with it; an empty path is a free
+// place. A job has two at most, its own and that of its settings record.
+char g_temporaries[4][4096];
 
-void RemoveTemporary(int signal) {
-  unlink(g_temporary);
+void RemoveTemporaries(int signal) {
+  for (const char* path : g_temporaries) {
+    if (path[0] != '\0') unlink(path);
+  }
   std::signal(signal, SIG_DFL);
   raise(signal);
 }
 
-void GuardTemporary(const std::string& path) {
-  g_temporary[0] = '\0';
-  if (path.size() >= sizeof g_temporary) return;
-  path.copy(g_temporary, path.size());
-  g_temporary[path.size()] = '\0';
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    // What was ignored from the start (nohup) stays ignored.
-    if (std::signal(signal, RemoveTemporary) == SIG_IGN) std::signal(signal, SIG_IGN);
+// Keeps a file in the table above while it lives.
+class TemporaryGuard {
+ public:
+  explicit TemporaryGuard(const std::string& path) {
+    for (char* place : g_temporaries) {
+      if (place[0] != '\0' || path.size() >= sizeof g_temporaries[0]) continue;
+      // The first byte comes last: a signal in between must not find half a path.
+      path.copy(place + 1, path.npos, 1);
+      place[path.size()] = '\0';
+      std::atomic_signal_fence(std::memory_order_release);
+      m_place = place;
+      *m_place = path[0];
+      break;
+    }
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      // What was ignored from the start (nohup) stays ignored.
+      if (std::signal(signal, RemoveTemporaries) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
   }
-}
+  ~TemporaryGuard() {
+    if (m_place != nullptr) *m_place = '\0';
+  }
+  TemporaryGuard(const TemporaryGuard&) = delete;
+  TemporaryGuard& operator=(const TemporaryGuard&) = delete;
+
+ private:
+  volatile char* m_place = nullptr;
+};
 
 class FileTarget final : public SpoolTarget {
  public:
-  explicit FileTarget(const std::string& path) : m_path(LinkedFile(path)) {
-    m_temporary = m_path + "." + std::to_string(getpid()) + ".part";
-    m_file = std::fopen(m_temporary.c_str(), "wbxe");
-    if (m_file == nullptr) Fail(m_path);
-    GuardTemporary(m_temporary);
-  }
+  explicit FileTarget(const std::string& path)
+      : m_path(LinkedFile(path)), m_file(OpenTemporary()), m_guard(m_temporary) {}
   ~FileTarget() override {
     if (m_file == nullptr) return;
     std::fclose(m_file);
@@ -92,9 +110,22 @@ class FileTarget final : public SpoolTarget {
     return error ? path : file.string();
   }
 
+  // A killed run may have left its file, and a container gives every run the same process id.
+  std::FILE* OpenTemporary() {
+    const std::string own = m_path + "." + std::to_string(getpid());
+    m_temporary = own + ".part";
+    for (int i = 2;; ++i) {
+      std::FILE* file = std::fopen(m_temporary.c_str(), "wbxe");
+      if (file != nullptr) return file;
+      if (errno != EEXIST) Fail(m_path);
+      m_temporary = own + "-" + std::to_string(i) + ".part";
+    }
+  }
+
   const std::string m_path;
   std::string m_temporary;
   std::FILE* m_file;
+  const TemporaryGuard m_guard;
 };
 
 // Standard output, a device, a named pipe: what takes bytes as they come and must not be replaced
@@ -141,5 +172,5 @@ void Spool::Write(std::string_view bytes) {
 
 void Spool::Finish() {
   const StageClock::Scope time(m_clock, Stage::Write);
-  for (const auto& target : m_targets) target->Finish();
+  for (auto target = m_targets.rbegin(); target != m_targets.rend(); ++target) (*target)->Finish();
 }
