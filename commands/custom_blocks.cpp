@@ -95,6 +95,7 @@ std::string ReadTextFile(std::string_view path) {
     if (content.size() + count > kMostFileBytes) return {};
     content.append(buffer, count);
   }
+  if (std::ferror(file.get())) return {};
   return content;
 }
 

@@ -16,8 +16,6 @@ class JobCost {
   std::uint64_t Bytes() const { return m_bytes; }
   std::uint64_t Labels() const { return m_labels; }  // copies included
   std::uint64_t Cuts() const { return m_cuts; }
-  double MediaMm() const { return m_mediaMm; }  // labels and the gaps behind them
-  std::size_t DifferentImages() const { return m_digests.size(); }
   // How much smaller the images sent are than one image with every placement would be: 0 to 100.
   int SavedPercent() const;
 
@@ -36,7 +34,7 @@ class JobCost {
 
   std::uint64_t m_bytes = 0;
   std::uint64_t m_labels = 0;
-  double m_mediaMm = 0;
+  double m_mediaMm = 0;  // labels and the gaps behind them
   double m_pitchMm = 0;
 
   std::uint64_t m_cuts = 0;
