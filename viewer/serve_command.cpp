@@ -31,12 +31,12 @@ int Serve(const ServeOptions& options) {
   JobFolder folder(options.folder, options.dpi, highlight);
   PrinterServer server(options.port, std::chrono::seconds(options.patience), folder);
   g_server = &server;
-  std::signal(SIGINT, StopOnSignal);
-  std::signal(SIGTERM, StopOnSignal);
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, StopOnSignal);
   std::printf("A label printer on tcp://127.0.0.1:%d, its page is %s/index.html; Ctrl-C stops it\n",
               server.Port(), options.folder.c_str());
   std::fflush(stdout);
   server.Run();
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
   return kExitDone;
 }
 
