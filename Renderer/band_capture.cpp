@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 
+#include "config/block_owner.h"
 #include "config/log.h"
 #include "platform/memory.h"
 #include "platform/palette.h"
@@ -14,12 +15,6 @@ namespace {
 constexpr BYTE kWhite = 0xFF;
 constexpr LONG kBytesPerPixel = 3;
 constexpr std::uint64_t kMostBytes = std::numeric_limits<DWORD>::max();
-
-std::int64_t StrideBytes(std::int64_t widthPx) { return (24 * widthPx + 31) / 32 * 4; }
-
-struct LocalFreer {
-  void operator()(void* block) const { LocalFree(block); }
-};
 
 bool BuildOneBitTable(COemPDEV& state) {
   auto* table = static_cast<RGBQUAD*>(LocalAlloc(LPTR, 2 * sizeof(RGBQUAD)));

@@ -3,12 +3,16 @@
 // the capture of bands, the page pipeline and the command writers all work on it.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "config/oemdev.h"
 #include "platform/driver.h"
 #include "platform/gdiplus.h"
+
+// Bytes of a row of 24-bit pixels, in a band and in the page buffer: padded to 4.
+constexpr std::int64_t StrideBytes(std::int64_t widthPx) { return (24 * widthPx + 31) / 32 * 4; }
 
 // What the writers of one job count. Never shared between two jobs of a process.
 struct JobState {

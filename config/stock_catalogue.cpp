@@ -1,9 +1,9 @@
 #include "config/stock_catalogue.h"
 
-#include <memory>
 #include <new>
 #include <string_view>
 
+#include "config/block_owner.h"
 #include "platform/com.h"
 #include "platform/memory.h"
 #include "platform/spooler.h"
@@ -62,10 +62,6 @@ class RegKey {
 
  private:
   HKEY m_key = nullptr;
-};
-
-struct GlobalFreer {
-  void operator()(void* block) const { GlobalFree(block); }
 };
 
 // The text of a value, false when there is none that fits with its terminator.
@@ -156,7 +152,7 @@ void LoadStocksForPrinter(StockList& list, HANDLE hPrinter) {
     return;
   }
   if (size < sizeof(PRINTER_INFO_2W)) return;
-  const std::unique_ptr<void, GlobalFreer> block(GlobalAlloc(GPTR, size));
+  const GlobalBlock<void> block(GlobalAlloc(GPTR, size));
   if (block == nullptr) return;
   if (!GetPrinterW(hPrinter, 2, static_cast<LPBYTE>(block.get()), size, &size)) return;
   const auto* info = static_cast<const PRINTER_INFO_2W*>(block.get());

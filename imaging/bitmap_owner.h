@@ -1,8 +1,9 @@
-// Owners of the bitmaps and drawing contexts of a page's stages.
+// Owners of the bitmaps and drawing contexts of a page's stages, and what is done with each.
 #pragma once
 
 #include <memory>
 
+#include "config/device_state.h"
 #include "config/process.h"
 
 struct BitmapDeleter {
@@ -14,6 +15,11 @@ inline BitmapOwner MakeBitmap(UINT widthPx, UINT heightPx, Gdiplus::PixelFormat 
                               LPCWSTR name) {
   return BitmapOwner(BitmapHelper::CreateBitmap(static_cast<INT>(widthPx),
                                                 static_cast<INT>(heightPx), format, name));
+}
+
+// Keeps the picture of a stage for diagnosis, when somebody asks for these pictures.
+inline void SaveStage(const COemPDEV& state, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
+  BitmapHelper::DevTestSaveBitmapAs(bitmap, state.dwJobId, state.dwPageCount, stage, g_logClient);
 }
 
 // Null when the drawing object cannot be allocated.

@@ -46,10 +46,6 @@ bool ArgumentsComplete(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground) {
   return false;
 }
 
-void SaveStage(const COemPDEV& state, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
-  BitmapHelper::DevTestSaveBitmapAs(bitmap, state.dwJobId, state.dwPageCount, stage, g_logClient);
-}
-
 void WriteFirstPageBlocks(const Emission& page) {
   if (page.devmode->wCustomType0 != kBlockInline) {
     SpoolWrite(page.device,

@@ -28,11 +28,6 @@ struct Page {
   Gdiplus::Bitmap* Bitmap() const { return placed != nullptr ? placed.get() : captured.get(); }
 };
 
-void SaveStage(const Page& page, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
-  BitmapHelper::DevTestSaveBitmapAs(bitmap, page.state->dwJobId, page.state->dwPageCount, stage,
-                                    g_logClient);
-}
-
 // A driver may leave the last rows of a page out. What is missing of the picture is paper: white.
 bool CompleteBuffer(COemPDEV& state, std::uint64_t neededBytes) {
   if (state.dwBitmapBufferSize >= neededBytes) return true;
@@ -48,12 +43,12 @@ bool CopyPage(Page& page) {
   BitmapOwner bitmap =
       MakeBitmap(width, height, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_Orig"));
   if (bitmap == nullptr) return false;
-  const std::uint64_t strideBytes = (std::uint64_t{24} * width + 31) / 32 * 4;
+  const auto strideBytes = static_cast<std::uint64_t>(StrideBytes(width));
   if (!CompleteBuffer(*page.state, strideBytes * height)) return false;
   BitmapHelper::Copy24BPPBufferToBitmap(page.state->pBitmapBuffer, static_cast<INT>(width),
                                         static_cast<INT>(height), bitmap.get());
   page.buffer = page.state->TakePage();
-  SaveStage(page, bitmap.get(), WTEXT("a_OriginalBuffer"));
+  SaveStage(*page.state, bitmap.get(), WTEXT("a_OriginalBuffer"));
   page.captured = std::move(bitmap);
   return true;
 }
@@ -73,7 +68,7 @@ bool AddBorders(Page& page) {
     graphics->DrawImage(page.Bitmap(), offsetX, offsetY,
                         Gdiplus::Rect{0, 0, static_cast<INT>(width), static_cast<INT>(height)});
   }
-  SaveStage(page, bordered.get(), WTEXT("b_NonprintableBorders"));
+  SaveStage(*page.state, bordered.get(), WTEXT("b_NonprintableBorders"));
   page.placed = std::move(bordered);
   return true;
 }
@@ -93,7 +88,7 @@ bool CorrectOrientation(Page& page) {
   graphics->TranslateTransform(static_cast<float>(height), 0.0f, Gdiplus::MatrixOrderAppend);
   graphics->DrawImage(page.Bitmap(), 0, 0);
   graphics.reset();
-  SaveStage(page, turned.get(), WTEXT("c_CorrectedOrientation"));
+  SaveStage(*page.state, turned.get(), WTEXT("c_CorrectedOrientation"));
   page.placed = std::move(turned);
   return true;
 }
@@ -105,7 +100,7 @@ BitmapOwner ReduceToOneBit(const Page& page, Gdiplus::Bitmap* source, LPCWSTR na
       MakeBitmap(source->GetWidth(), source->GetHeight(), PixelFormat1bppIndexed, name);
   if (oneBit == nullptr) return nullptr;
   if (BitmapHelper::GetMonochromeImage1BPP(source, oneBit.get()) == 0) return nullptr;
-  SaveStage(page, oneBit.get(), stage);
+  SaveStage(*page.state, oneBit.get(), stage);
   return oneBit;
 }
 
@@ -113,7 +108,7 @@ INT SendOneColor(const Page& page) {
   const BitmapOwner dithered(BitmapRasterizer::Dither(
       page.Bitmap(), eBitmapDitherer{page.devmode->wDitherer}, page.devmode->byDitherParam));
   if (dithered == nullptr) return 0;
-  SaveStage(page, dithered.get(), WTEXT("d_1C_Background24BPP"));
+  SaveStage(*page.state, dithered.get(), WTEXT("d_1C_Background24BPP"));
   const BitmapOwner oneBit =
       ReduceToOneBit(page, dithered.get(), WTEXT("pMonochrome1BPP"), WTEXT("e_1C_Background1BPP"));
   if (oneBit == nullptr) return 0;
@@ -138,8 +133,8 @@ INT SendTwoColors(const Page& page) {
   const BitmapOwner background24(backgroundOut);
   const BitmapOwner highlight24(highlightOut);
   if (split == 0) return 0;
-  SaveStage(page, background24.get(), WTEXT("d_2C_Background24BPP"));
-  SaveStage(page, highlight24.get(), WTEXT("d_2C_Highlight24BPP"));
+  SaveStage(*page.state, background24.get(), WTEXT("d_2C_Background24BPP"));
+  SaveStage(*page.state, highlight24.get(), WTEXT("d_2C_Highlight24BPP"));
 
   BitmapOwner background = ReduceToOneBit(page, background24.get(), WTEXT("pNewBackground1BPP"),
                                           WTEXT("e_2C_Background1BPP"));

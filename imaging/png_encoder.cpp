@@ -1,20 +1,14 @@
 #include "imaging/png_encoder.h"
 
-#include <memory>
 #include <string_view>
 
 #include "commands/image_commands.h"
 #include "commands/job_stream.h"
+#include "config/block_owner.h"
 #include "config/log.h"
 #include "platform/memory.h"
 
 namespace {
-
-struct LocalFreer {
-  void operator()(void* block) const { LocalFree(block); }
-};
-template <typename T>
-using LocalBlock = std::unique_ptr<T, LocalFreer>;
 
 // Why a stream could not be created.
 std::string ResultSuffix(HRESULT hr) {
