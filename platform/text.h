@@ -11,7 +11,8 @@ inline constexpr UINT CP_UTF8 = 65001;
 // number of bytes written, or needed when cbMultiByte is 0. A character that the code page cannot
 // hold becomes '?' (or *lpDefaultChar) and sets *lpUsedDefaultChar when given.
 // Returns 0 on failure: last error ERROR_INSUFFICIENT_BUFFER when the bytes do not fit,
-// ERROR_INVALID_PARAMETER for a bad argument or an unknown code page.
+// ERROR_INVALID_PARAMETER for a bad argument or an unknown code page, ERROR_INVALID_FLAGS for flags
+// that do not exist. Those that do change nothing here.
 // CP_ACP and CP_THREAD_ACP mean the code page named in the system file (1252 by default).
 PLATFORM_API INT WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr,
                                             INT cchWideChar, LPSTR lpMultiByteStr, INT cbMultiByte,

@@ -126,9 +126,11 @@ inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
 inline constexpr DWORD ERROR_INVALID_LEVEL = 124;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD ERROR_NO_MORE_ITEMS = 259;
+inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr DWORD ERROR_INVALID_PRINTER_NAME = 1801;
 
-// The calling thread's last error code. A call that succeeds leaves it alone unless it says otherwise.
+// The calling thread's last error code. A call that succeeds leaves it alone unless it says
+// otherwise.
 PLATFORM_API DWORD WINAPI GetLastError();
 PLATFORM_API void WINAPI SetLastError(DWORD dwErrCode);

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr DWORD kWideCharFlags = 0x6F0;  // all that WideCharToMultiByte has
+
 class Converter {
  public:
   Converter(const std::string& to, const std::string& from)
@@ -116,12 +118,16 @@ std::optional<std::u16string> DecodeText(UINT codePage, std::string_view bytes) 
   return out;
 }
 
-INT WideCharToMultiByte(UINT CodePage, DWORD, LPCWSTR lpWideCharStr, INT cchWideChar,
+INT WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, INT cchWideChar,
                         LPSTR lpMultiByteStr, INT cbMultiByte, LPCSTR lpDefaultChar,
                         LPBOOL lpUsedDefaultChar) try {
   if (lpWideCharStr == nullptr || cchWideChar == 0 || cchWideChar < -1 || cbMultiByte < 0 ||
       (cbMultiByte > 0 && lpMultiByteStr == nullptr)) {
     SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+  }
+  if ((dwFlags & ~kWideCharFlags) != 0) {
+    SetLastError(ERROR_INVALID_FLAGS);
     return 0;
   }
   if (PlatformShouldFail("WideCharToMultiByte")) throw std::bad_alloc();
