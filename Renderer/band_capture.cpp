@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <memory>
 
 #include "config/block_owner.h"
 #include "config/log.h"
@@ -16,26 +15,27 @@ constexpr BYTE kWhite = 0xFF;
 constexpr LONG kBytesPerPixel = 3;
 constexpr std::uint64_t kMostBytes = std::numeric_limits<DWORD>::max();
 
-bool BuildOneBitTable(COemPDEV& state) {
-  auto* table = static_cast<RGBQUAD*>(LocalAlloc(LPTR, 2 * sizeof(RGBQUAD)));
-  if (table == nullptr) return false;
-  table[1] = {0xFF, 0xFF, 0xFF, 0};
-  return state.SetColorTable(table, 2);
+template <typename Entry>
+LocalBlock<Entry> Allocate(LONG entries) {
+  return LocalBlock<Entry>(static_cast<Entry*>(LocalAlloc(LPTR, entries * sizeof(Entry))));
 }
 
-bool BuildPaletteTable(COemPDEV& state, LONG entries) {
-  std::unique_ptr<RGBQUAD, LocalFreer> table(
-      static_cast<RGBQUAD*>(LocalAlloc(LPTR, entries * sizeof(RGBQUAD))));
-  const std::unique_ptr<PALETTEENTRY, LocalFreer> palette(
-      static_cast<PALETTEENTRY*>(LocalAlloc(LPTR, entries * sizeof(PALETTEENTRY))));
-  if (table == nullptr || palette == nullptr) return false;
-  if (GetPaletteEntries(state.hDevicePalette, 0, static_cast<UINT>(entries), palette.get()) == 0) {
-    return false;
-  }
+bool CopyPalette(HPALETTE from, RGBQUAD* table, LONG entries) {
+  const LocalBlock<PALETTEENTRY> palette = Allocate<PALETTEENTRY>(entries);
+  if (palette == nullptr) return false;
+  if (GetPaletteEntries(from, 0, static_cast<UINT>(entries), palette.get()) == 0) return false;
   for (LONG i = 0; i < entries; ++i) {
     const PALETTEENTRY& entry = palette.get()[i];
-    table.get()[i] = {entry.peBlue, entry.peGreen, entry.peRed, 0};
+    table[i] = {entry.peBlue, entry.peGreen, entry.peRed, 0};
   }
+  return true;
+}
+
+// Black and white for 1-bit bands, the device's palette for others; the last entry is white.
+bool BuildTable(COemPDEV& state, DWORD format, LONG entries) {
+  LocalBlock<RGBQUAD> table = Allocate<RGBQUAD>(entries);
+  if (table == nullptr) return false;
+  if (format != 1 && !CopyPalette(state.hDevicePalette, table.get(), entries)) return false;
   table.get()[entries - 1] = {0xFF, 0xFF, 0xFF, 0};
   return state.SetColorTable(table.release(), entries);
 }
@@ -50,9 +50,7 @@ bool BuildColorTable(COemPDEV& state, DWORD format) {
   constexpr Format kFormats[] = {{1, 2, "BMF_1BPP"}, {2, 16, "BMF_4BPP"}, {3, 256, "BMF_8BPP"}};
   for (const Format& known : kFormats) {
     if (known.code != format) continue;
-    const bool built =
-        format == 1 ? BuildOneBitTable(state) : BuildPaletteTable(state, known.entries);
-    if (built) return true;
+    if (BuildTable(state, format, known.entries)) return true;
     state.SetColorTable(nullptr, known.entries);
     LogError(kNoCategory, "ImageProcessing END (E_FAIL, error handling %s)", known.name);
     return false;
@@ -60,14 +58,13 @@ bool BuildColorTable(COemPDEV& state, DWORD format) {
   return true;
 }
 
-// Grows the page buffer by bytes, which the caller fills; *askedBytes is the size that was asked
-// for. Without memory the page is given up, whether or not it held a band already.
-bool GrowBuffer(COemPDEV& state, std::uint64_t bytes, DWORD* askedBytes) {
+// Grows the page buffer by bytes, which the caller fills. Without memory the page is given up,
+// whether or not it held a band already.
+bool GrowBuffer(COemPDEV& state, std::uint64_t bytes) {
   const DWORD oldSize = state.pBitmapBuffer == nullptr ? 0 : state.dwBitmapBufferSize;
-  const std::uint64_t newSize = oldSize + bytes;
-  *askedBytes = static_cast<DWORD>(newSize);
-  if (bytes <= kMostBytes && newSize <= kMostBytes && state.GrowPageBuffer(*askedBytes))
+  if (bytes <= kMostBytes - oldSize && state.GrowPageBuffer(oldSize + static_cast<DWORD>(bytes))) {
     return true;
+  }
   LogError(kNoCategory, "LocalAlloc failed!\n");
   state.ResetPage();
   return false;
@@ -85,10 +82,10 @@ bool StartLandscapePage(COemPDEV& state, const Band& band) {
   const std::int64_t widthPx = std::int64_t{band.offset.x} + band.header->biWidth;
   state.bmiPage.biWidth = static_cast<LONG>(widthPx);
   state.bmiPage.biHeight = band.header->biHeight;
-  DWORD askedBytes = 0;
-  if (!GrowBuffer(state, PageBytes(widthPx, band.header->biHeight), &askedBytes)) {
+  const std::uint64_t bytes = PageBytes(widthPx, band.header->biHeight);
+  if (!GrowBuffer(state, bytes)) {
     LogError(kNoCategory, "ImageProcessing END (E_FAIL, no memory for target bitmap (%d bytes)",
-             static_cast<LONG>(askedBytes));
+             static_cast<LONG>(bytes));
     SetLastError(ERROR_OUTOFMEMORY);
     return false;
   }
@@ -128,21 +125,19 @@ void FillIn(COemPDEV& state, const Band& band) {
   const std::int64_t target = std::max<std::int64_t>(start, 0);    // in each page row
   const std::int64_t length = std::min(bandStride - skipped, targetStride - target);
   const std::int64_t rows =
-      std::min<std::int64_t>(band.header->biHeight, state.dwBitmapBufferSize / targetStride);
-  if (length <= 0) return;
-  const std::int64_t available = band.header->biSizeImage != 0
-                                     ? std::int64_t{band.header->biSizeImage}
-                                     : bandStride * std::max<std::int64_t>(rows, 0);
+      std::clamp<std::int64_t>(band.header->biHeight, 0, state.dwBitmapBufferSize / targetStride);
+  const std::int64_t available =
+      band.header->biSizeImage != 0 ? std::int64_t{band.header->biSizeImage} : bandStride * rows;
   for (std::int64_t row = 0; row < rows; ++row) {
+    const std::int64_t from = row * bandStride + skipped;
+    const std::int64_t count = band.blank ? length : std::min(length, available - from);
+    if (count < 1) return;
     BYTE* to = state.pBitmapBuffer + row * targetStride + target;
     if (band.blank) {
-      std::memset(to, kWhite, length);
-      continue;
+      std::memset(to, kWhite, count);
+    } else {
+      std::memcpy(to, band.pixels + from, count);
     }
-    const std::int64_t from = row * bandStride + skipped;
-    const std::int64_t count = std::min(length, available - from);
-    if (count <= 0) return;
-    std::memcpy(to, band.pixels + from, count);
   }
 }
 
@@ -152,12 +147,10 @@ bool Append(COemPDEV& state, const Band& band) {
   const auto sum = [](auto a, auto b) { return static_cast<DWORD>(a) + static_cast<DWORD>(b); };
   state.bmiPage.biHeight = static_cast<LONG>(sum(state.bmiPage.biHeight, band.header->biHeight));
   state.bmiPage.biSizeImage = sum(state.bmiPage.biSizeImage, bytes);
-  DWORD askedBytes = 0;
-  if (!GrowBuffer(state, bytes, &askedBytes)) {
+  if (!GrowBuffer(state, bytes)) {
     LogError(kRendering, "ImageProcessing END (E_FAIL, error growing bitmap buffer)");
     return false;
   }
-  if (bytes == 0) return true;
   if (band.blank) {
     std::memset(state.pBitmapBuffer + position, kWhite, bytes);
   } else {

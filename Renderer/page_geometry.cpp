@@ -3,24 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 
 namespace {
 
 constexpr std::int64_t kSizeToleranceUm = 199;
 constexpr std::int64_t kPixelTolerance = 2;
 
-LONG ToLong(float value) {
-  if (std::isnan(value)) return 0;
-  if (value >= 2147483648.0f) return std::numeric_limits<LONG>::max();
-  if (value <= -2147483648.0f) return std::numeric_limits<LONG>::min();
-  return static_cast<LONG>(value);
-}
-
-// The whole pixels in a length. The product is a 32-bit one.
+// The whole pixels in a length. The product is a 32-bit one: there are never more than 84,547.
 LONG PixelsOf(DWORD lengthUm, ULONG dpi) {
   const float product = static_cast<float>(static_cast<LONG>(dpi * lengthUm));
-  return ToLong(std::floor(product / 10000.0f / 2.54f));
+  return static_cast<LONG>(std::floor(product / 10000.0f / 2.54f));
 }
 
 // Micrometres in steps of 100.
@@ -28,7 +20,7 @@ LONG SizeOf(LONG pixels, ULONG dpi) {
   if (dpi == 0) return 0;  // such a page has no pixels either
   const float steps =
       static_cast<float>(pixels) * 10000.0f * 2.54f / static_cast<float>(dpi) / 100.0f;
-  return static_cast<LONG>(100u * static_cast<DWORD>(ToLong(std::round(steps))));
+  return static_cast<LONG>(100u * static_cast<DWORD>(std::round(steps)));
 }
 
 LONG Negated(LONG value) { return static_cast<LONG>(0u - static_cast<DWORD>(value)); }

@@ -1,5 +1,7 @@
 #include "commands/custom_blocks.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <memory>
 
@@ -11,61 +13,38 @@ namespace {
 constexpr std::string_view kTooLong = "Error 111";
 constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
 
-struct LetterEscape {
-  char letter;
-  char byte;
-};
-constexpr LetterEscape kLetterEscapes[] = {
-    {'\\', '\\'}, {'e', '\x1B'}, {'n', '\n'}, {'r', '\r'}, {'t', '\t'},
-};
-
-char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-// The value of a digit of any base up to 16, or 16 when it is none.
-unsigned DigitValue(char c) {
-  c = LowerAscii(c);
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return 16;
-}
+// What the letters after a backslash stand for.
+constexpr std::string_view kEscapes = "\\eEnNrRtT";
+constexpr std::string_view kEscaped = "\\\x1B\x1B\n\n\r\r\t\t";
+static_assert(kEscapes.size() == kEscaped.size());
 
 // Low 8 bits of the number that makes up all of the text: white space, sign, digits.
-std::optional<char> ReadByte(std::string_view text, unsigned base) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  bool negative = false;
-  if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
-    negative = text.front() == '-';
-    text.remove_prefix(1);
-  }
-  if (text.empty()) return std::nullopt;
-  unsigned value = 0;
-  for (const char c : text) {
-    const unsigned digit = DigitValue(c);
-    if (digit >= base) return std::nullopt;
-    value = value * base + digit;
-  }
+std::optional<char> ReadByte(std::string_view text, int base) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  unsigned value;
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, value, base);
+  if (error != std::errc() || last != end) return std::nullopt;
   return static_cast<char>(negative ? 0u - value : value);
 }
 
 void SubstitutePageNumber(std::string& text, DWORD pageNumber) {
-  const std::size_t open = text.find('{');
+  const std::size_t open = text.find_first_of("{}");
   const std::size_t close = text.find('}');
-  if (open == std::string::npos || close == std::string::npos || open == 0 || close < open) return;
+  if (open == 0 || open == close || close == std::string::npos) return;
   text.replace(open, close - open + 1, std::to_string(pageNumber));
 }
 
 // Appends what the escape at the start of rest (a backslash and at least one byte more) stands for
 // and returns how many bytes it takes.
 std::size_t TakeEscape(std::string_view rest, std::string& out) {
-  const char letter = LowerAscii(rest[1]);
-  for (const LetterEscape& escape : kLetterEscapes) {
-    if (escape.letter != letter) continue;
-    out += escape.byte;
+  if (const std::size_t known = kEscapes.find(rest[1]); known != std::string_view::npos) {
+    out += kEscaped[known];
     return 2;
   }
-  const bool hexadecimal = letter == 'x';
+  const bool hexadecimal = rest[1] == 'x' || rest[1] == 'X';
   std::optional<char> byte;
   if (rest.size() >= 4) {
     byte = hexadecimal ? ReadByte(rest.substr(2, 2), 16) : ReadByte(rest.substr(1, 3), 8);
@@ -76,7 +55,7 @@ std::size_t TakeEscape(std::string_view rest, std::string& out) {
   }
   out += '\\';
   if (!hexadecimal) return 1;
-  out += letter;
+  out += 'x';
   return 2;
 }
 

@@ -1,5 +1,7 @@
 #include "commands/image_commands.h"
 
+#include <iterator>
+
 #include "commands/custom_blocks.h"
 #include "commands/cut_commands.h"
 #include "commands/job_stream.h"
@@ -7,14 +9,15 @@
 
 namespace {
 
-// Where an image goes, by the turn of the label: at which side in x (0 left, 1 right) and whether
-// its offset counts from the far end in y.
+// Where an image goes: at which side in x and whether its offset counts from the far end in y.
 struct PlacementRow {
   bool rightSide;
   bool fromLength;
 };
-constexpr PlacementRow kPlacementRows[] = {
-    {true, true}, {false, true}, {false, false}, {true, false}};
+// By the head's direction and the turn of the label; an unknown turn is none.
+constexpr PlacementRow kPlacementRows[][4] = {
+    {{true, true}, {false, true}, {false, false}, {true, false}},
+    {{false, false}, {false, true}, {true, true}, {true, false}}};
 
 // Both options together turn the head's direction round, which exchanges rotations 0 and 2.
 bool TurnsPlacement(const OEMDEV& devmode) {
@@ -29,11 +32,8 @@ DWORD Angle(const OEMDEV& devmode) {
 }
 
 const PlacementRow& RowOf(const OEMDEV& devmode) {
-  DWORD row = devmode.dwRotation > 3 ? 0 : devmode.dwRotation;
-  if (TurnsPlacement(devmode) && devmode.dwRotation % 2 == 0 && devmode.dwRotation <= 2) {
-    row = 2 - devmode.dwRotation;
-  }
-  return kPlacementRows[row];
+  const auto& rows = kPlacementRows[TurnsPlacement(devmode)];
+  return devmode.dwRotation < std::size(rows) ? rows[devmode.dwRotation] : kPlacementRows[0][0];
 }
 
 float PlacementX(const OEMDEV& devmode, bool highlight, bool rightSide, float widthMm) {

@@ -24,9 +24,8 @@ std::string FormatDouble(double value, int decimals) {
 
 // The text in the thread's ANSI code page; empty for null.
 std::string Narrow(LPCWSTR text) {
-  if (text == nullptr) return {};
   const INT size = WideCharToMultiByte(CP_THREAD_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
-  if (size <= 1) return {};
+  if (size == 0) return {};
   std::string narrow(size, '\0');
   if (WideCharToMultiByte(CP_THREAD_ACP, 0, text, -1, narrow.data(), size, nullptr, nullptr) !=
       size) {

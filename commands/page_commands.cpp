@@ -1,5 +1,6 @@
 #include "commands/page_commands.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "commands/custom_blocks.h"
@@ -64,7 +65,7 @@ std::string BuildLabelSizeCommand(const OEMDEV& devmode, DWORD widthUm, DWORD le
 
 std::string BuildPageCommands(JobState& job, OEMDEV& devmode, DWORD widthTenthsMm,
                               DWORD lengthTenthsMm, LONG pageCount, DWORD colorMode) {
-  job.dwPageNumber = pageCount < 0 ? 1 : static_cast<DWORD>(pageCount) + 1;
+  job.dwPageNumber = static_cast<DWORD>(std::max<LONG>(pageCount, 0)) + 1;
   if (devmode.dwSetupOnFirstPageOnly && job.dwPageNumber != 1) return {};
 
   const bool turned = (devmode.dwRotation & 1) != 0;

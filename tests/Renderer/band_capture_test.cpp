@@ -6,6 +6,7 @@
 
 #include "platform/fault.h"
 #include "platform/palette.h"
+#include "tests/Renderer/logged_home.h"
 
 namespace {
 
@@ -17,19 +18,17 @@ class BandCapture : public ::testing::Test {
 
   // Sends a band whose bytes are first, first + 1 and so on, modulo 251.
   bool SendBand(LONG x, LONG width, LONG height, int first = 0, bool blank = false) {
-    const DWORD size = static_cast<DWORD>(Stride(width) * height);
-    bytes.resize(size);
-    for (DWORD i = 0; i < size; ++i) bytes[i] = Pattern(first + static_cast<int>(i));
-    const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, size, 11, 12, 13, 14};
-    return CaptureBand(
-        state, {blank ? nullptr : bytes.data(), &header, format, {x, 0}, blank, orientation});
+    return SendSized(x, width, height, static_cast<DWORD>(Stride(width) * height), first, blank);
   }
   // A band that says another size than its rows have.
-  bool SendSized(LONG x, LONG width, LONG height, DWORD size, int first = 0) {
-    bytes.resize(Stride(width) * height);
-    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = Pattern(first + static_cast<int>(i));
-    const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, size, 11, 12, 13, 14};
-    return CaptureBand(state, {bytes.data(), &header, format, {x, 0}, false, orientation});
+  bool SendSized(LONG x, LONG width, LONG height, DWORD size, int first = 0, bool blank = false) {
+    const BITMAPINFOHEADER header = {40, width, height, 1, 24, 3, size, 11, 12, 13, 14};
+    std::vector<BYTE> bytes;
+    const LONG count = blank ? 0 : std::max(static_cast<LONG>(size), Stride(width) * height);
+    for (LONG i = 0; i < count; ++i) bytes.push_back(Pattern(first + i));
+    bytes.shrink_to_fit();
+    return CaptureBand(
+        state, {blank ? nullptr : bytes.data(), &header, format, {x, 0}, blank, orientation});
   }
   static BYTE Pattern(int i) { return static_cast<BYTE>(i % 251); }
   BYTE At(LONG i) const { return state.pBitmapBuffer[i]; }
@@ -44,10 +43,18 @@ class BandCapture : public ::testing::Test {
     PlatformSetFaultHook(FailAllocation, &allocationsLeft);
   }
 
+  // The last lines of the log, joined.
+  std::string LastLines(std::size_t count) const {
+    const std::vector<std::string> lines = home.LogLines();
+    std::string text;
+    for (std::size_t i = lines.size() - count; i < lines.size(); ++i) text += lines[i] + "|";
+    return text;
+  }
+
+  LoggedHome home;
   COemPDEV state;
   DWORD format = 5;
   SHORT orientation = DMORIENT_PORTRAIT;
-  std::vector<BYTE> bytes;
   int allocationsLeft = 0;
 };
 
@@ -55,10 +62,8 @@ TEST_F(BandCapture, PortraitBandsAreAppended) {
   EXPECT_TRUE(SendBand(0, 100, 10));
   EXPECT_TRUE(SendBand(0, 100, 10, 77));
   EXPECT_TRUE(SendBand(0, 100, 1, 0, true));
-  EXPECT_EQ(state.bmiPage.biWidth, 100);
-  EXPECT_EQ(state.bmiPage.biHeight, 21);
-  EXPECT_EQ(state.bmiPage.biSizeImage, 6300u);
-  EXPECT_EQ(state.bmiPage.biClrImportant, 14u);
+  const BITMAPINFOHEADER page = {40, 100, 21, 1, 24, 3, 6300, 11, 12, 13, 14};
+  EXPECT_EQ(std::memcmp(&state.bmiPage, &page, sizeof page), 0);
   EXPECT_EQ(state.dwBitmapBufferSize, 6300u);
   EXPECT_EQ(At(2999), Pattern(2999));
   EXPECT_EQ(At(3000), Pattern(77));
@@ -69,7 +74,8 @@ TEST_F(BandCapture, LandscapeStripsLieBesideEachOther) {
   orientation = DMORIENT_LANDSCAPE;
   EXPECT_TRUE(SendBand(400, 200, 50));
   EXPECT_EQ(state.dwBitmapBufferSize, 50u * 1800);
-  EXPECT_EQ(state.bmiPage.biSizeImage, 0u);
+  EXPECT_EQ(std::tuple(state.bmiPage.biWidth, state.bmiPage.biHeight, state.bmiPage.biSizeImage),
+            std::tuple(600, 50, 0u));
   EXPECT_TRUE(SendBand(200, 200, 50, 7));
   for (const LONG row : {0, 49}) {
     EXPECT_EQ(At(row * 1800 + 599), 0xFF);
@@ -95,7 +101,12 @@ TEST_F(BandCapture, OverhangingStripsAreCutToThePage) {
   EXPECT_EQ(At(39), Pattern(103));
   EXPECT_EQ(At(2 * 40 + 36), Pattern(124));
   EXPECT_EQ(At(40), Pattern(68));
-  for (const LONG x : {14, 2000000000, -4, -2000000000}) EXPECT_TRUE(SendBand(x, 4, 3, 200));
+  for (const LONG x : {14, 2000000000, -4, -2000000000}) {
+    EXPECT_TRUE(SendBand(x, 4, 3, 200));
+    EXPECT_TRUE(SendBand(x, 4, 3, 0, true));
+  }
+  EXPECT_TRUE(SendSized(0, 4, 0, 12, 200));  // without a row
+  EXPECT_TRUE(SendSized(0, 4, -1, 12, 200));
   EXPECT_EQ(At(0), Pattern(56));
   EXPECT_EQ(At(39), Pattern(103));
 }
@@ -135,16 +146,48 @@ TEST_F(BandCapture, SmallestPagesAndBandsCount) {
 TEST_F(BandCapture, PageOfNoSizeIsRefused) {
   orientation = DMORIENT_LANDSCAPE;
   const struct {
-    LONG x, width, height;
-  } rows[] = {{-4, 4, 1}, {0, 4, -1}, {0, 4, 0}, {2147483647, 4, 4}, {0, 2000000000, 2000000000}};
+    LONG x, width, height, askedBytes;
+  } rows[] = {{-4, 4, 1, -1},
+              {0, 4, -1, -1},
+              {0, 4, 0, -1},
+              {2147483647, 4, 4, -1},
+              {2147483643, 4, 1, -2147483647 - 1},  // 6 GiB a row
+              {0, 2000000000, 2000000000, -659554304}};
   for (const auto& row : rows) {
     const BITMAPINFOHEADER header = {40, row.width, row.height, 1, 24, 0, 0, 0, 0, 0, 0};
     SetLastError(0);
     EXPECT_FALSE(CaptureBand(state, {nullptr, &header, 5, {row.x, 0}, true, orientation}));
     EXPECT_EQ(GetLastError(), 14u);
     EXPECT_FALSE(state.bPageStarted);
+    EXPECT_EQ(LastLines(2),
+              "error\t\tLocalAlloc failed!\\n|error\t\tImageProcessing END (E_FAIL, "
+              "no memory for target bitmap (" +
+                  std::to_string(row.askedBytes) + " bytes)|");
   }
   EXPECT_TRUE(SendBand(0, 4, 4));
+}
+
+TEST_F(BandCapture, StripsHaveNoPlaceOnAPageWithoutWidth) {
+  for (const LONG width : {0, -4}) {
+    orientation = DMORIENT_PORTRAIT;
+    EXPECT_TRUE(SendSized(0, width, 1, 4, 0, true));
+    orientation = DMORIENT_LANDSCAPE;
+    EXPECT_TRUE(SendBand(0, 4, 1));
+    EXPECT_EQ(At(0), 0xFF);
+    state.ResetPage();
+  }
+}
+
+// The number of bytes of a page is a 32-bit one; the most of them are still asked for.
+TEST_F(BandCapture, PageBeyond4GigabytesIsGivenUp) {
+  for (const DWORD more : {0xFFFFFFFBu, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
+    PlatformSetFaultHook(nullptr, nullptr);
+    ASSERT_TRUE(SendBand(0, 1, 1));
+    FailAllocationNumber(1);
+    EXPECT_FALSE(SendSized(0, 1, 1, more, 0, true));
+    EXPECT_EQ(allocationsLeft, more == 0xFFFFFFFBu ? 0 : 1);
+    EXPECT_EQ(state.pBitmapBuffer, nullptr);
+  }
 }
 
 TEST_F(BandCapture, FailedGrowthStartsThePageAnew) {
@@ -154,6 +197,9 @@ TEST_F(BandCapture, FailedGrowthStartsThePageAnew) {
   EXPECT_EQ(state.pBitmapBuffer, nullptr);
   EXPECT_EQ(state.dwBitmapBufferSize, 0u);
   EXPECT_EQ(state.bmiPage.biHeight, 0);
+  EXPECT_EQ(LastLines(2),
+            "error\t\tLocalAlloc failed!\\n|error\tRendering\tImageProcessing END (E_FAIL, error "
+            "growing bitmap buffer)|");
   EXPECT_TRUE(SendBand(0, 5, 2));
   EXPECT_EQ(state.bmiPage.biWidth, 5);
   EXPECT_EQ(state.dwBitmapBufferSize, 32u);
@@ -165,7 +211,8 @@ TEST_F(BandCapture, LowDepthsKeepAColourTable) {
   EXPECT_TRUE(SendBand(0, 4, 4));
   EXPECT_FALSE(state.bHasColorTable);
   state.ResetPage();
-  for (const auto& [code, entries] : {std::pair(1u, 2), {2u, 16}, {3u, 256}}) {
+  for (const auto& [code, entries, name] :
+       {std::tuple(1u, 2, "BMF_1BPP"), {2u, 16, "BMF_4BPP"}, {3u, 256, "BMF_8BPP"}}) {
     format = code;
     EXPECT_TRUE(SendBand(0, 4, 4));
     ASSERT_EQ(state.cColorTableEntries, entries);
@@ -177,49 +224,39 @@ TEST_F(BandCapture, LowDepthsKeepAColourTable) {
     EXPECT_EQ(state.pColorTable[1].rgbBlue, entries > 2 ? 0x33 : 0xFF);
     EXPECT_EQ(state.pColorTable[1].rgbRed, entries > 2 ? 0x11 : 0xFF);
     state.ResetPage();
-    FailAllocationNumber(1);
-    EXPECT_FALSE(SendBand(0, 4, 4));
-    PlatformSetFaultHook(nullptr, nullptr);
-    EXPECT_EQ(state.pColorTable, nullptr);
-    EXPECT_EQ(state.cColorTableEntries, entries);
-    EXPECT_TRUE(state.bPageStarted);
-    state.ResetPage();
+    for (int n = 1; n <= (entries > 2 ? 2 : 1); ++n) {
+      FailAllocationNumber(n);
+      EXPECT_FALSE(SendBand(0, 4, 4));
+      PlatformSetFaultHook(nullptr, nullptr);
+      EXPECT_EQ(state.pColorTable, nullptr);
+      EXPECT_EQ(state.cColorTableEntries, entries);
+      EXPECT_TRUE(state.bPageStarted);
+      EXPECT_EQ(LastLines(1),
+                "error\t\tImageProcessing END (E_FAIL, error handling " + std::string(name) + ")|");
+      state.ResetPage();
+    }
   }
   EngDeletePalette(state.hDevicePalette);
   EXPECT_FALSE(SendBand(0, 4, 4));  // the palette is gone
 }
 
-TEST_F(BandCapture, BandOfOneStateDoesNotReachTheOther) {
+TEST_F(BandCapture, CopiedStatesShareThePageUntilOneGrows) {
   SendBand(0, 100, 200);
-  COemPDEV older = state;
+  auto older = std::make_unique<COemPDEV>(state);
+  EXPECT_EQ(older->pBitmapBuffer, state.pBitmapBuffer);
   EXPECT_TRUE(SendBand(0, 100, 200, 77));
-  EXPECT_EQ(older.dwBitmapBufferSize, 60000u);
+  EXPECT_EQ(older->dwBitmapBufferSize, 60000u);
   EXPECT_EQ(state.dwBitmapBufferSize, 120000u);
-  EXPECT_NE(older.pBitmapBuffer, state.pBitmapBuffer);
   state.pBitmapBuffer[0] = 0xAB;
-  EXPECT_EQ(older.pBitmapBuffer[0], Pattern(0));
-  older.ResetPage();
-  EXPECT_TRUE(SendBand(0, 100, 200, 5));  // alone again
+  COemPDEV newest;
+  newest = *older;
+  older->ResetPage();
+  older.reset();
+  EXPECT_EQ(newest.pBitmapBuffer[0], Pattern(0));  // the last holder
+  EXPECT_TRUE(SendBand(0, 100, 200, 5));
   EXPECT_EQ(At(59999), Pattern(59999));
   EXPECT_EQ(At(60000), Pattern(77));
   EXPECT_EQ(At(120000), Pattern(5));
-}
-
-TEST_F(BandCapture, CopiedStateSharesThePageUntilTheLastHolderGoes) {
-  auto newer = std::make_unique<COemPDEV>();
-  {
-    COemPDEV older;
-    std::swap(older, state);
-    SendBand(0, 4, 4);
-    *newer = state;
-    state = older;
-  }
-  EXPECT_EQ(newer->pBitmapBuffer[5], Pattern(5));
-  COemPDEV newest;
-  newest = *newer;
-  newer->ResetPage();
-  newer.reset();
-  EXPECT_EQ(newest.pBitmapBuffer[5], Pattern(5));
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
+
 #include "Renderer/oem_uni2.h"
 #include "Renderer/page_geometry.h"
 #include "config/device_state.h"
-#include "config/process.h"
 #include "platform/palette.h"
 #include "platform/spooler.h"
+#include "tests/Renderer/logged_home.h"
 #include "tests/support/device.h"
-#include "tests/support/temp_home.h"
 
 namespace {
 
@@ -16,11 +18,13 @@ TEST(PageGeometry, FollowsPaperMarginsAndResolution) {
     LONG width, length;
     Margins margins;
     ULONG dpi;
-    PageGeometry expected;
+    std::array<LONG, 8> expected;  // printable in micrometres, in pixels, physical, offset
   };
   const Row rows[] = {
       {100000, 60000, {2000, 1000, 0, 500}, 300, {97000, 59500, 1146, 703, 1181, 708, 23, 0}},
       {10000, 10000, {90000, 1000, 0, 20000}, 300, {0, 0, 0, 0, 118, 118, 118, 0}},
+      // Margins whose sum wraps to exactly the paper: nothing is left, and nothing is moved.
+      {10000, 10000, {90000, 0u - 80000, 0, 10000}, 300, {0, 0, 0, 0, 118, 118, 1062, 0}},
       {101600, 152400, {0, 0, 0, 0}, 203, {101600, 152400, 812, 1218, 812, 1218, 0, 0}},
       {50000, 30000, {0, 0, 0, 0}, 0, {0, 0, 0, 0, 0, 0, 0, 0}},
       {25400, 50800, {0, 0, 0, 0}, 1, {25400, 50800, 1, 2, 1, 2, 0, 0}},
@@ -28,24 +32,15 @@ TEST(PageGeometry, FollowsPaperMarginsAndResolution) {
       {1015300, 1015300, {0, 0, 0, 0}, 203, {1015200, 1015200, 8114, 8114, 8114, 8114, 0, 0}},
   };
   for (const Row& row : rows) {
-    const PageGeometry got =
-        ComputePageGeometry(row.width, row.length, row.margins, row.dpi, row.dpi);
-    const PageGeometry& want = row.expected;
-    EXPECT_EQ(std::tie(got.printableWidthUm, got.printableHeightUm, got.printableWidthPx,
-                       got.printableHeightPx, got.physicalWidthPx, got.physicalHeightPx,
-                       got.offsetXPx, got.offsetYPx),
-              std::tie(want.printableWidthUm, want.printableHeightUm, want.printableWidthPx,
-                       want.printableHeightPx, want.physicalWidthPx, want.physicalHeightPx,
-                       want.offsetXPx, want.offsetYPx))
-        << row.width << " at " << row.dpi;
+    const auto got = std::bit_cast<std::array<LONG, 8>>(
+        ComputePageGeometry(row.width, row.length, row.margins, row.dpi, row.dpi));
+    EXPECT_EQ(got, row.expected) << row.width << " at " << row.dpi;
   }
 }
 
 class DeviceContext : public ::testing::Test {
  protected:
   DeviceContext() {
-    CLogger::StopLogging(g_logClient);  // opens the log anew, in this test's folder
-    CLogger::StartLogging(g_logClient);
     device.object.pdevOEM = nullptr;
     device.publicDevmode.dmPaperWidth = 1000;
     device.publicDevmode.dmPaperLength = 600;
@@ -59,8 +54,6 @@ class DeviceContext : public ::testing::Test {
     EngDeletePalette(devInfo.hpalDefault);
     plugin->Release();
     ClosePrinter(device.object.hPrinter);
-    CLogger::StopLogging(g_logClient);
-    CLogger::StartLogging(g_logClient);
   }
   // Enables the device context and returns its state.
   COemPDEV* Enable() {
@@ -68,6 +61,17 @@ class DeviceContext : public ::testing::Test {
                                  sizeof devInfo, &devInfo, &own, &device.object.pdevOEM),
               S_OK);
     return DeviceState(&device.object);
+  }
+  // Enables it and returns what the state keeps: size, resolution, physical size, offset.
+  std::vector<LONG> EnabledGeometry() {
+    const COemPDEV& state = *Enable();
+    return {state.gdiHorzSize,   state.gdiVertSize,   state.gdiHorzRes,     state.gdiVertRes,
+            state.gdiPhysSizeCx, state.gdiPhysSizeCy, state.gdiPhysOffsetX, state.gdiPhysOffsetY};
+  }
+  void SetMargins() {
+    device.devmode.dwUnprintableLeft = 2000;
+    device.devmode.dwUnprintableRight = 1000;
+    device.devmode.dwUnprintableBottom = 500;
   }
   // The lines about paper, without the prefix that all but one of them have.
   std::vector<std::string> PaperLines() const {
@@ -90,7 +94,7 @@ class DeviceContext : public ::testing::Test {
                        stocks);
   }
 
-  TempHome home;
+  LoggedHome home;
   Device device;
   GDIINFO info = {};
   DEVINFO devInfo = {};
@@ -99,19 +103,11 @@ class DeviceContext : public ::testing::Test {
 };
 
 TEST_F(DeviceContext, GeometryIsFittedAndLogged) {
-  device.devmode.dwUnprintableLeft = 2000;
-  device.devmode.dwUnprintableRight = 1000;
-  device.devmode.dwUnprintableBottom = 500;
+  SetMargins();
   info.ulHorzSize = static_cast<ULONG>(-97199);  // within 199 micrometres
   info.ulVertSize = static_cast<ULONG>(-59300);  // 200 off
   info.szlPhysSize = {1183, 711};
-  const COemPDEV* state = Enable();
-  EXPECT_EQ(state->gdiHorzSize, -97199);
-  EXPECT_EQ(state->gdiVertSize, -59500);
-  EXPECT_EQ(state->gdiHorzRes, 1146);
-  EXPECT_EQ(state->gdiPhysSizeCx, 1183);
-  EXPECT_EQ(state->gdiPhysSizeCy, 708);
-  EXPECT_EQ(state->gdiPhysOffsetX, 23);
+  EXPECT_EQ(EnabledGeometry(), (std::vector<LONG>{-97199, -59500, 1146, 703, 1183, 708, 23, 0}));
   EXPECT_EQ(PaperLines(),
             (std::vector<std::string>{
                 "trace: DM.PaperSize=0, DM.PaperWidth=1000, DM.PaperLength=600",
@@ -120,24 +116,20 @@ TEST_F(DeviceContext, GeometryIsFittedAndLogged) {
                 "VertRes:0 => 703, PhysSizeCy:711 => 708, PhysOffsetX:0 => 23, ",
                 "trace: GDI-Info values: Orientation=1 Size=(97199/59500), Res=(1146/703), "
                 "PhysSize=(1183/708), PhysOffset=(23/0)."}));
-  EXPECT_EQ(state->hDevicePalette, devInfo.hpalDefault);
+  EXPECT_EQ(DeviceState(&device.object)->hDevicePalette, devInfo.hpalDefault);
   EXPECT_NE(devInfo.hpalDefault, nullptr);
 }
 
 TEST_F(DeviceContext, LandscapeTurnsPaperAndMargins) {
   device.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
-  device.devmode.dwUnprintableLeft = 2000;
-  device.devmode.dwUnprintableRight = 1000;
-  device.devmode.dwUnprintableBottom = 500;
-  const COemPDEV* state = Enable();  // margins: left 0, right 500, top 1000, bottom 2000
-  EXPECT_EQ(state->gdiPhysSizeCx, 708);
-  EXPECT_EQ(state->gdiPhysSizeCy, 1181);
-  EXPECT_EQ(state->gdiHorzRes, 703);
-  EXPECT_EQ(state->gdiVertRes, 1146);
-  EXPECT_EQ(state->gdiPhysOffsetX, 0);
-  EXPECT_EQ(state->gdiPhysOffsetY, 11);
+  SetMargins();  // turned: left 0, right 500, top 1000, bottom 2000
+  EXPECT_EQ(EnabledGeometry(), (std::vector<LONG>{-59500, -97000, 703, 1146, 708, 1181, 0, 11}));
   EXPECT_EQ(PaperLines()[2],
             "warning: switching paper dimensions and NPAs because of landscape mode");
+  EXPECT_EQ(PaperLines()[3],
+            "trace:  GDI-Info modifications: HorzSize:0 => 59500, VertSize:0 => 97000, "
+            "HorzRes:0 => 703, VertRes:0 => 1146, PhysSizeCx:0 => 708, PhysSizeCy:0 => 1181, "
+            "PhysOffsetY:0 => 11, ");
 }
 
 TEST_F(DeviceContext, SelectedStockGivesTheMargins) {

@@ -14,32 +14,19 @@ TEST(CustomBlocks, EscapesAreResolvedOrLeftAsTheyStand) {
     std::string expected;
   };
   const Row rows[] = {
-      {R"(A\\B)", R"(A\B)"},
-      {R"(\e\E)", "\x1B\x1B"},
-      {R"(\n\R\t\N)", "\n\r\t\n"},
-      {R"(\x41\X41)", "AA"},
-      {R"(\101)", "A"},
-      {R"(\x4A\x4a\x19\xFf)", "JJ\x19\xFF"},
-      {R"(\x4^)", R"(\x4^)"},
-      {"\\x\r5\\x\t5", "\x05\x05"},
-      {R"(\x4G)", R"(\x4G)"},
-      {R"(\X4G)", R"(\x4G)"},
-      {R"(\x4)", R"(\x4)"},
-      {R"(\q12)", R"(\q12)"},
-      {R"(\999)", R"(\999)"},
-      {R"(\777)", "\xFF"},
-      {R"(\x00Z)", "\0Z"s},
-      {R"(\x-1)", "\xFF"},
-      {R"(\x 5)", "\x05"},
-      {R"(\x+a)", "\x0A"},
-      {R"(\x- )", R"(\x- )"},
-      {R"(\x  )", R"(\x  )"},
-      {R"(\-17)", "\xF1"},
-      {R"(\ +7)", "\x07"},
-      {R"(\18a)", R"(\18a)"},
-      {R"(\10)", R"(\10)"},  // too short for a number
-      {R"(end\)", R"(end\)"},
-      {"", ""},
+      {R"(A\\B)", R"(A\B)"},       {R"(\e\E)", "\x1B\x1B"},
+      {R"(\n\R\t\N)", "\n\r\t\n"}, {R"(\x41\X41)", "AA"},
+      {R"(\1018)", "A8"},          {R"(\x4A\x4a\x19\xFf)", "JJ\x19\xFF"},
+      {R"(\x4^)", R"(\x4^)"},      {"\\x\r5\\x\t5", "\x05\x05"},
+      {R"(\x4G)", R"(\x4G)"},      {R"(\X4G)", R"(\x4G)"},
+      {R"(\x4)", R"(\x4)"},        {R"(\q12)", R"(\q12)"},
+      {R"(\999)", R"(\999)"},      {R"(\777)", "\xFF"},
+      {R"(\x00Z)", "\0Z"s},        {R"(\x-1)", "\xFF"},
+      {R"(\x 5)", "\x05"},         {R"(\x+a)", "\x0A"},
+      {R"(\x- )", R"(\x- )"},      {R"(\x  )", R"(\x  )"},
+      {R"(\-17)", "\xF1"},         {R"(\ +7)", "\x07"},
+      {R"(\18a)", R"(\18a)"},      {R"(\10)", R"(\10)"},  // too short for a number
+      {R"(end\)", R"(end\)"},      {"", ""},
       {R"(\z\\)", R"(\z\)"},
   };
   for (const Row& row : rows) {
@@ -83,8 +70,11 @@ TEST(CustomBlocks, FileIsSentWholeInTextMode) {
   const TempHome home;
   home.WriteFile("block", std::string(10000, 'q') + "\r\n\\n");
   EXPECT_EQ(ExpandCustomBlock(1, home.Path("block")), std::string(10000, 'q') + "\n\\n");
+  constexpr std::size_t kMost = 67108864;  // longer files have no end
   home.WriteFile("endless", "");
-  std::filesystem::resize_file(home.Path("endless"), std::uintmax_t{1} << 42);
+  std::filesystem::resize_file(home.Path("endless"), kMost);
+  EXPECT_EQ(ExpandCustomBlock(1, home.Path("endless")).size(), kMost);
+  std::filesystem::resize_file(home.Path("endless"), kMost + 1);
   for (const std::string& path : {home.Path("missing"), home.Path("endless"), home.Path(""),
                                   std::string("/proc/self/mem"), std::string()}) {
     EXPECT_EQ(ExpandCustomBlock(1, path), "") << path;

@@ -3,7 +3,10 @@
 #include "commands/image_commands.h"
 #include "commands/job_stream.h"
 #include "commands/print_commands.h"
+#include "platform/fault.h"
+#include "platform/spooler.h"
 #include "tests/support/device.h"
+#include "tests/support/temp_home.h"
 
 namespace {
 
@@ -25,6 +28,30 @@ TEST(JobHeader, NamesEverythingAndRestartsTheByteCount) {
   EXPECT_TRUE(device.writes[1].ends_with(";Print job name: \r\n"));
   WriteJobHeader(&device.object, WTEXT("A"));
   EXPECT_TRUE(device.writes[2].ends_with(";Print job name: A\r\n"));
+}
+
+TEST(JobHeader, LeavesOutWhatHasNoRoomOrNoBytes) {
+  const TempHome home;
+  Device device;
+  const auto header = [&device] {
+    device.writes.clear();
+    WriteJobHeader(&device.object, WTEXT("A"));
+    return device.writes[0].substr(device.writes[0].find(";Printer model"));
+  };
+  for (const std::size_t units : {1022, 1023}) {
+    const std::string driver(units, 'd');
+    home.WriteFile("system.toml", "[[printer]]\nname = 'P'\ndriver = '" + driver + "'");
+    WCHAR name[] = u"P";
+    ASSERT_TRUE(OpenPrinterW(name, &device.object.hPrinter, nullptr));
+    EXPECT_EQ(header(),
+              ";Printer model: " + (units == 1022 ? driver : "") + "\r\n;Print job name: A\r\n");
+    ClosePrinter(device.object.hPrinter);
+  }
+  PlatformSetFaultHook(
+      [](const char* call, void*) { return std::string_view(call) == "WideCharToMultiByte"; },
+      nullptr);
+  EXPECT_EQ(header(), ";Printer model: \r\n;Print job name: \r\n");
+  PlatformSetFaultHook(nullptr, nullptr);
 }
 
 TEST(ImageFrame, IsLiteral) {
@@ -49,9 +76,7 @@ TEST(PrintLine, CarriesCopiesAndBlocks) {
 
 TEST(JobEnd, WritesEachPieceByItself) {
   Device device;
-  device.devmode.dwCut1Enabled = device.devmode.dwCut1AtJobEnd = 1;
-  device.devmode.nCut1Value1 = 2000;
-  device.devmode.nCut1Value2 = 1500;
+  device.Set("dwCut1Enabled=1 dwCut1AtJobEnd=1 nCut1Value1=2000 nCut1Value2=1500");
   device.SetBlock(3, 2, "three\\n");
   device.SetBlock(1, 3, "one");
   WriteJobEnd(&device.object);
@@ -74,7 +99,8 @@ TEST(JobEnd, NeverEndsOnAMultipleOf512Bytes) {
     device.state.job.dwJobBytesWritten = row.before;
     device.SetBlock(1, row.kind, row.text);
     SendClosingBlock(&device.object);
-    EXPECT_EQ(device.Stream(), row.expected) << row.before << " " << row.kind;
+    const std::vector<std::string> write(*row.expected != '\0', row.expected);
+    EXPECT_EQ(device.writes, write) << row.before << " " << row.kind;
     EXPECT_EQ(device.state.job.dwJobBytesWritten,
               row.before + static_cast<DWORD>(device.Stream().size()));
   }

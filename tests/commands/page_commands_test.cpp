@@ -9,31 +9,41 @@
 
 namespace {
 
-// The commands of one record, changed a field at a time.
+// The commands of one record, changed some fields at a time.
 class PageCommands : public ::testing::Test {
  protected:
-  PageCommands() {
-    devmode.dwColorMode = 1;
-    devmode.dwSensorType = 1;
-    devmode.dwGapDistance = 3000;
-    devmode.dwSpeed = 100;
-    devmode.nDarkness = 5;
-  }
-  void SetModel(const char* code) {
-    std::string(code).copy(devmode.szModelCode, kModelCodeSize - 1);
+  struct Step {
+    const char* fields;
+    const char* expected;
+  };
+
+  PageCommands() { device.Set("dwSensorType=1 dwGapDistance=3000 dwSpeed=100 nDarkness=5"); }
+  // Sets the fields of each step on top of those before and looks at what is built then.
+  template <typename Build>
+  void ExpectSteps(const Build& build, std::initializer_list<Step> steps) {
+    for (const Step& step : steps) {
+      device.Set(step.fields);
+      EXPECT_EQ(build(), step.expected) << step.fields;
+    }
   }
   std::string Compose(LONG pageCount = 0, DWORD width = 1000, DWORD length = 500) {
     return BuildPageCommands(device.state.job, devmode, width, length, pageCount,
                              devmode.dwColorMode);
   }
-  std::string Options() { return BuildOptionCommands(devmode, &pAndCut); }
-  std::string LabelSize(DWORD widthUm = 100000, DWORD lengthUm = 50000) {
-    return BuildLabelSizeCommand(devmode, widthUm, lengthUm, devmode.dwColorMode);
+  // The option line, then what belongs behind the label size.
+  std::string Options() {
+    std::string pAndCut;
+    const std::string line = BuildOptionCommands(devmode, &pAndCut);
+    return line + "|" + pAndCut;
+  }
+  // The cut commands of a label and that of the job's end.
+  std::string Cuts() { return BuildCutCommands(devmode) + "|" + BuildEndCutCommand(devmode); }
+  std::string LabelSize(DWORD widthUm = 100000) {
+    return BuildLabelSizeCommand(devmode, widthUm, 50000, devmode.dwColorMode);
   }
 
   Device device;
   OEMDEV& devmode = device.devmode;
-  std::string pAndCut;
 };
 
 TEST_F(PageCommands, StandInTheirOrder) {
@@ -44,11 +54,7 @@ TEST_F(PageCommands, StandInTheirOrder) {
       "\r\nP1.00\r\nCe,0.00,0.00\r\nb6",
       "mm\r\nzO\r\nJ\r\nH100,5,T,R0\r\nO Eb4\r\nb5\r\n\r\nSl0;0.00,0.00,50.00,53.00,100.00b1"
       "\r\nb0\r\n\r\nP1.00\r\nCe,0.00,0.00\r\nb6"};
-  devmode.dwOptionE = 1;
-  devmode.dwPSource1Enabled = 1;
-  devmode.nPSource1Value = 1000;
-  devmode.dwCut1Enabled = 1;
-  devmode.dwCut1Mode = 1;
+  device.Set("dwOptionE=1 dwPSource1Enabled=1 nPSource1Value=1000 dwCut1Enabled=1 dwCut1Mode=1");
   for (int i = 0; i < 2; ++i) {
     for (int k = 0; k < kCustomBlockCount; ++k)
       device.SetBlock(k, kinds[i], "b" + std::to_string(k));
@@ -59,7 +65,7 @@ TEST_F(PageCommands, StandInTheirOrder) {
 }
 
 TEST_F(PageCommands, EmptyInlineBlocksKeepTheirLineEnd) {
-  devmode.wCustomType0 = devmode.wCustomType1 = devmode.wCustomType4 = devmode.wCustomType5 = 4;
+  device.Set("wCustomType0=4 wCustomType1=4 wCustomType4=4 wCustomType5=4");
   EXPECT_EQ(Compose(), "mm\r\nzO\r\nJ\r\nH100,5,T,R0\r\n\r\nSl0;0.00,0.00,50.00,53.00,100.00\r\n");
 }
 
@@ -72,17 +78,12 @@ TEST_F(PageCommands, SetUpOnFirstPageOnlyStillCountsPages) {
 }
 
 TEST_F(PageCommands, HeadTakesTwoDarknessesOnOneModelOnly) {
-  devmode.nDarkness2 = 3;
-  devmode.dwPrintMethod = devmode.dwRibbonSaver = 1;
-  devmode.dwHeadParamB = 4294967295u;
-  devmode.dwColorMode = 2;
-  EXPECT_EQ(BuildHeadCommand(devmode), "\r\nH100,5,D,R1,B4294967295");
-  SetModel("K7");
-  EXPECT_EQ(BuildHeadCommand(devmode), "\r\nH100,5:3,D,R1,B4294967295");
-  devmode.dwColorMode = 1;
-  EXPECT_EQ(BuildHeadCommand(devmode), "\r\nH100,5,D,R1,B4294967295");
-  devmode.dwUseDarkness2 = 1;
-  EXPECT_EQ(BuildHeadCommand(devmode), "\r\nH100,5:3,D,R1,B4294967295");
+  device.Set("nDarkness2=3 dwPrintMethod=1 dwRibbonSaver=1 dwHeadParamB=4294967295");
+  ExpectSteps([this] { return BuildHeadCommand(devmode); },
+              {{"dwColorMode=2", "\r\nH100,5,D,R1,B4294967295"},
+               {"szModelCode=K7", "\r\nH100,5:3,D,R1,B4294967295"},
+               {"dwColorMode=1", "\r\nH100,5,D,R1,B4294967295"},
+               {"dwUseDarkness2=1", "\r\nH100,5:3,D,R1,B4294967295"}});
 }
 
 TEST_F(PageCommands, LabelSizeFollowsSensorMarginsAndModel) {
@@ -91,18 +92,13 @@ TEST_F(PageCommands, LabelSizeFollowsSensorMarginsAndModel) {
     devmode.dwSensorType = sensor;
     EXPECT_EQ(LabelSize().substr(3, 3), (std::string(tokens[sensor]) + ";0").substr(0, 3));
   }
-  devmode.dwUnprintableLeft = 1000;
-  devmode.dwUnprintableRight = 500;
-  devmode.dwUnprintableTop = 2000;
-  devmode.dwUnprintableBottom = 250;
-  devmode.nOffsetX = -4;
-  devmode.nOffsetY = 1500;
+  device.Set("dwUnprintableLeft=1000 dwUnprintableRight=500 dwUnprintableTop=2000");
+  device.Set("dwUnprintableBottom=250 nOffsetX=-4 nOffsetY=1500");
   EXPECT_EQ(LabelSize(), "\r\nSl1;-0.00,1.50,47.75,50.75,98.50");
   EXPECT_EQ(LabelSize(1000), "\r\nSl1;-0.00,1.50,47.75,50.75,4294967.00");  // margins wider: wraps
-  devmode.dwUnprintableLeft = devmode.dwUnprintableRight = 0;
-  devmode.dwColorMode = 2;
+  device.Set("dwUnprintableLeft=0 dwUnprintableRight=0 dwColorMode=2");
   EXPECT_EQ(LabelSize(), "\r\nSl1;-0.00,1.50,47.75,50.75,200.00");
-  SetModel("K5");
+  device.Set("szModelCode=K5");
   for (const auto& [widthUm, expected] : {std::pair(100000u, "200.06"),
                                           {138000u, "276.13"},
                                           {140000u, "280.19"},
@@ -112,7 +108,8 @@ TEST_F(PageCommands, LabelSizeFollowsSensorMarginsAndModel) {
 }
 
 TEST_F(PageCommands, CorrectedWidthIsExactAtTheLimits) {
-  for (const auto& [widthMm, expected] : {std::pair(100.0f, 200.063049f),
+  for (const auto& [widthMm, expected] : {std::pair(0.0f, 0.16693051f),
+                                          {100.0f, 200.063049f},
                                           {135.0f, 270.026703f},
                                           {135.004f, 270.039551f},
                                           {140.0f, 280.194305f},
@@ -130,135 +127,84 @@ TEST_F(PageCommands, QuarterTurnExchangesWidthAndLength) {
 }
 
 TEST_F(PageCommands, FirstOptionSetWinsAndKeepsItsForm) {
-  EXPECT_EQ(Options(), "");
-  EXPECT_EQ(pAndCut, "");
+  ExpectSteps(
+      [this] { return Options(); },
+      {{"", "|"},
+       {"nOptionSet3PValue=7000 dwOptionSet3Enabled=1", "\r\nO A5=0.00|\r\nP7.00"},
+       {"dwOptionSet3StartMode=1", "\r\nO A1='Automatic',A5=0.00|\r\nP7.00"},
+       {"dwOptionSet3StartMode=2", "\r\nO A1='START signal',A5=0.00|\r\nP7.00"},
+       {"dwOptionSet2Enabled=1 nOptionSet2A0=5 nOptionSet2A2=2 nOptionSet2A4=50",
+        "\r\nO A0=100,A2=2,A4=1.00|\r\nP7.00"},  // the third set is a P source of its own
+       {"nOptionSet2A0=1 nOptionSet2A1=1 nOptionSet2A2=1 nOptionSet2A4=1",
+        "\r\nO A0=20,A1=1,A2=1,A4=0.02|\r\nP7.00"},
+       {"nOptionSet2A0=0 nOptionSet2A1=0 nOptionSet2A2=0 nOptionSet2A4=0 dwOptionN=1",
+        "\r\nO N|\r\nP7.00"},
+       {"dwOptionSet3Enabled=0 nOptionSet2PValue=2000 dwOptionN=0", "|\r\nP2.00"},
+       {"dwOptionSet1Enabled=1 nOptionSet1PValue=25000 nOptionSet1A0=3", "|\r\nP25.00"},
+       {"dwOptionSet1AEnabled=1 nOptionSet1A2=10 nOptionSet1A3=-1 nOptionSet1A4=1 dwOptionE=1 "
+        "dwOptionS=1",
+        "\r\nO A0=3,A2=10,A4=1,E,S|\r\nP25.00"},
+       {"dwPSource3Enabled=1 nPSource3Value=3000 nOptionSet1A1=2 nOptionSet1A3=4",
+        "\r\nO A0=3,A1=2,A2=10,A3=4,A4=1,E,S|\r\nP3.00"},
+       {"dwPSource2Enabled=1 nPSource1Value=1000 dwOptionSet1AEnabled=0", "\r\nO E,S|\r\nP1.00"}});
   EXPECT_EQ(devmode.dwInitialCutSent, 1);
-
-  devmode.dwOptionSet3Enabled = 1;
-  devmode.nOptionSet3PValue = 7000;
-  EXPECT_EQ(Options(), "\r\nO A5=0.00");
-  EXPECT_EQ(pAndCut, "\r\nP7.00");
-  devmode.dwOptionSet3StartMode = 2;
-  EXPECT_EQ(Options(), "\r\nO A1='START signal',A5=0.00");
-
-  devmode.dwOptionSet2Enabled = 1;
-  devmode.nOptionSet2A0 = 5;
-  devmode.nOptionSet2A2 = 2;
-  devmode.nOptionSet2A4 = 50;
-  EXPECT_EQ(Options(), "\r\nO A0=100,A2=2,A4=1.00");
-  devmode.nOptionSet2A0 = devmode.nOptionSet2A1 = 1;
-  devmode.nOptionSet2A2 = devmode.nOptionSet2A4 = 1;
-  EXPECT_EQ(Options(), "\r\nO A0=20,A1=1,A2=1,A4=0.02");
-  devmode.nOptionSet2A0 = devmode.nOptionSet2A1 = 0;
-  devmode.nOptionSet2A2 = devmode.nOptionSet2A4 = 0;
-  devmode.dwOptionN = 1;
-  EXPECT_EQ(Options(), "\r\nO N");
-  devmode.dwOptionN = 0;
-  EXPECT_EQ(pAndCut, "\r\nP7.00");  // the third set is a P source of its own
-
-  devmode.dwOptionSet1Enabled = devmode.dwOptionSet1AEnabled = 1;
-  devmode.dwOptionSet3Enabled = 0;
-  devmode.nOptionSet1PValue = 25000;
-  devmode.nOptionSet1A0 = 3;
-  devmode.nOptionSet1A2 = 10;
-  devmode.nOptionSet1A3 = -1;
-  devmode.nOptionSet1A4 = 1;
-  devmode.dwOptionE = devmode.dwOptionS = 1;
-  EXPECT_EQ(Options(), "\r\nO A0=3,A2=10,A4=1,E,S");
-  EXPECT_EQ(pAndCut, "\r\nP25.00");
-  devmode.dwPSource2Enabled = devmode.dwPSource3Enabled = 1;
-  devmode.nPSource1Value = 1000;
-  Options();
-  EXPECT_EQ(pAndCut, "\r\nP1.00");
 }
 
 TEST_F(PageCommands, OptionFlagsStandInTheirOrder) {
-  devmode.dwCut2Enabled = devmode.dwOptionE = devmode.dwOptionM = devmode.dwOptionN = 1;
-  devmode.dwOptionS = devmode.dwUseDarkness2 = devmode.dwOptionT = 1;
-  devmode.nOptionCValue = 1250;
-  devmode.dwOptionPD = 2;
-  devmode.dwColorMode = 2;
-  devmode.nOptionHValue = 2345;
-  devmode.nOptionTValue = 1500;
-  SetModel("K7");
-  EXPECT_EQ(Options(), "\r\nO C1.3,D,E,H2.35,M,N,S,X,T1.50");
-  SetModel("k7");
-  devmode.dwOptionPD = 1;
-  device.SetBlock(4, 4, "=ABC");
-  EXPECT_EQ(Options(), "\r\nO C1.3,E,H2.35,M,N,P,S,T=ABC");
+  device.Set("dwCut2Enabled=1 nOptionCValue=1250 dwOptionPD=2 dwOptionE=1 dwOptionM=1 dwOptionN=1");
+  device.Set("dwColorMode=2 nOptionHValue=2345 dwOptionS=1 dwUseDarkness2=1 dwOptionT=1");
+  ExpectSteps([this] { return Options(); },
+              {{"szModelCode=K7 nOptionTValue=1500", "\r\nO C1.3,D,E,H2.35,M,N,S,X,T1.50|"},
+               {"szModelCode=k7 dwOptionPD=1 wCustomType4=4 szCustomText4==ABC",
+                "\r\nO C1.3,E,H2.35,M,N,P,S,T=ABC|"}});
 }
 
-TEST_F(PageCommands, SecondCutGroupGatesOptionC) {
-  const struct {
-    DWORD enabled;
-    LONG valueUm;
-    const char* expected;
-  } rows[] = {{1, 1, "\r\nO C0.0"}, {1, 0, ""}, {1, -1, ""}, {0, 1, ""}};
-  for (const auto& row : rows) {
-    devmode.dwCut2Enabled = row.enabled;
-    devmode.nOptionCValue = row.valueUm;
-    EXPECT_EQ(Options(), row.expected) << row.enabled << " " << row.valueUm;
-  }
-}
-
-TEST_F(PageCommands, InlineBlockAloneLosesItsFirstByte) {
-  device.SetBlock(4, 4, "ABC");
-  EXPECT_EQ(Options(), "\r\nO BC");
+TEST_F(PageCommands, OptionsThatDependOnOthers) {
+  ExpectSteps([this] { return Options(); },
+              {{"dwCut2Enabled=1 nOptionCValue=1", "\r\nO C0.0|"},
+               {"nOptionCValue=0", "|"},
+               {"nOptionCValue=-1", "|"},
+               {"nOptionCValue=1 dwCut2Enabled=0", "|"},
+               // An inline block that stands alone loses its first byte.
+               {"wCustomType4=4 szCustomText4=ABC", "\r\nO BC|"}});
 }
 
 TEST_F(PageCommands, InitialCutsGoOutOnce) {
-  devmode.dwCut1Enabled = devmode.dwCut1CsEnabled = devmode.dwCut2Enabled = 1;
-  devmode.dwCpEnabled = devmode.dwCspEnabled = 1;
-  devmode.dwCut1Mode = 2;
-  devmode.nCut1Value1 = 2000;
-  devmode.nCut1Value2 = 1500;
-  devmode.nCut1CsValue = 3000;
-  devmode.nCpValue = 500;
-  devmode.nCspValue = 700;
-  EXPECT_EQ(BuildCutCommands(devmode), "\r\nCsp,0.70\r\nCs,3.00\r\nCp,0.50\r\nC9998,2.00,1.50");
-  EXPECT_EQ(BuildCutCommands(devmode), "\r\nCp,0.50\r\nC9998,2.00,1.50");
+  device.Set("dwCut1Enabled=1 dwCut1CsEnabled=1 dwCut2Enabled=1 dwCpEnabled=1 dwCspEnabled=1");
+  device.Set("dwCut1Mode=2 nCut1Value1=2000 nCut1Value2=1500 nCut1CsValue=3000");
+  ExpectSteps(
+      [this] { return Cuts(); },
+      {{"nCpValue=500 nCspValue=700", "\r\nCsp,0.70\r\nCs,3.00\r\nCp,0.50\r\nC9998,2.00,1.50|"},
+       {"", "\r\nCp,0.50\r\nC9998,2.00,1.50|"}});
 }
 
 TEST_F(PageCommands, CutGroupModeDecidesTheForm) {
-  devmode.dwCut2Enabled = devmode.dwCut2CutEnabled = devmode.dwCut2CsEnabled = 1;
-  devmode.nCut2CsValue = -4;
-  devmode.nCut2Count = -3;
-  EXPECT_EQ(BuildCutCommands(devmode), "\r\nCs,-0.00");
-  const char* forms[] = {"\r\nC9998,0.00,0.00", "\r\nCe,0.00,0.00", "\r\nC-3,0.00,0.00", ""};
-  devmode.dwCut2AtJobEnd = 1;
-  for (int mode = 0; mode < 4; ++mode) {
-    devmode.dwCut2Mode = mode;
-    EXPECT_EQ(BuildCutCommands(devmode), forms[mode]);
-    EXPECT_EQ(BuildEndCutCommand(devmode), "\r\nCe,0.00,0.00");
-  }
-  devmode.dwCut1Enabled = 1;  // hides the second group, whatever it says
-  EXPECT_EQ(BuildCutCommands(devmode), "");
-  EXPECT_EQ(BuildEndCutCommand(devmode), "");
+  ExpectSteps(
+      [this] { return Cuts(); },
+      {{"dwCut2Enabled=1 dwCut2CutEnabled=1 dwCut2CsEnabled=1 nCut2CsValue=-4 nCut2Count=-3",
+        "\r\nCs,-0.00|"},
+       {"dwCut2AtJobEnd=1", "\r\nC9998,0.00,0.00|\r\nCe,0.00,0.00"},
+       {"dwCut2Mode=1", "\r\nCe,0.00,0.00|\r\nCe,0.00,0.00"},
+       {"dwCut2Mode=2", "\r\nC-3,0.00,0.00|\r\nCe,0.00,0.00"},
+       {"dwCut2Mode=3", "|\r\nCe,0.00,0.00"},
+       // The first group hides the second, whatever that says.
+       {"dwCut1Enabled=1", "|"},
+       {"dwCut1Enabled=0 dwCut2Enabled=0", "|"}});
 }
 
 TEST_F(PageCommands, CutGroupNeedsAllOfItsFlags) {
-  devmode.dwCut1Mode = devmode.dwCut2Mode = 1;
-  const struct {
-    DWORD enabled1, cs1, enabled2, cut2, cs2;
-    const char* expected;
-  } rows[] = {{0, 1, 0, 0, 0, ""},
-              {1, 0, 0, 0, 0, "\r\nCe,0.00,0.00"},
-              {0, 0, 1, 0, 0, ""},
-              {0, 0, 0, 1, 0, ""},
-              {0, 0, 0, 0, 1, ""},
-              {0, 0, 1, 1, 0, "\r\nCe,0.00,0.00"},
-              {0, 0, 1, 0, 1, ""},
-              {0, 0, 0, 1, 1, ""},
-              {0, 1, 1, 1, 1, "\r\nCs,0.00\r\nCe,0.00,0.00"}};
-  for (const auto& row : rows) {
-    devmode.dwInitialCutSent = 0;
-    devmode.dwCut1Enabled = row.enabled1;
-    devmode.dwCut1CsEnabled = row.cs1;
-    devmode.dwCut2Enabled = row.enabled2;
-    devmode.dwCut2CutEnabled = row.cut2;
-    devmode.dwCut2CsEnabled = row.cs2;
-    EXPECT_EQ(BuildCutCommands(devmode), row.expected) << &row - rows;
-  }
+  device.Set("dwCut1Mode=1 dwCut2Mode=1");
+  ExpectSteps(
+      [this] { return std::exchange(devmode.dwInitialCutSent, 0), BuildCutCommands(devmode); },
+      {{"dwCut1CsEnabled=1", ""},
+       {"dwCut1CsEnabled=0 dwCut1Enabled=1", "\r\nCe,0.00,0.00"},
+       {"dwCut1Enabled=0 dwCut2Enabled=1", ""},
+       {"dwCut2CsEnabled=1", ""},
+       {"dwCut2Enabled=0", ""},
+       {"dwCut2CutEnabled=1", ""},
+       {"dwCut2CsEnabled=0", ""},
+       {"dwCut2Enabled=1", "\r\nCe,0.00,0.00"},
+       {"dwCut2CsEnabled=1 dwCut1CsEnabled=1", "\r\nCs,0.00\r\nCe,0.00,0.00"}});
 }
 
 class ImageCommands : public PageCommands {
@@ -278,13 +224,13 @@ TEST_F(ImageCommands, OneColourFollowsTheRotation) {
                          "100.00,45.00,180"};
   const char* turned[] = {"0.00,5.00,0", "0.00,95.00,90", "100.00,45.00,180", "50.00,5.00,270",
                           "100.00,45.00,360"};
-  for (DWORD rotation = 0; rotation < 5; ++rotation) {
-    devmode.dwOptionM = devmode.dwUseDarkness2 = 0;
-    EXPECT_EQ(Place(rotation), "\r\nI:Image0;" + std::string(plain[rotation]) + ";0");
-    devmode.dwOptionM = 1;
-    EXPECT_EQ(Place(rotation), "\r\nI:Image0;" + std::string(plain[rotation]) + ";0");
-    devmode.dwUseDarkness2 = 1;
-    EXPECT_EQ(Place(rotation), "\r\nI:Image0;" + std::string(turned[rotation]) + ";0");
+  for (const char* options : {"dwOptionM=0 dwUseDarkness2=0", "dwOptionM=1 dwUseDarkness2=0",
+                              "dwOptionM=0 dwUseDarkness2=1", "dwOptionM=1 dwUseDarkness2=1"}) {
+    device.Set(options);
+    for (DWORD rotation = 0; rotation < 5; ++rotation) {
+      const char* place = (devmode.dwOptionM & devmode.dwUseDarkness2 ? turned : plain)[rotation];
+      EXPECT_EQ(Place(rotation), "\r\nI:Image0;" + std::string(place) + ";0") << options;
+    }
   }
 }
 
@@ -294,12 +240,12 @@ TEST_F(ImageCommands, HighlightLiesInTheSecondHalfOfTheWidth) {
   const char* corrected[] = {"200.06,47.50,180", "50.06,97.50,90", "100.03,2.50,0",
                              "100.11,2.50,270"};
   for (DWORD rotation = 0; rotation < 4; ++rotation) {
-    SetModel("K7");
-    EXPECT_EQ(Place(rotation).substr(0, Place(rotation).find("\r\nI:Image1")),
-              "\r\nI:Image0;" + std::string(plain[rotation]) + ";0");
-    SetModel("K5");
-    EXPECT_EQ(Place(rotation).substr(0, Place(rotation).find("\r\nI:Image1")),
-              "\r\nI:Image0;" + std::string(corrected[rotation]) + ";0");
+    device.Set("szModelCode=K7");
+    EXPECT_TRUE(Place(rotation).starts_with("\r\nI:Image0;" + std::string(plain[rotation]) +
+                                            ";0\r\nI:Image1"));
+    device.Set("szModelCode=K5");
+    EXPECT_TRUE(Place(rotation).starts_with("\r\nI:Image0;" + std::string(corrected[rotation]) +
+                                            ";0\r\nI:Image1"));
   }
   EXPECT_EQ(Place(2, {600, 300, 0.0f, -0.004f, 0, false, true}), "\r\nI:Image1;0.00,0.00,0;1");
   EXPECT_EQ(Place(2, {600, 300, 0.0f, -0.004f, 0, true, false}), "\r\nI:Image0;60.05,-0.00,0;0");
@@ -307,10 +253,8 @@ TEST_F(ImageCommands, HighlightLiesInTheSecondHalfOfTheWidth) {
 }
 
 TEST_F(ImageCommands, LaterPagesRecallAReusedSetUp) {
-  devmode.dwSetupOnFirstPageOnly = devmode.dwCut1Enabled = 1;
-  devmode.dwColorMode = 2;
-  devmode.dwCut1Mode = 1;
-  devmode.dwCut1CsEnabled = 1;
+  device.Set(
+      "dwSetupOnFirstPageOnly=1 dwCut1Enabled=1 dwColorMode=2 dwCut1Mode=1 dwCut1CsEnabled=1");
   EXPECT_EQ(Place(2).substr(0, 11), "\r\nI:Image0;");
   page = 2;
   EXPECT_EQ(Place(2), "\r\nCs,0.00\r\nCe,0.00,0.00\r\nR Image0;0\r\nCe,0.00,0.00\r\nR Image1;1");
