@@ -1,8 +1,14 @@
-"""Changes one operator, comparison or constant at a time in the command builders, the page geometry and
-the band capture, and runs the tests that cover it: mutants.py BUILD [--sample N]. BUILD is a built tree.
-A mutant that the tests let live is printed; those in mutants_explained.txt have their reason there."""
+"""Changes one operator, comparison, condition or constant, empties one text or removes one statement, at a
+time, in the command builders, the page geometry and the band capture, and runs the tests that cover it:
+
+    mutants.py BUILD [--sanitized BUILD2] [--sample N]
+
+The builds are built trees; what lives in BUILD is tried again in BUILD2, whose sanitizers see reads and
+writes that go beyond a block. A mutant that the tests let live is printed; those in mutants_explained.txt
+have their reason there."""
 
 import argparse
+import collections
 import concurrent.futures
 import glob
 import json
@@ -10,6 +16,7 @@ import os
 import random
 import re
 import shlex
+import struct
 import subprocess
 import sys
 import tempfile
@@ -17,71 +24,156 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SOURCES = sorted(glob.glob(os.path.join(ROOT, "commands", "*.cpp"))) + [
     os.path.join(ROOT, "Renderer", name) for name in ("page_geometry.cpp", "band_capture.cpp")]
-TESTS = {"commands": ["tests/commands/commands_test"], "Renderer": ["tests/Renderer/renderer_test"]}
+TESTS = {"commands": "tests/commands/commands_test", "Renderer": "tests/Renderer/renderer_test"}
 EXPLAINED = os.path.join(ROOT, "scripts", "mutants_explained.txt")
-SECONDS = 60
+SECONDS = 30
+MOST_BYTES = 2 << 30  # of a mutant that asks for memory without end
+
+
+def single(text, steps=0):
+    """The single-precision number that the text is read as, or one that many steps above it."""
+    bits = struct.unpack("<i", struct.pack("<f", float(text)))[0]
+    return struct.unpack("<f", struct.pack("<i", bits + steps))[0]
+
+
+def other_fraction(match):
+    """One more decimal; the next single-precision number where that is the same one."""
+    number, suffix = match.groups()
+    if suffix and single(number + "1") == single(number):
+        return f"{single(number, 1):.9g}f"
+    return f"{number}1{suffix}"
+
 
 CHANGES = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "),
            (r" >= ", " > "), (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "),
-           (r" \* ", " / "), (r" / ", " * "), (r" % ", " / "), (r"\+= ", "-= "),
+           (r" \* ", " / "), (r" / ", " * "), (r" % ", " / "), (r"\+= ", "-= "), (r" & ", " | "),
+           (r" \| ", " & "), (r" << ", " >> "), (r"\+\+", "--"), (r"(?<=[(,=] )-(?=\w)|(?<=\()-(?=\w)", ""),
            (r"\btrue\b", "false"), (r"\bfalse\b", "true"), (r"!(?=[a-z(])", ""),
-           (r"(?<![\w.\"'\\])(\d+)(?=[u;,)\]} ])", lambda m: str(int(m.group(1)) + 1)),
-           (r"(\d+\.\d+)f", lambda m: m.group(1) + "1f")]
+           (r"(?<![=<>] )\b([a-z]\w*(?:[.:>-]+\w+)*(?:\([^()]*\))?) \? ", r"!\1 ? "),
+           (r"(?<![\w.\"'\\])(\d+)(?=[u;:,)\]} ])", lambda match: str(int(match.group(1)) + 1)),
+           (r"\b0x[0-9A-F]+\b", lambda match: hex(int(match.group(), 16) ^ 1)),
+           (r"\b(\d+\.\d+)(f?)\b", other_fraction)]
 # Checks of our own faults and the room of buffers cannot be noticed, by design.
-NO_CODE = re.compile(r"^\s*(assert\(|(WCHAR|char) \w+\[|//|#|\}? ?$|namespace|using|template|static_assert|Log(Trace|Error|Warning)"
+NO_CODE = re.compile(r"^\s*(assert\(|(WCHAR|char) \w+\[|//|#|\}? ?$|namespace|using|template|static_assert"
                      r"|\"|constexpr const char\*)")
+TEXT = re.compile(r'"(?:\\.|[^"])*"|\'(?:\\.|[^\'])*\'')
+NO_STATEMENT = re.compile(r"\s*(return\b|if\b|else\b|case\b|default\b|}|[\w:<>*& ]+ \w+;$|[\w:]+<.*> \w+;$)")
+
+Mutant = collections.namedtuple("Mutant", "path number key text")
+
+
+def blank_texts(line):
+    """The code of a line: texts as long as they are but empty, no comment."""
+    return TEXT.sub(lambda match: "\a" * len(match.group()), line).split("//")[0].rstrip()
+
+
+def condition_end(code, start):
+    """Where the parenthesis that opens at start closes; -1 when the line ends first."""
+    depth = 0
+    for i in range(start, len(code)):
+        depth += {"(": 1, ")": -1}.get(code[i], 0)
+        if depth == 0:
+            return i
+    return -1
+
+
+def changed_lines(code, line):
+    for pattern, change in CHANGES:
+        for match in re.finditer(pattern, code):
+            new = match.expand(change) if isinstance(change, str) else change(match)
+            yield line[:match.start()] + new + line[match.end():]
+    for match in re.finditer(r"\bif \(", code):
+        end = condition_end(code, match.end() - 1)
+        for value in ("true", "false") if end > 0 else ():
+            yield line[:match.end()] + value + line[end:]
+
+
+def emptied_texts(code, line):
+    for match in TEXT.finditer(line, 0, 0 if line.startswith("#") else len(code)):
+        if match.group() not in ('""', match.group().replace('"', "'")):
+            yield line[:match.start()] + '""' + line[match.end():]
+
+
+def statement_end(codes, first):
+    """The last line of the statement that begins on the line first; -1 when it is none to remove."""
+    before = next((code for code in reversed(codes[:first]) if code), "")
+    if not before.endswith((";", "{", "}", ":")) or NO_STATEMENT.match(codes[first]):
+        return -1
+    text = ""
+    for number in range(first, min(first + 6, len(codes))):
+        text += codes[number]
+        if "{" in text and not text.endswith(("};", "});")):
+            return -1
+        if text.endswith(";"):
+            return number if text.count("(") == text.count(")") else -1
+    return -1
 
 
 def mutants_of(path):
-    """Each mutant as (line number, line as changed); texts and comments stay as they are."""
     with open(path, encoding="utf-8") as file:
         lines = file.read().split("\n")
+    codes = [blank_texts(line) for line in lines]
+    seen = set()
+
+    def mutant(first, last, new):
+        if ((first, new)) not in seen:
+            seen.add((first, new))
+            key = f"{os.path.relpath(path, ROOT)}: {new.strip() or 'without ' + lines[first].strip()}"
+            yield Mutant(path, first + 1, key, "\n".join(lines[:first] + [new] + lines[last + 1:]))
+
     for number, line in enumerate(lines):
+        for new in emptied_texts(codes[number], line):
+            yield from mutant(number, number, new)
         if NO_CODE.match(line):
             continue
-        code = line.split("//")[0]
-        hidden = [match.span() for match in re.finditer(r'"(\\.|[^"])*"|\'(\\.|[^\'])*\'', code)]
-        for pattern, change in CHANGES:
-            for match in re.finditer(pattern, code):
-                if any(start <= match.start() < end for start, end in hidden):
-                    continue
-                new = match.expand(change) if isinstance(change, str) else change(match)
-                yield number, line[:match.start()] + new + line[match.end():]
+        for new in changed_lines(codes[number], line):
+            yield from mutant(number, number, new)
+        last = statement_end(codes, number) if line.startswith("  ") else -1
+        if last >= 0:
+            yield from mutant(number, last, "")
 
 
 class Tester:
-    def __init__(self, folder):
+    """Compiles and links mutants as a built tree does and runs the tests of that tree on them."""
+
+    def __init__(self, folder, paths, work):
         self.folder = os.path.abspath(folder)
         with open(os.path.join(self.folder, "compile_commands.json"), encoding="utf-8") as file:
-            self.commands = {entry["file"]: entry for entry in json.load(file)}
+            entries = {entry["file"]: entry for entry in json.load(file)}
+        self.commands = {path: self._prepared(entries[path], os.path.join(work, str(number)))
+                         for number, path in enumerate(paths)}
 
-    def _run(self, command, cwd):
+    def _prepared(self, entry, headers):
+        """The folder, command and object of a source; its headers are compiled once for all mutants."""
+        command = [part for part in shlex.split(entry["command"]) if not part.startswith("-W")
+                   and part != "ccache" and not part.endswith("/ccache") and "FORTIFY" not in part]
+        at = command.index("-o")
+        made, command[at:] = command[at + 1], ["-O0", "-g0", "-w"]
+        with open(entry["file"], encoding="utf-8") as file:
+            includes = [line for line in file if line.startswith("#include")]
+        with open(headers, "w", encoding="utf-8") as file:
+            file.writelines(includes)
+        self._run([*command, "-x", "c++-header", headers, "-o", headers + ".gch"], entry["directory"])
+        return entry["directory"], [*command, "-include", headers], made
+
+    def _run(self, command, cwd, environment=None):
         try:
-            return subprocess.run(command, cwd=cwd, capture_output=True, timeout=SECONDS).returncode
+            return subprocess.run(command, cwd=cwd, env=environment, capture_output=True, timeout=SECONDS).returncode
         except subprocess.TimeoutExpired:
             return 1  # a test that hangs has noticed
 
-    def verdict(self, path, number, changed):
+    def verdict(self, mutant):
         """dead, alive, or void when the change does not compile."""
-        entry = self.commands[path]
+        directory, command, original = self.commands[mutant.path]
         with tempfile.TemporaryDirectory() as work:
-            with open(path, encoding="utf-8") as file:
-                lines = file.read().split("\n")
-            lines[number] = changed
-            source = os.path.join(work, os.path.basename(path))
+            source = os.path.join(work, os.path.basename(mutant.path))
             with open(source, "w", encoding="utf-8") as file:
-                file.write("\n".join(lines))
-            command = [part for part in shlex.split(entry["command"]) if not part.startswith("-W")
-                       and part != "ccache" and not part.endswith("/ccache") and "FORTIFY" not in part]
-            made = command.index("-o") + 1
-            original, command[made] = command[made], os.path.join(work, "mutant.o")
-            command[command.index(path)] = source
-            if self._run(command + ["-O0", "-g0", "-w"], entry["directory"]) != 0:
+                file.write(mutant.text)
+            made = os.path.join(work, "mutant.o")
+            if self._run([*command, "-c", source, "-o", made], directory) != 0:
                 return "void"
-            for test in TESTS[os.path.basename(os.path.dirname(path))]:
-                if not self._test_passes(test, original, command[made], work):
-                    return "dead"
-        return "alive"
+            test = TESTS[os.path.basename(os.path.dirname(mutant.path))]
+            return "alive" if self._test_passes(test, original, made, work) else "dead"
 
     def _test_passes(self, test, original, mutant, work):
         cwd = os.path.join(self.folder, os.path.dirname(test))
@@ -96,7 +188,22 @@ class Tester:
         libraries = os.path.join(self.folder, "lib")
         if self._run(kept + [f"-Wl,-rpath,{libraries}"], cwd) != 0:
             sys.exit(f"{name} cannot be linked with a mutant of {original}")
-        return self._run([program, "--gtest_brief=1", "--gtest_fail_fast"], work) == 0
+        # The sanitizers need addresses without end, and have a limit of their own.
+        limit = "" if "-fsanitize" in " ".join(link) else f"ulimit -v {MOST_BYTES >> 10}; "
+        environment = {**os.environ, "TMPDIR": work, "ASAN_OPTIONS": f"hard_rss_limit_mb={MOST_BYTES >> 20}"}
+        run = ["sh", "-c", f"{limit}exec {program} --gtest_brief=1 --gtest_fail_fast"]
+        return self._run(run, work, environment) == 0
+
+
+def verdicts_of(folder, mutants):
+    with tempfile.TemporaryDirectory() as work, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        paths = sorted({mutant.path for mutant in mutants})
+        tester = Tester(folder, paths, work)
+        for path in paths:
+            with open(path, encoding="utf-8") as file:
+                if tester.verdict(Mutant(path, 0, "", file.read())) != "alive":
+                    sys.exit(f"{path} fails its tests as it stands: build {folder} anew")
+        return list(pool.map(tester.verdict, mutants))
 
 
 def explained():
@@ -105,26 +212,34 @@ def explained():
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
     parser.add_argument("build")
+    parser.add_argument("--sanitized", metavar="BUILD2", help="a tree built with the sanitizers")
     parser.add_argument("--sample", type=int, default=0, help="try so many, chosen at random")
+    parser.add_argument("--only", default="", help="those whose line in the list contains this text")
     options = parser.parse_args()
-    every = [(path, number, line) for path in SOURCES for number, line in mutants_of(path)]
+    every = [mutant for path in SOURCES for mutant in mutants_of(path) if options.only in mutant.key]
+    chosen = every
     if options.sample and options.sample < len(every):
-        every = random.Random(7).sample(every, options.sample)
-    tester = Tester(options.build)
-    reasons = explained()
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        verdicts = list(pool.map(lambda mutant: tester.verdict(*mutant), every))
-    tried = [(mutant, verdict) for mutant, verdict in zip(every, verdicts) if verdict != "void"]
-    alive = [mutant for mutant, verdict in tried if verdict == "alive"]
-    unexplained = 0
-    for path, number, line in alive:
-        key = f"{os.path.relpath(path, ROOT)}: {line.strip()}"
-        unexplained += key not in reasons
-        print(f"{'explained' if key in reasons else 'alive'}: {key}  (line {number + 1})")
-    dead = 100 * (len(tried) - len(alive)) / max(len(tried), 1)
-    print(f"{len(tried)} mutants, {len(alive)} survive, {unexplained} of them unexplained, {dead:.1f} % die")
+        chosen = random.Random(7).sample(every, options.sample)
+    verdicts = verdicts_of(options.build, chosen)
+    tried = len(chosen) - verdicts.count("void")
+    alive = [mutant for mutant, verdict in zip(chosen, verdicts) if verdict == "alive"]
+    alone = len(alive)
+    if options.sanitized:
+        verdicts = verdicts_of(options.sanitized, alive)
+        alive = [mutant for mutant, verdict in zip(alive, verdicts) if verdict != "dead"]
+    reasons, unexplained = explained(), 0
+    for mutant in alive:
+        unexplained += mutant.key not in reasons
+        print(f"{'explained' if mutant.key in reasons else 'alive'}: {mutant.key}  (line {mutant.number})")
+
+    def dead(count):
+        return f"{100 * (tried - count) / max(tried, 1):.1f} %"
+
+    print(f"{len(chosen)} of {len(every)} changes, of which {tried} compile")
+    print(f"{tried} mutants, {len(alive)} survive, {unexplained} of them unexplained, {dead(len(alive))} die"
+          + (f" ({dead(alone)} without the sanitizers)" if options.sanitized else ""))
     sys.exit(1 if unexplained else 0)
 
 
