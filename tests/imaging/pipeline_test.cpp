@@ -81,19 +81,6 @@ TEST_F(Pipeline, PageIsMovedAndTurned) {
   }
 }
 
-TEST_F(Pipeline, ColoursAreSplitToTheDot) {
-  device.devmode.dwColorMode = 2;
-  device.devmode.nColorTolerance = 25;
-  const RandomPage page(65, 33, {kBlack, kWhitePixel, kRed});
-  for (const WORD ditherer : {WORD{0}, WORD{1}, WORD{77}}) {
-    device.devmode.wDitherer = ditherer;
-    Forget();
-    EXPECT_EQ(Process(page), 1);
-    ExpectImage(device.Downloads("1").at(0), 65, 33, kBlack, page);
-    ExpectImage(device.Downloads("0").at(0), 65, 33, kRed, page);
-  }
-}
-
 TEST_F(Pipeline, EmptyPlaneLeavesTheKeptOne) {
   device.devmode.dwColorMode = 2;
   const RandomPage both(40, 20, {kBlack, kWhitePixel, kRed});

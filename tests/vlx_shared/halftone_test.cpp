@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "platform/fault.h"
 #include "tests/support/temp_home.h"
 #include "tests/vlx_shared/bitmaps.h"
 
@@ -127,27 +126,6 @@ TEST_F(Halftones, DotGainIsTakenBack) {
         Page(256, 256, [level](INT, INT) { return level * 0x010101; }), eFloydSteinberg, 0));
     const double covered = Covered(dots);
     EXPECT_NEAR(covered + 0.8 * covered * (1 - covered), 1 - level / 255.0, 0.01) << level;
-  }
-}
-
-// Every call on the way to the dots fails in turn; those of the last round have no one to fail.
-TEST_F(Halftones, EveryFailingCallGivesTheFailureResult) {
-  Bitmap* page = Page(40, 40, [](INT x, INT) { return x * 0x050505u; });
-  for (const eBitmapDitherer ditherer : kDitherers) {
-    INT done = 0;
-    for (int n = 0; done == 0; ++n) {
-      int left = n;
-      Bitmap *black = page, *highlight = page;
-      PlatformSetFaultHook(
-          [](const char*, void* context) { return (*static_cast<int*>(context))-- == 0; }, &left);
-      done = BitmapHelper::SplitImage(page, 0xFFFF0000, 0.25, ditherer, 0, &black, &highlight);
-      PlatformSetFaultHook(nullptr, nullptr);
-      ASSERT_EQ(done != 0, left >= 0) << n;
-      EXPECT_EQ(black != nullptr, done != 0);
-      EXPECT_EQ(highlight != nullptr, done != 0);
-      BitmapHelper::DeleteBitmap(black);
-      BitmapHelper::DeleteBitmap(highlight);
-    }
   }
 }
 
