@@ -1,4 +1,5 @@
-// PNG files of bitmaps: the container here, the compression by libdeflate.
+// PNG files of bitmaps: the container here, the compression by RowDeflate where rows repeat, and by
+// libdeflate.
 
 #include <libdeflate.h>
 
@@ -7,10 +8,12 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 
 #include "platform/fault.h"
 #include "platform/linux/block.h"
 #include "platform/linux/gdiplus_image.h"
+#include "platform/linux/row_deflate.h"
 #include "platform/linux/system_state.h"
 
 namespace Gdiplus {
@@ -21,6 +24,12 @@ constexpr BYTE kSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr SIZE_T kChunkFrame = 12;  // length, type and check sum
 constexpr SIZE_T kHeaderBytes = 13;
 constexpr SIZE_T kMostChunkBytes = 0x7FFFFFFF;
+constexpr SIZE_T kLittleChange = 250;  // thousandths of an image whose rows repeat
+constexpr SIZE_T kMostChange = 500;    // of one whose rows still do
+constexpr INT kMostCellRows = 16;      // of the screens
+constexpr INT kSampledRow = 5;
+constexpr MatchSearch kUsualSearch = {4, 64, true};
+constexpr MatchSearch kFastSearch = {2, 32, false};
 constexpr int kFastLevel = 1;
 constexpr int kThoroughLevel = 9;
 constexpr int kMostLevel = 12;
@@ -96,51 +105,75 @@ void LayOut(const GpImage& image, BYTE* out) {
   }
 }
 
-// The part of the image, in thousandths, that differs from the row above it.
-SIZE_T ChangeOf(const BYTE* rows, SIZE_T rowBytes, INT height) {
+// Of some of the rows, the part in thousandths that differs from the row so many rows up.
+SIZE_T ChangeOf(const BYTE* rows, SIZE_T rowBytes, INT height, INT up) {
   SIZE_T changed = 0;
   SIZE_T words = 1;
-  for (INT y = 1; y < height; ++y, rows += rowBytes) {
+  for (INT y = up; y < height; y += kSampledRow) {
+    const BYTE* row = rows + rowBytes * y;
     for (SIZE_T i = 0; i + 8 <= rowBytes; i += 8, ++words) {
-      std::uint64_t above, below;
-      std::memcpy(&above, rows + i, sizeof above);
-      std::memcpy(&below, rows + rowBytes + i, sizeof below);
-      changed += above != below;
+      std::uint64_t here, above;
+      std::memcpy(&here, row + i, sizeof here);
+      std::memcpy(&above, row + i - rowBytes * up, sizeof above);
+      changed += here != above;
     }
   }
   return changed * 1000 / words;
 }
 
-// Where rows repeat, a longer search finds the long matches that make the file small; in dithered
-// areas there is nothing to find and a search costs the most.
-int UsualLevel(SIZE_T changeThousandths) {
-  struct Row {
-    SIZE_T mostChange;
-    int level;
-  };
-  constexpr Row kRows[] = {{40, 8}, {100, 7}, {300, 5}, {1000, kFastLevel}};
-  const Row* row = kRows;
-  while (changeThousandths > row->mostChange) ++row;
-  return row->level;
+// How many rows up the row is that rows resemble most: the one above, or, where greys became a
+// screen of dots, one whole cell up. 0 when there is none.
+SIZE_T RowsUp(const BYTE* rows, SIZE_T rowBytes, INT height) {
+  SIZE_T leastChange = kMostChange;
+  INT best = 0;
+  for (INT up = 1; up <= kMostCellRows && leastChange > kLittleChange; ++up) {
+    const SIZE_T change = ChangeOf(rows, rowBytes, height, up);
+    if (change > leastChange) continue;
+    leastChange = change;
+    best = up;
+  }
+  return static_cast<SIZE_T>(best);
 }
 
-SIZE_T Compress(const Block& in, SIZE_T bytes, SIZE_T change, BYTE* out, SIZE_T room) {
-  const auto at = [&](int level) { return Compressor(level).Compress(in, bytes, out, room); };
-  const PngSize wanted = SystemState()->pngSize;
-  const int usual = wanted == PngSize::Fast ? kFastLevel : UsualLevel(change);
-  if (wanted != PngSize::Small) return at(usual);
-  // Now and then the most thorough search is not the one that finds most.
-  int best = usual;
-  SIZE_T least = at(usual);
-  SIZE_T last = least;
-  for (const int level : {kThoroughLevel, kMostLevel}) {
-    last = at(level);
-    if (last == 0 || last >= least) continue;
-    least = last;
-    best = level;
+// The rows of an image, compressed into a block.
+struct Compression {
+  const Block& rows;
+  SIZE_T bytes;
+  SIZE_T rowBytes;
+  RowDeflate& rowDeflate;
+  BYTE* out;
+  SIZE_T room;
+
+  SIZE_T At(int level) const { return Compressor(level).Compress(rows, bytes, out, room); }
+
+  // Where rows repeat, that is what there is to find; in diffused greys there is nothing, and a
+  // search costs the most.
+  SIZE_T Usual(const MatchSearch& search) const {
+    const SIZE_T repeatBytes =
+        rowBytes * RowsUp(rows.get(), rowBytes, static_cast<INT>(bytes / rowBytes));
+    if (repeatBytes == 0 || repeatBytes > DeflateWriter::kMostDistance ||
+        bytes > RowDeflate::kMostBytes) {
+      return At(kFastLevel);
+    }
+    const SIZE_T size = rowDeflate.Compress(rows.get(), bytes, repeatBytes, search, out, room);
+    return size != 0 ? size : At(kFastLevel);
   }
-  return last == least ? last : at(best);
-}
+
+  // Now and then the most thorough search is not the one that finds most.
+  SIZE_T Least() const {
+    int best = 0;
+    SIZE_T least = Usual(kUsualSearch);
+    SIZE_T last = least;
+    for (const int level : {kThoroughLevel, kMostLevel}) {
+      last = At(level);
+      if (last == 0 || last >= least) continue;
+      least = last;
+      best = level;
+    }
+    if (last == least) return last;
+    return best == 0 ? Usual(kUsualSearch) : At(best);
+  }
+};
 
 BYTE* PutNumber(BYTE* to, SIZE_T number) {
   for (int shift = 24; shift >= 0; shift -= 8) *to++ = static_cast<BYTE>(number >> shift);
@@ -171,13 +204,19 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
   const SIZE_T bytes = rowBytes * image.height;
   const SIZE_T room = libdeflate_zlib_compress_bound(nullptr, bytes);
   const Block rows = MakeBlock(bytes);
+  const Block search = MakeBlock(sizeof(RowDeflate));
   const Block file = MakeBlock(sizeof kSignature + 3 * kChunkFrame + kHeaderBytes + room);
-  if (rows == nullptr || file == nullptr) return OutOfMemory;
+  if (rows == nullptr || search == nullptr || file == nullptr) return OutOfMemory;
   LayOut(image, rows.get());
   BYTE* data = PutHeader(image, file.get());
   std::memcpy(data + 4, "IDAT", 4);
+  const Compression compression = {rows,     bytes, rowBytes, *new (search.get()) RowDeflate,
+                                   data + 8, room};
+  const PngSize wanted = SystemState()->pngSize;
   const SIZE_T compressed =
-      Compress(rows, bytes, ChangeOf(rows.get(), rowBytes, image.height), data + 8, room);
+      wanted == PngSize::Small
+          ? compression.Least()
+          : compression.Usual(wanted == PngSize::Fast ? kFastSearch : kUsualSearch);
   if (compressed == 0 || compressed > kMostChunkBytes) return OutOfMemory;
   BYTE* end = PutChunk(data, compressed);
   std::memcpy(end + 4, "IEND", 4);
