@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 
 #include "imaging/page_pipeline.h"
 #include "platform/fault.h"
@@ -78,6 +79,22 @@ TEST_F(Pipeline, PageIsMovedAndTurned) {
                 [&, left = x0, top = y0](INT x, INT y) {
                   return turned ? page(y - left, 69 - x - top) : page(x - left, y - top);
                 });
+  }
+}
+
+TEST_F(Pipeline, DithererAndItsParameterReachTheDots) {
+  for (const DWORD mode : {1u, 2u}) {
+    device.devmode.dwColorMode = mode;
+    std::set<std::vector<unsigned char>> pictures;
+    for (const auto& [ditherer, parameter] :
+         {std::pair(eThreshold, 0), {eOrdered, 1}, {eOrdered, 2}, {eBlueNoise, 2}}) {
+      device.devmode.wDitherer = static_cast<WORD>(ditherer);
+      device.devmode.byDitherParam = static_cast<BYTE>(parameter);
+      Forget();
+      EXPECT_EQ(Process(RandomPage(64, 64, {0x606060})), 1);
+      pictures.insert(device.Downloads(std::to_string(mode - 1)).at(0).grey);
+    }
+    EXPECT_EQ(pictures.size(), 4u) << mode;
   }
 }
 
