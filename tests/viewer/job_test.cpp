@@ -25,6 +25,11 @@ std::string Download(const std::string& name, const std::string& png) {
   return "dPNG;" + name + "\r\n\x1B:" + png + "\033end-of-data\r\n";
 }
 
+// An image of one dot that claims another width and height.
+std::string Claim(const std::string& widthAndHeight) {
+  return Download("0", PngOf({"#"}).replace(16, 8, widthAndHeight));
+}
+
 // At 25.4 dpi a millimetre is a dot.
 constexpr double kDotAMm = 25.4;
 
@@ -100,6 +105,8 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
       {kHeader + image + PageSetUp("4.00,3.00,5.00") + place + "A1\r\n", 9, "pitch"},
       {kHeader + image + "H9999,5,T,R0\r\n" + size.substr(15) + place + "A1\r\n", 5, "speed"},
       {kHeader + Download("0", "no PNG") + size + place + "A1\r\n", 4, "no PNG file"},
+      {kHeader + Claim("\0\1\x86\xA0\0\0\7\xD1"s) + size + place + "A1\r\n", 4, "dots a side"},
+      {kHeader + Claim("\0\1\x86\xA1\0\0\0\1"s) + size + place + "A1\r\n", 4, "dots a side"},
       {kHeader + Download("0", kArrow.substr(0, kArrow.size() - 20)) + size + place + "A1\r\n", 4,
        "cannot be read"},
       {";\r\n", 1, "no label"},
@@ -134,7 +141,7 @@ TEST(JobReading, HostileStreamsEndSoon) {
       std::string(1 << 20, '\0'),
       std::string(1 << 20, '\n'),
       std::string(1 << 20, 'A'),
-      Download("0", PngOf({"#"}).replace(16, 8, "\0\1\x86\xA0\0\0\7\xD0"s)) + size + place,
+      Claim("\0\1\x86\xA0\0\0\7\xD0"s) + size + place,
       image + PageSetUp("10000000.00,10000000.00,5000000.00") + place,
       image + size + "I:F;" + std::string(400, '9') + ",-99999999999,180;0\r\nA9999999999999\r\n",
       "S" + std::string(100000, 'l') + ";\r\nSl0;" + std::string(5000, '1') + ",1,1,1,1\r\nA1\r\n",
