@@ -14,7 +14,7 @@ struct UnitSize {
   std::string_view name;
   double um;
 };
-constexpr UnitSize kUnits[] = {{"um", 1}, {"mm", 1000}, {"cm", 10000}, {"in", 25400}};
+constexpr UnitSize kLengthUnits[] = {{"um", 1}, {"mm", 1000}, {"cm", 10000}, {"in", 25400}};
 
 [[noreturn]] void Refuse(std::string_view text, std::string_view what, const std::string& remedy) {
   throw HostError(kExitSettings,
@@ -31,7 +31,7 @@ std::int32_t ParseLengthUm(std::string_view text, std::string_view what) {
   if (error != std::errc() || !std::isfinite(value)) {
     Refuse(text, what, "write a length with its unit, as \"2.5mm\" or \"2500um\"");
   }
-  for (const UnitSize& known : kUnits) {
+  for (const UnitSize& known : kLengthUnits) {
     if (known.name != unit) continue;
     const double um = std::round(value * known.um);
     if (um > 2147483647.0 || um < -2147483648.0) Refuse(text, what, "the length is out of range");

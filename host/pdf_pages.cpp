@@ -23,11 +23,11 @@ constexpr int kPipeBytes = 1 << 20;  // fewer turns between the two processes
 }
 
 // What to do about it, by what the program says.
-struct Remedy {
+struct PdfRemedy {
   const char* said;
   const char* remedy;
 };
-constexpr Remedy kRemedies[] = {
+constexpr PdfRemedy kPdfRemedies[] = {
     {"ncorrect password", "it is encrypted; save it without a password, then print that file"},
     {"", "it is damaged; export it again"},
 };
@@ -136,7 +136,7 @@ void PdfPages::CheckEnd() {
   if (ended > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
   std::string said = FirstLine(m_messages.get());
   if (WIFSIGNALED(status)) said = "ended by signal " + std::to_string(WTERMSIG(status));
-  for (const Remedy& remedy : kRemedies) {
+  for (const PdfRemedy& remedy : kPdfRemedies) {
     if (said.find(remedy.said) == said.npos) continue;
     throw HostError(kExitInput, m_source + ": pdftoppm cannot read this PDF file (" + said +
                                     "): " + remedy.remedy);

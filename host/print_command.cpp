@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kPrintExamples = R"(Examples:
   vlx print label.png -o label.job --paper 100x150mm --dpi 300
   vlx print label.png --to tcp://192.0.2.7 --settings two-colour.toml
   vlx print page-*.png -o - --copies 3 --set print.speed=150
@@ -71,6 +71,6 @@ Command PrintCommand(CLI::App& program) {
   print->add_option("--to", options->tcp, "Network printer, tcp://HOST[:9100]");
   AddJobOptions(*print, options->job);
   print->add_flag("--timing", options->timing, "Show where the time of the job went");
-  print->footer(kExamples);
+  print->footer(kPrintExamples);
   return {print, [options] { return RunPrint(*options); }};
 }

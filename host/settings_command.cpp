@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kSettingsExamples = R"(Examples:
   vlx settings show two-colour.toml --changed
   vlx settings show --set print.speed=150 > fast.toml
   vlx settings devmode saved.bin
@@ -87,7 +87,7 @@ Command SettingsCommand(CLI::App& program) {
   CLI::App* settings =
       program.add_subcommand("settings", "Show what settings amount to, field by field");
   settings->require_subcommand(1);
-  settings->footer(kExamples);
+  settings->footer(kSettingsExamples);
 
   CLI::App* show = settings->add_subcommand("show", "A settings file, completed by the defaults");
   show->add_option("FILE", options->file, "Settings file (TOML); without it the defaults");
@@ -96,11 +96,11 @@ Command SettingsCommand(CLI::App& program) {
   devmode->add_option("FILE", options->file, "As --save-devmode writes it")->required();
   for (CLI::App* command : {show, devmode}) {
     command->add_flag("--changed", options->changed, "Only what differs from the defaults");
-    command->footer(kExamples);
+    command->footer(kSettingsExamples);
   }
   CLI::App* keys =
       settings->add_subcommand("keys", "Every key, with what may stand behind it after a tab");
-  keys->footer(kExamples);
+  keys->footer(kSettingsExamples);
   return {settings, [=] {
             if (keys->parsed()) return ListKeys();
             return show->parsed() ? Show(*options) : ShowRecord(*options);

@@ -14,11 +14,11 @@ namespace {
 using Kind = SettingKey::Kind;
 
 // What a number counts, where neither its key nor its kind says it.
-struct Unit {
+struct FieldUnit {
   std::string_view field;
   std::string_view unit;
 };
-constexpr Unit kUnits[] = {
+constexpr FieldUnit kFieldUnits[] = {
     {"dwSpeed", "mm/s"},
     {"nColorTolerance", "hundredths of the largest distance"},
     {"nOptionSet2A4", "steps of 20 um"},
@@ -150,9 +150,9 @@ std::string FieldComment(const OemDevField& field) {
   char offset[16];
   std::snprintf(offset, sizeof offset, "0x%03zX", field.offset);
   std::string comment = std::string(field.name) + " at " + offset;
-  const auto* unit = std::find_if(std::begin(kUnits), std::end(kUnits),
-                                  [&](const Unit& row) { return row.field == field.name; });
-  if (unit != std::end(kUnits)) comment.append(", ").append(unit->unit);
+  const auto* unit = std::find_if(std::begin(kFieldUnits), std::end(kFieldUnits),
+                                  [&](const FieldUnit& row) { return row.field == field.name; });
+  if (unit != std::end(kFieldUnits)) comment.append(", ").append(unit->unit);
   return comment;
 }
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kStocksExamples = R"(Examples:
   vlx stocks
   vlx stocks --printer "Label Printer"
   vlx print label.png -o label.job --set paper.stock={0A1B2C3D-0000-0000-0000-000000000001}
@@ -106,6 +106,6 @@ Command StocksCommand(CLI::App& program) {
   const auto options = std::make_shared<StocksOptions>();
   CLI::App* stocks = program.add_subcommand("stocks", "List the paper stocks of a printer");
   stocks->add_option("--printer", options->printer, "Printer of system.toml, the first by default");
-  stocks->footer(kExamples);
+  stocks->footer(kStocksExamples);
   return {stocks, [options] { return RunStocks(*options); }};
 }

@@ -51,7 +51,7 @@ void CompareDots(const DrawnLabel& a, const DrawnLabel& b, LabelDiff& diff) {
   const std::uint32_t height = std::max(first.black.height, second.black.height);
   for (std::uint32_t y = 0; y < height; ++y) CountRow(first, second, width, y, diff);
   if (diff.dots == 0) return;
-  const auto mm = [&](std::uint32_t dots) { return Plain(dots * 25.4 / a.dpi); };
+  const auto mm = [&](std::uint32_t dots) { return Plain(dots * kMmAnInch / a.dpi); };
   diff.texts.push_back(std::to_string(diff.dots) + (diff.dots == 1 ? " dot" : " dots") +
                        " differ, from " + mm(diff.box.left) + ", " + mm(diff.box.top) + " to " +
                        mm(diff.box.right) + ", " + mm(diff.box.bottom) +

@@ -21,7 +21,7 @@ struct DiffOptions {
   bool json = false;
 };
 
-constexpr const char* kNotes =
+constexpr const char* kDiffNotes =
     R"(Compared is what lands on the labels, not the bytes of the images. A picture shows what both
 print in grey, only the first in blue, only the second in orange, the other colour in purple.
 
@@ -88,6 +88,6 @@ Command AddDiffCommand(CLI::App& program) {
   diff->add_option("-o,--output", options->folder, "Folder for pictures of the differences");
   AddDpiOption(*diff, options->dpi);
   diff->add_flag("--json", options->json, "For programs");
-  diff->footer(kNotes);
+  diff->footer(kDiffNotes);
   return {diff, [options] { return Diff(*options); }};
 }

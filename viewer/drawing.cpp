@@ -7,7 +7,6 @@ namespace viewer {
 
 namespace {
 
-constexpr double kMmAnInch = 25.4;
 constexpr double kFarthestMm = 1e7;
 
 std::int64_t Dots(double mm, double dpi) {

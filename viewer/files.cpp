@@ -14,8 +14,6 @@ namespace viewer {
 
 namespace {
 
-constexpr std::size_t kMostJobBytes = std::size_t{1} << 30;
-
 [[noreturn]] void FailToWrite(const std::string& path, const std::string& why) {
   throw CommandError(kExitTarget,
                      path + " cannot be written: " + why + "; check the folder and its space");

@@ -1,10 +1,13 @@
 // Files of the viewer: jobs that come in, pictures and pages that go out.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace viewer {
+
+inline constexpr std::uint64_t kMostJobBytes = std::uint64_t{1} << 30;
 
 // Reads a whole job from a file, or from standard input when the path is "-".
 // Throws CommandError (input) when it cannot be read or is longer than a gigabyte.

@@ -9,7 +9,6 @@ namespace viewer {
 namespace {
 
 // What a printer would never reach, so that no job takes all memory or time.
-constexpr std::size_t kMostFaults = 1000;
 constexpr std::size_t kMostFields = 10'000;
 constexpr std::size_t kMostPlacements = 10'000;
 constexpr std::uint64_t kMostLabelDots = 2 * kMostDots;

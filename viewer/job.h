@@ -17,6 +17,8 @@
 
 namespace viewer {
 
+inline constexpr double kMmAnInch = 25.4;
+
 struct LabelSize {
   std::string sensor;
   double offsetXMm = 0;

@@ -9,9 +9,7 @@ namespace viewer {
 
 namespace {
 
-constexpr double kMmAnInch = 25.4;
 constexpr double kRegisterMm = 0.25;
-constexpr std::size_t kMostFaults = 1000;
 
 // Where the dots of an image are once it is turned.
 struct TurnedBox {

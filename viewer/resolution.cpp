@@ -8,7 +8,6 @@ namespace viewer {
 namespace {
 
 constexpr double kUsual[] = {203, 300, 600, 200, 400, 406, 305, 609, 152, 1200};
-constexpr double kMmAnInch = 25.4;
 constexpr int kLeastDpi = 100;
 constexpr int kMostDpi = 1200;
 constexpr int kLabelsLookedAt = 20;

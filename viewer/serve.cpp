@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "common/error.h"
+#include "viewer/files.h"
 
 namespace viewer {
 
@@ -20,7 +21,6 @@ namespace {
 
 constexpr int kMostClients = 64;
 constexpr int kLookAgainMs = 50;
-constexpr std::uint64_t kMostJobBytes = std::uint64_t{1} << 30;
 
 // Writes all of it; false when the file does not take it.
 bool WriteAll(int file, const char* bytes, std::size_t size) {

@@ -21,6 +21,7 @@ struct Fault {
   Place place;
   std::string text;  // names the thing, the value and the remedy
 };
+inline constexpr std::size_t kMostFaults = 1000;  // that are listed of a job
 
 struct Piece {
   enum class Kind { Line, Data };

@@ -23,7 +23,7 @@ struct ViewOptions {
   bool json = false;
 };
 
-constexpr const char* kNotes =
+constexpr const char* kViewNotes =
     R"(The job itself says no resolution: without --dpi it is guessed from page images that fill
 the label, else it is 300. Pictures stand upright, as they are read; --as-fed leaves them as they
 leave the printer, its first row on top.
@@ -153,7 +153,7 @@ Command AddViewCommand(CLI::App& program) {
   view->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");
   view->add_flag("--as-fed", options->asFed, "Leave labels as they come out of the printer");
   view->add_flag("--json", options->json, "Describe job and labels for programs");
-  view->footer(kNotes);
+  view->footer(kViewNotes);
   return {view, [options] {
             const std::string job = ReadJobFile(options->job);
             return Viewing(*options, job).Run();
