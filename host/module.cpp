@@ -42,7 +42,7 @@ std::string SharedLibraryVersion() {
   void* library = dlopen("libvlx_shared.so", RTLD_NOW | RTLD_NOLOAD);
   if (library == nullptr) return "unknown";
   const auto version = reinterpret_cast<const char* (*)()>(dlsym(library, "VlxSharedVersion"));
-  const std::string text = version == nullptr ? "unknown" : version();
+  std::string text = version == nullptr ? "unknown" : version();
   dlclose(library);
   return text;
 }

@@ -100,7 +100,7 @@ std::string JobFolder::Add(const std::string& comingPath, const std::string& not
     throw CommandError(
         kExitTarget, "The job " + name + " cannot be kept in " + m_folder + ": " + error.message());
   }
-  const std::string line = Draw(name, note);
+  std::string line = Draw(name, note);
   WritePage();
   return line;
 }

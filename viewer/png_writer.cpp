@@ -43,6 +43,7 @@ bool WriteRows(png_structp png, png_infop info, std::uint32_t width, std::uint32
 std::string WritePng(std::uint32_t width, std::uint32_t height, double dpi,
                      const std::vector<Colour>& palette, const FillRow& fillRow) {
   std::vector<png_color> colours;
+  colours.reserve(palette.size());
   for (const Colour& colour : palette) {
     colours.push_back({colour.red, colour.green, colour.blue});
   }
