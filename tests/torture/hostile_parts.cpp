@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t kMostBytes = 1 << 20;
+constexpr std::size_t kMostWritten = 1 << 20;
 constexpr long kLongestSeconds = 10;  // of processor time
 
 // A machine between whose jobs nothing but the settings changes.
@@ -37,7 +37,7 @@ class Victim {
     if (std::clock() - start > kLongestSeconds * CLOCKS_PER_SEC) m_report.Find("it takes too long");
     std::size_t bytes = 0;
     for (const std::string& write : machine.writes) bytes += write.size();
-    if (bytes > kMostBytes) m_report.Find(std::to_string(bytes) + " bytes are written");
+    if (bytes > kMostWritten) m_report.Find(std::to_string(bytes) + " bytes are written");
   }
 
   Machine machine;

@@ -49,9 +49,10 @@ void OnSignal(int number) {
 
 }  // namespace
 
-// A sanitizer tells the case too. Without memory it gives null, and a page has an end.
+// A sanitizer tells the case too. Without memory it gives null, and a page has an end. The options
+// are found only by a name that the program shows.
 extern "C" void __sanitizer_set_death_callback(void (*)()) __attribute__((weak));
-extern "C" const char* __asan_default_options() {
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
   return "allocator_may_return_null=1:max_allocation_size_mb=128:detect_stack_use_after_return=1";
 }
 

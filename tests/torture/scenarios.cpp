@@ -25,16 +25,18 @@ void Reuse(Machine& machine, const TempHome& home) {
   machine.devmode->dwSetupOnFirstPageOnly = 1;
 }
 void SetBlocks(Machine& machine, WORD kind, const std::string& text) {
-  for (int k = 0; k < kCustomBlockCount; ++k) {
-    (&machine.devmode->wCustomType0)[k] = kind;
-    text.copy(machine.devmode->szCustomText0 + k * kCustomTextSize, kCustomTextSize - 1);
+  auto* bytes = reinterpret_cast<char*>(machine.devmode.get());
+  for (const OemDevField& field : OemDevFields()) {
+    if (field.name.starts_with("wCustomType"))
+      std::memcpy(bytes + field.offset, &kind, sizeof kind);
+    if (field.name.starts_with("szCustomText")) text.copy(bytes + field.offset, field.size - 1);
   }
 }
 void FileBlocks(Machine& machine, const TempHome& home) {
   SetBlocks(machine, kBlockFile, home.Path("block.txt"));
 }
 void TextBlocks(Machine& machine, const TempHome&) {
-  for (int k = 0; k < kCustomBlockCount; ++k) SetBlocks(machine, kBlockInline, "No. {n}\\x41\\e");
+  SetBlocks(machine, kBlockInline, "No. {n}\\x41\\e");
   machine.devmode->wCustomType2 = kBlockEscaped;
   machine.devmode->wCustomType4 = kBlockPlain;
   machine.devmode->wCustomType6 = kBlockNone;
