@@ -3,10 +3,10 @@
 // output.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <iterator>
-#include <limits>
 #include <random>
 
 #include "config/oemdev_fields.h"
@@ -142,18 +142,18 @@ Row Pick(std::mt19937& random, std::initializer_list<Row> rows) {
 
 // One band whose header, offset and size have nothing to do with each other.
 void HostileBand(Machine& machine, std::mt19937& random) {
-  constexpr LONG kMost = std::numeric_limits<LONG>::max();
-  constexpr LONG kLeast = std::numeric_limits<LONG>::min();
   BITMAPINFOHEADER header = {40, 0, 0, 1, 24, 0, 0, 0, 0, 0, 0};
-  header.biWidth = Pick<LONG>(random, {kLeast, -1, 0, 1, 5, 24, 60, 300, 1 << 11, kMost});
-  header.biHeight = Pick<LONG>(random, {kLeast, -1, 0, 1, 5, 8, 60, 200, kMost});
+  header.biWidth = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 24, 60, 300, 1 << 11, INT32_MAX});
+  header.biHeight = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 8, 60, 200, INT32_MAX});
   const bool small = std::max(header.biWidth, header.biHeight) <= 1 << 13 &&
                      std::min(header.biWidth, header.biHeight) >= 0;
   const std::int64_t fitting = small ? std::int64_t{header.biWidth} * 3 * header.biHeight : -1;
   const DWORD size = Pick<DWORD>(random, {0, 1, 3, 4, 72, 4096, static_cast<DWORD>(fitting)});
   const bool blank = random() % 4 == 0;
   header.biSizeImage = blank || size < 100000 ? size : 4096;
-  const auto offset = [&] { return Pick<LONG>(random, {kLeast, -60, -5, 0, 3, 1 << 11, kMost}); };
+  const auto offset = [&] {
+    return Pick<LONG>(random, {INT32_MIN, -60, -5, 0, 3, 1 << 11, INT32_MAX});
+  };
   const IPPARAMS parameters = {sizeof parameters, {offset(), offset()}, nullptr, blank};
   std::vector<BYTE> bytes(blank ? 0 : header.biSizeImage, 0x55);
   // A header that names no size stands for whole rows.

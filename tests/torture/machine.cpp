@@ -37,7 +37,7 @@ DWORD PixelOf(char picture, LONG x, LONG y) {
 }  // namespace
 
 // The driver's helper interface; counts what the plug-in holds.
-struct Machine::Helper : IPrintOemDriverUni {
+struct Machine::Helper final : IPrintOemDriverUni {
   explicit Helper(Machine& owner) : machine(owner) {}
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     *ppv = nullptr;
