@@ -37,6 +37,7 @@ int Serve(const ServeOptions& options) {
   std::fflush(stdout);
   server.Run();
   for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+  g_server = nullptr;
   return kExitDone;
 }
 
