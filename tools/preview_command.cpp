@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kPreviewExamples = R"(Examples:
   vlx preview label.png -o seen.png --paper 100x150mm --dpi 300
   vlx preview labels.pdf -o pictures --settings two-colour.toml
   vlx preview photo.png -o seen.png --set colour.ditherer=threshold
@@ -117,6 +117,6 @@ Command PreviewCommand(CLI::App& program) {
                    "Picture (.png, or - for standard output), or a folder for a PNG a label")
       ->required();
   AddJobOptions(*preview, options->job);
-  preview->footer(kExamples);
+  preview->footer(kPreviewExamples);
   return {preview, [options] { return RunPreview(*options); }};
 }
