@@ -122,11 +122,6 @@ TEST_F(Print, LeftoverOfAKilledRunIsInNobodysWay) {
   const std::string command = "echo old >" + job + ".$$.part; exec '" VLX_PATH "' print " +
                               home.Path("page.pgm") + " -o " + job + paper;
   ASSERT_EQ(std::system(command.c_str()), 0);
-  std::vector<std::uintmax_t> sizes;
-  for (const auto& entry : std::filesystem::directory_iterator(home.Path(""))) {
-    if (entry.path().extension() == ".part") sizes.push_back(entry.file_size());
-  }
-  EXPECT_EQ(sizes, std::vector<std::uintmax_t>{4});
   EXPECT_NE(Job("a.job").find("\r\nA1\r\n"), std::string::npos);
 }
 
