@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "platform/fault.h"
 #include "platform/linux/block.h"
@@ -44,39 +45,43 @@ Block MakeBlock(SIZE_T bytes) {
                                                : static_cast<BYTE*>(AllocateBlock(bytes, false)));
 }
 
-// A compressor takes longer to make than a small image to compress: one a level is kept.
+// What takes longer to make than a small image to compress: one of each is kept.
 std::mutex mutex;
-libdeflate_compressor* kept[kMostLevel + 1];
+libdeflate_compressor* keptCompressors[kMostLevel + 1];
+RowDeflate* keptRowDeflate;
 
-class Compressor {
+void Free(libdeflate_compressor* compressor) { libdeflate_free_compressor(compressor); }
+void Free(RowDeflate* rowDeflate) { delete rowDeflate; }
+
+template <typename T>
+class Kept {
  public:
-  explicit Compressor(int level) : m_level(level) {
+  // Takes the one that is kept at the place, or a new one.
+  template <typename Make>
+  Kept(T*& place, const Make& make) : m_place(place) {
     if (PlatformShouldFail("PngCompressor")) return;
     {
       const std::lock_guard locked(mutex);
-      std::swap(m_compressor, kept[level]);
+      std::swap(m_object, place);
     }
-    if (m_compressor == nullptr) m_compressor = libdeflate_alloc_compressor(level);
+    if (m_object == nullptr) m_object = make();
   }
-  ~Compressor() {
+  ~Kept() {
     {
       const std::lock_guard locked(mutex);
-      if (kept[m_level] == nullptr) std::swap(m_compressor, kept[m_level]);
+      if (m_place == nullptr) std::swap(m_object, m_place);
     }
-    libdeflate_free_compressor(m_compressor);
+    Free(m_object);
   }
-  Compressor(const Compressor&) = delete;
-  Compressor& operator=(const Compressor&) = delete;
+  Kept(const Kept&) = delete;
+  Kept& operator=(const Kept&) = delete;
 
-  // Bytes written to out, which has room for the worst case; 0 without memory.
-  SIZE_T Compress(const Block& in, SIZE_T bytes, BYTE* out, SIZE_T room) {
-    if (m_compressor == nullptr) return 0;
-    return libdeflate_zlib_compress(m_compressor, in.get(), bytes, out, room);
-  }
+  // Null without memory.
+  T* Get() const { return m_object; }
 
  private:
-  const int m_level;
-  libdeflate_compressor* m_compressor = nullptr;
+  T*& m_place;
+  T* m_object = nullptr;
 };
 
 SIZE_T RowBytes(const GpImage& image) {
@@ -140,11 +145,16 @@ struct Compression {
   const Block& rows;
   SIZE_T bytes;
   SIZE_T rowBytes;
-  RowDeflate& rowDeflate;
   BYTE* out;
   SIZE_T room;
 
-  SIZE_T At(int level) const { return Compressor(level).Compress(rows, bytes, out, room); }
+  // All three return the bytes written to out, which has room for the worst case; 0 without memory.
+  SIZE_T At(int level) const {
+    const Kept<libdeflate_compressor> compressor(
+        keptCompressors[level], [level] { return libdeflate_alloc_compressor(level); });
+    if (compressor.Get() == nullptr) return 0;
+    return libdeflate_zlib_compress(compressor.Get(), rows.get(), bytes, out, room);
+  }
 
   // Where rows repeat, that is what there is to find; in diffused greys there is nothing, and a
   // search costs the most.
@@ -155,7 +165,11 @@ struct Compression {
         bytes > RowDeflate::kMostBytes) {
       return At(kFastLevel);
     }
-    const SIZE_T size = rowDeflate.Compress(rows.get(), bytes, repeatBytes, search, out, room);
+    const Kept<RowDeflate> rowDeflate(keptRowDeflate,
+                                      [] { return new (std::nothrow) RowDeflate(); });
+    if (rowDeflate.Get() == nullptr) return 0;
+    const SIZE_T size =
+        rowDeflate.Get()->Compress(rows.get(), bytes, repeatBytes, search, out, room);
     return size != 0 ? size : At(kFastLevel);
   }
 
@@ -204,14 +218,12 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
   const SIZE_T bytes = rowBytes * image.height;
   const SIZE_T room = libdeflate_zlib_compress_bound(nullptr, bytes);
   const Block rows = MakeBlock(bytes);
-  const Block search = MakeBlock(sizeof(RowDeflate));
   const Block file = MakeBlock(sizeof kSignature + 3 * kChunkFrame + kHeaderBytes + room);
-  if (rows == nullptr || search == nullptr || file == nullptr) return OutOfMemory;
+  if (rows == nullptr || file == nullptr) return OutOfMemory;
   LayOut(image, rows.get());
   BYTE* data = PutHeader(image, file.get());
   std::memcpy(data + 4, "IDAT", 4);
-  const Compression compression = {rows,     bytes, rowBytes, *new (search.get()) RowDeflate,
-                                   data + 8, room};
+  const Compression compression = {rows, bytes, rowBytes, data + 8, room};
   const PngSize wanted = SystemState()->pngSize;
   const SIZE_T compressed =
       wanted == PngSize::Small
@@ -228,10 +240,10 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
 
 void ReleasePngCompressors() {
   const std::lock_guard locked(mutex);
-  for (libdeflate_compressor*& compressor : kept) {
-    libdeflate_free_compressor(compressor);
-    compressor = nullptr;
+  for (libdeflate_compressor*& compressor : keptCompressors) {
+    Free(std::exchange(compressor, nullptr));
   }
+  Free(std::exchange(keptRowDeflate, nullptr));
 }
 
 }  // namespace Gdiplus

@@ -52,24 +52,26 @@ void RowDeflate::Remember(INT from, INT to) {
   }
 }
 
-// The longest match of those that are longer; length 0 when there is none.
-RowDeflate::Match RowDeflate::Search(INT place, INT longerThan) const {
+// The longest match of those that are longer; length 0 when there is none. repeated: what
+// RepeatedAt says of the place.
+RowDeflate::Match RowDeflate::Search(INT place, INT repeated, INT longerThan) const {
   const INT most = std::min(DeflateWriter::kMostMatch, m_count - place);
   Match best = {0, 0};
   INT longest = longerThan;
-  const auto take = [&](INT earlier) {
-    const INT length = LengthAt(place, earlier, most);
+  const auto take = [&](INT length, INT distance) {
     if (length <= longest) return;
     longest = length;
-    best = {length, place - earlier};
+    best = {length, distance};
   };
-  if (place >= m_repeatBytes) take(place - m_repeatBytes);
+  take(std::min(repeated, most), m_repeatBytes);
   if (place + kHashedBytes > m_count) return best;
   INT earlier = m_newest[Hash(place)];
   for (INT i = 0; i < m_search.places && earlier >= 0 && place - earlier < kWindow; ++i) {
     if (longest >= std::min(m_search.enough, most)) break;
     // Only where the byte behind the longest one agrees too can a match be longer.
-    if (m_bytes[earlier + longest] == m_bytes[place + longest]) take(earlier);
+    if (m_bytes[earlier + longest] == m_bytes[place + longest]) {
+      take(LengthAt(place, earlier, most), place - earlier);
+    }
     const INT back = m_older[earlier & (kWindow - 1)];
     if (back == 0) break;
     earlier -= back;
@@ -93,12 +95,12 @@ INT RowDeflate::PutRepeated(INT place, INT length) {
 }
 
 // The longest match, or the literals before a longer one that begins a little later.
-INT RowDeflate::PutSearched(INT place) {
-  Match match = Search(place, DeflateWriter::kLeastMatch - 1);
+INT RowDeflate::PutSearched(INT place, INT repeated) {
+  Match match = Search(place, repeated, DeflateWriter::kLeastMatch - 1);
   Remember(place, place + 1);
   while (m_search.looksOneAhead && match.length > 0 && match.length < m_search.enough &&
          place + 1 < m_count) {
-    const Match next = Search(place + 1, match.length);
+    const Match next = Search(place + 1, RepeatedAt(place + 1), match.length);
     if (next.length == 0) break;
     m_writer.PutLiteral(m_bytes[place++]);
     Remember(place, place + 1);
@@ -124,7 +126,7 @@ SIZE_T RowDeflate::Compress(const BYTE* rows, SIZE_T bytes, SIZE_T repeatBytes,
   m_writer.Start(out + 2, room - kZlibFrame);
   for (INT place = 0; place < m_count;) {
     const INT repeated = RepeatedAt(place);
-    place = repeated >= kRepeat ? PutRepeated(place, repeated) : PutSearched(place);
+    place = repeated >= kRepeat ? PutRepeated(place, repeated) : PutSearched(place, repeated);
   }
   const SIZE_T size = m_writer.Finish();
   if (size == 0) return 0;

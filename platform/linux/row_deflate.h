@@ -35,9 +35,9 @@ class RowDeflate {
   INT LengthAt(INT place, INT earlier, INT most) const;
   INT RepeatedAt(INT place) const;
   void Remember(INT from, INT to);
-  Match Search(INT place, INT longerThan) const;
+  Match Search(INT place, INT repeated, INT longerThan) const;
   INT PutRepeated(INT place, INT length);
-  INT PutSearched(INT place);
+  INT PutSearched(INT place, INT repeated);
 
   const BYTE* m_bytes;
   INT m_count;
