@@ -77,15 +77,14 @@ class Explainer {
   }
 
   void ExplainLine(const Line& line, Explanation& it) {
-    it.command = line.form != nullptr ? line.form->name : "passed on";
+    if (line.form == nullptr) {
+      const bool blank = line.verb == Verb::Blank;
+      it.command = blank ? "blank" : "passed on";
+      it.words = blank ? "empty line" : kPassedOn;
+      return;
+    }
+    it.command = line.form->name;
     switch (line.verb) {
-      case Verb::Blank:
-        it.command = "blank";
-        it.words = "empty line";
-        return;
-      case Verb::Passed:
-        it.words = kPassedOn;
-        return;
       case Verb::Broken:
         it.words = "cannot be read: write " + std::string(line.form->syntax);
         return;

@@ -43,7 +43,10 @@ class WatchedFile {
     if (!S_ISREG(status.st_mode)) return Without(path, "it is no regular file");
     if (path == m_path && SameFile(status)) return m_content;
     std::string text;
-    if (!ReadWholeFile(path, text)) return Without(path, std::strerror(errno));
+    if (!ReadWholeFile(path, text)) {
+      if (errno == ENOMEM) throw std::bad_alloc();  // no fault of the file's either
+      return Without(path, std::strerror(errno));
+    }
     m_content = Parsed(path, text);
     m_path = path;
     m_status = status;
@@ -64,6 +67,7 @@ class WatchedFile {
     const std::string complaint = why.empty() ? "" : path + ": " + why;
     if (!why.empty() && complaint != m_complaint) ReportUnusableFile(path, why);
     m_complaint = complaint;
+    m_content = m_missing;
     return m_missing;
   }
   std::shared_ptr<const Content> Parsed(const std::string& path, const std::string& text) {

@@ -184,6 +184,7 @@ bool Machine::Reset() {
   bool done = NewContext(m_device);
   done = done && Succeeds([&] { return m_plugin->ResetPDEV(&old, &m_device); });
   Inside([&] { return m_plugin->DisablePDEV(&old); });
+  if (!done) BandAt(0);  // a context that took nothing over has nothing of the old one
   const auto start = Hook<PFN_DrvStartDoc>(35);
   return done && start != nullptr && Inside([&] { return start(&m_surface, nullptr, 0); });
 }
