@@ -25,10 +25,12 @@ constexpr BYTE kSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr SIZE_T kChunkFrame = 12;  // length, type and check sum
 constexpr SIZE_T kHeaderBytes = 13;
 constexpr SIZE_T kMostChunkBytes = 0x7FFFFFFF;
-constexpr SIZE_T kLittleChange = 250;  // thousandths of an image whose rows repeat
-constexpr SIZE_T kMostChange = 500;    // of one whose rows still do
-constexpr INT kMostCellRows = 16;      // of the screens
-constexpr INT kSampledRow = 5;
+// Thousandths of an image: below the first its rows are not compared further, above the second the
+// search for repeats costs more than it saves.
+constexpr SIZE_T kLittleChange = 250;
+constexpr SIZE_T kMostChange = 500;
+constexpr INT kMostCellRows = 16;  // of the screens
+constexpr INT kSampledRow = 5;     // every fifth row tells enough
 constexpr MatchSearch kUsualSearch = {4, 64, true};
 constexpr MatchSearch kFastSearch = {2, 32, false};
 constexpr int kFastLevel = 1;
