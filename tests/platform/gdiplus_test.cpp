@@ -73,6 +73,32 @@ class GdiPlus : public ::testing::Test {
   std::mt19937 random{11};
 };
 
+// How a test draws: with the corner of a part of the source at (x, y), turned, moved.
+struct Placing {
+  INT turns, x, y, dx, dy;
+};
+
+// What a drawing gives, pixel by pixel.
+void DrawPlainly(const std::vector<DWORD>& source, INT sourceWidth, const Rect& part,
+                 const Placing& placing, std::vector<DWORD>& target, INT targetWidth, bool oneBit) {
+  const INT sourceHeight = static_cast<INT>(source.size()) / sourceWidth;
+  const INT targetHeight = static_cast<INT>(target.size()) / targetWidth;
+  for (INT j = part.Y; j < part.Y + part.Height; ++j) {
+    for (INT i = part.X; i < part.X + part.Width; ++i) {
+      if (i < 0 || j < 0 || i >= sourceWidth || j >= sourceHeight) continue;
+      // The middle of the pixel, in half pixels, turned clockwise and moved.
+      INT u = 2 * (placing.x + i - part.X) + 1, v = 2 * (placing.y + j - part.Y) + 1;
+      for (INT t = 0; t < (placing.turns + 4) % 4; ++t) u = -std::exchange(v, u);
+      const INT tx = (u - 1) / 2 + placing.dx, ty = (v - 1) / 2 + placing.dy;
+      if (tx < 0 || ty < 0 || tx >= targetWidth || ty >= targetHeight) continue;
+      DWORD color = source[j * sourceWidth + i];
+      const DWORD luma = 299 * (color >> 16) + 587 * (color >> 8 & 0xFF) + 114 * (color & 0xFF);
+      if (oneBit) color = luma >= 128000 ? 0xFFFFFF : 0;
+      target[ty * targetWidth + tx] = color;
+    }
+  }
+}
+
 TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
   const PixelFormat formats[] = {PixelFormat24bppRGB, PixelFormat1bppIndexed};
   for (int round = 0; round < 200; ++round) {
@@ -82,50 +108,20 @@ TEST_F(GdiPlus, DrawsPixelForPixelThroughEveryTurn) {
     const auto source = RandomBitmap(number(1, 150), number(1, 90), formats[number(0, 1)]);
     const auto target = RandomBitmap(number(1, 150), number(1, 150), formats[number(0, 1)]);
     const INT sourceWidth = static_cast<INT>(source->GetWidth());
-    const INT sourceHeight = static_cast<INT>(source->GetHeight());
     const INT width = static_cast<INT>(target->GetWidth());
-    const INT height = static_cast<INT>(target->GetHeight());
     const Rect part = {number(-20, 60), number(-20, 60), number(1, 150), number(1, 100)};
     const INT turns = number(-1, 3), x = number(-30, 60), y = number(-30, 60);
     const INT dx = number(-60, 160), dy = number(-60, 160);
 
-    const std::vector<DWORD> pixels = Pixels(*source);
     std::vector<DWORD> expected = Pixels(*target);
-    for (INT j = part.Y; j < part.Y + part.Height; ++j) {
-      for (INT i = part.X; i < part.X + part.Width; ++i) {
-        if (i < 0 || j < 0 || i >= sourceWidth || j >= sourceHeight) continue;
-        // The middle of the pixel, in half pixels, turned clockwise and moved.
-        INT u = 2 * (x + i - part.X) + 1, v = 2 * (y + j - part.Y) + 1;
-        for (INT t = 0; t < (turns + 4) % 4; ++t) u = -std::exchange(v, u);
-        const INT tx = (u - 1) / 2 + dx, ty = (v - 1) / 2 + dy;
-        if (tx < 0 || ty < 0 || tx >= width || ty >= height) continue;
-        DWORD color = pixels[j * sourceWidth + i];
-        if (target->GetPixelFormat() == PixelFormat1bppIndexed) {
-          const DWORD luma = 299 * (color >> 16) + 587 * (color >> 8 & 0xFF) + 114 * (color & 0xFF);
-          color = luma >= 128000 ? 0xFFFFFF : 0;
-        }
-        expected[ty * width + tx] = color;
-      }
-    }
+    DrawPlainly(Pixels(*source), sourceWidth, part, {turns, x, y, dx, dy}, expected, width,
+                target->GetPixelFormat() == PixelFormat1bppIndexed);
     Graphics graphics(target.get());
     graphics.RotateTransform(90.0f * static_cast<float>(turns), MatrixOrderAppend);
     graphics.TranslateTransform(static_cast<float>(dx), static_cast<float>(dy), MatrixOrderAppend);
     graphics.DrawImage(source.get(), x, y, part);
     ASSERT_EQ(graphics.GetLastStatus(), Ok);
     ASSERT_EQ(Pixels(*target), expected) << "round " << round << " turns " << turns;
-  }
-}
-
-// The pixels that a drawing of source on target gives.
-void DrawPlainly(const std::vector<DWORD>& source, INT sourceWidth, std::vector<DWORD>& target,
-                 INT targetWidth, bool turned, INT dx, INT dy) {
-  const INT sourceHeight = static_cast<INT>(source.size()) / sourceWidth;
-  const INT targetHeight = static_cast<INT>(target.size()) / targetWidth;
-  for (INT i = 0; i < sourceWidth * sourceHeight; ++i) {
-    const INT x = i % sourceWidth, y = i / sourceWidth;
-    const INT toX = turned ? dx - 1 - y : dx + x, toY = turned ? dy + x : dy + y;
-    if (toX < 0 || toY < 0 || toX >= targetWidth || toY >= targetHeight) continue;
-    target[toY * targetWidth + toX] = source[i];
   }
 }
 
@@ -171,7 +167,8 @@ TEST_F(GdiPlus, DrawingsThatWaitShowTheirSourceAsItWas) {
         graphics.TranslateTransform(static_cast<float>(dx), static_cast<float>(dy),
                                     MatrixOrderAppend);
         graphics.DrawImage(bitmaps[other].get(), 0, 0);
-        DrawPlainly(expected[other], kWidths[other], expected[at], kWidths[at], turned, dx, dy);
+        DrawPlainly(expected[other], kWidths[other], {0, 0, kWidths[other], kHeights[other]},
+                    {turned, 0, 0, dx, dy}, expected[at], kWidths[at], false);
         break;
       }
       case 5: {  // a dot through a lock
