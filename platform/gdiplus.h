@@ -109,8 +109,8 @@ PLATFORM_API GpStatus WINAPI GdipGetImageWidth(GpImage* image, UINT* width);
 PLATFORM_API GpStatus WINAPI GdipGetImageHeight(GpImage* image, UINT* height);
 PLATFORM_API GpStatus WINAPI GdipGetImagePixelFormat(GpImage* image, PixelFormat* format);
 
-// Gives the bitmap's own pixels, in the bitmap's own format only. rect: null for the whole image,
-// or whole rows of it for reading, one lock at a time. Locked for writing alone, what the pixels
+// Gives the bitmap's own pixels, in the bitmap's own format only. rect must be null (the whole
+// image). Locked for writing alone, what the pixels
 // were is lost: all of them must be written. A 24-bit bitmap can be written as 1-bit rows, for
 // writing alone; it is then black and white. Until its pixels are asked for it is kept so, and can
 // be read as 1-bit rows too. Write and UserInputBuf: the whole image is in the caller's buffer,
@@ -157,6 +157,29 @@ PLATFORM_API GpStatus WINAPI GdipSaveImageToStream(GpImage* image, IStream* stre
                                                    const EncoderParameters* encoderParams);
 
 }  // namespace DllExports
+
+// What a caller wants to know of pixels.
+class PixelReduction {
+ public:
+  // Makes count pixels (blue, green, red) into as many bytes in each of the planes that are read.
+  virtual void Reduce(const BYTE* pixels, INT count, BYTE* const* planes) = 0;
+
+ protected:
+  ~PixelReduction() = default;
+};
+
+// Rows of bytes, one a pixel.
+struct BytePlane {
+  BYTE* first;
+  std::ptrdiff_t strideBytes;
+};
+
+// Reads rows of a 24-bit bitmap as what the reduction makes of them, in one plane or two: the first
+// row of each is the row top. A page that was drawn turned is read so without ever being turned as
+// pixels. The reduction sees each pixel of the rows at least once, in any order.
+PLATFORM_API GpStatus WINAPI PlatformReadPlanes(GpBitmap* bitmap, INT top, INT rows,
+                                                PixelReduction& reduction, const BytePlane* planes,
+                                                INT planeCount);
 
 // What both wrappers share: memory from GDI+ (operator new gives null, not an exception).
 class GdiplusBase {

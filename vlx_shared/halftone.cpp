@@ -46,10 +46,10 @@ Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT ink
     : m_inks(inks), m_toneCurve(ToneCurve(PlatformDotGainPercent())) {
   if (PlatformShouldFail("Halftone")) throw std::bad_alloc();
   const std::size_t rowSize = std::size_t(widthPx) + 2 * kStripMargin;
-  m_levels = std::make_unique_for_overwrite<BYTE[]>(rowSize * kStripRows * inks);
-  std::memset(m_levels.get(), 255, rowSize * kStripRows * inks);
+  m_memory = std::make_unique_for_overwrite<BYTE[]>(rowSize * kRows * inks);
+  std::memset(m_memory.get(), 255, rowSize * kRows * inks);
   for (INT ink = 0; ink < inks; ++ink) {
-    m_strips[ink] = {m_levels.get() + rowSize * kStripRows * ink + kStripMargin,
+    m_levels[ink] = {m_memory.get() + rowSize * kRows * ink + kStripMargin,
                      static_cast<std::ptrdiff_t>(rowSize), widthPx};
   }
   if (IsScreen(ditherer)) {
@@ -62,6 +62,33 @@ Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT ink
   for (INT ink = 0; ink < inks; ++ink) {
     std::int16_t* error = m_states.get() + rowSize * 2 * ink + kStripMargin;
     m_state[ink] = {error, error + rowSize};
+  }
+}
+
+void Halftone::Print(Gdiplus::Bitmap* page, LevelReader& reader,
+                     std::initializer_list<const Pixels*> dots) {
+  if (page == nullptr) throw std::bad_alloc();
+  for (const Pixels* bits : dots) {
+    if (!bits->IsValid()) throw std::bad_alloc();
+  }
+  const RasterKernels& kernels = BestKernels();
+  const INT height = static_cast<INT>(page->GetHeight());
+  for (INT top = 0; top < height; top += kRows) {
+    const INT rows = std::min(kRows, height - top);
+    const Gdiplus::BytePlane planes[2] = {{m_levels[0].origin, m_levels[0].strideBytes},
+                                          {m_levels[1].origin, m_levels[1].strideBytes}};
+    if (Gdiplus::PlatformReadPlanes(page->nativeImage, top, rows, reader, planes, m_inks) !=
+        Gdiplus::Ok) {
+      throw std::bad_alloc();
+    }
+    Dither(rows, reader.TakeHasGrey());
+    INT ink = 0;
+    for (const Pixels* bits : dots) {
+      for (INT y = 0; y < rows; ++y) {
+        kernels.PackLevels(Row(ink, y), m_levels[0].widthPx, bits->Row(top + y));
+      }
+      ++ink;
+    }
   }
 }
 
@@ -83,7 +110,7 @@ void Halftone::ApplyToneCurve(INT rows) {
   for (INT ink = 0; ink < m_inks; ++ink) {
     for (INT row = 0; row < rows; ++row) {
       BYTE* levels = Row(ink, row);
-      for (INT x = 0; x < m_strips[ink].widthPx; ++x) levels[x] = (*m_toneCurve)[levels[x]];
+      for (INT x = 0; x < m_levels[0].widthPx; ++x) levels[x] = (*m_toneCurve)[levels[x]];
     }
   }
 }
@@ -94,24 +121,31 @@ void Halftone::ApplyScreen(INT rows) {
   for (INT row = 0; row < rows; ++row) {
     const BYTE* thresholds = m_screen->Row(m_pageRow + row);
     if (m_inks == 1) {
-      kernels.Screen(Row(0, row), m_strips[0].widthPx, thresholds, period);
+      kernels.Screen(Row(0, row), m_levels[0].widthPx, thresholds, period);
     } else {
-      kernels.ScreenTwo(Row(0, row), Row(1, row), m_strips[0].widthPx, thresholds, period);
+      kernels.ScreenTwo(Row(0, row), Row(1, row), m_levels[0].widthPx, thresholds, period);
     }
   }
 }
 
+LevelStrip Halftone::Strip(INT ink, INT top) const {
+  return {m_levels[ink].Row(top), m_levels[ink].strideBytes, m_levels[ink].widthPx};
+}
+
 void Halftone::ApplyDiffusion(INT rows) {
+  const INT strips = (rows + kStripRows - 1) / kStripRows;
   for (INT ink = 0; ink < m_inks; ++ink) {
-    for (INT row = rows; row < kStripRows; ++row) {  // below the page's end
-      std::memset(Row(ink, row), 255, m_strips[ink].widthPx);
+    for (INT row = rows; row < strips * kStripRows; ++row) {  // below the page's end
+      std::memset(Row(ink, row), 255, m_levels[0].widthPx);
     }
   }
-  m_rule.pageRow = m_pageRow;
-  if (m_inks == 1) {
-    BestKernels().Diffuse(m_strips[0], m_rule, m_state[0]);
-  } else {
-    BestKernels().DiffuseTwo(m_strips[0], m_strips[1], m_rule, m_state[0], m_state[1]);
+  for (INT top = 0; top < rows; top += kStripRows) {
+    m_rule.pageRow = m_pageRow + top;
+    if (m_inks == 1) {
+      BestKernels().Diffuse(Strip(0, top), m_rule, m_state[0]);
+    } else {
+      BestKernels().DiffuseTwo(Strip(0, top), Strip(1, top), m_rule, m_state[0], m_state[1]);
+    }
   }
   m_stateIsClear = false;
 }

@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::int64_t kMostBytes = 0x7FFFFFFF;
 
-// Whole rows of the image.
-bool AreRows(const GpRect& rect, const GpImage& image) {
-  return rect.X == 0 && rect.Width == image.width && rect.Y >= 0 && rect.Height > 0 &&
-         rect.Height <= image.height - rect.Y;
-}
-
 GpStatus LockUserBuffer(const GpImage& image, const GpRect* rect, PixelFormat format,
                         BitmapData* data) {
   if (rect != nullptr || format != image.format || data->Scan0 == nullptr ||
@@ -96,19 +90,16 @@ GpStatus GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags, Pi
   const bool possible = asBits ? !reads || (flags == ImageLockModeRead &&
                                             bitmap->GetContent() == GpImage::Content::Bits)
                                : format == bitmap->format;
-  const bool rowsPossible =
-      rect == nullptr || (flags == ImageLockModeRead && !asBits && AreRows(*rect, *bitmap));
-  if (!possible || !rowsPossible) return InvalidParameter;
+  if (!possible || rect != nullptr) return InvalidParameter;
   if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
-  const GpRect locked = rect == nullptr ? GpRect{0, 0, bitmap->width, bitmap->height} : *rect;
-  const bool drawsRows = rect != nullptr && bitmap->GetContent() == GpImage::Content::Drawing;
-  if (!drawsRows) Prepare(*bitmap, flags, asBits);
-  const PixelRows rows = asBits      ? bitmap->BitRows()
-                         : drawsRows ? bitmap->DrawnRows(locked.Y, locked.Y + locked.Height)
-                                     : bitmap->Rows();
-  *lockedBitmapData = {static_cast<UINT>(locked.Width),    static_cast<UINT>(locked.Height),
-                       static_cast<INT>(rows.strideBytes), format,
-                       rows.Row(drawsRows ? 0 : locked.Y), 0};
+  Prepare(*bitmap, flags, asBits);
+  const PixelRows rows = asBits ? bitmap->BitRows() : bitmap->Rows();
+  *lockedBitmapData = {static_cast<UINT>(bitmap->width),
+                       static_cast<UINT>(bitmap->height),
+                       static_cast<INT>(rows.strideBytes),
+                       format,
+                       rows.first,
+                       0};
   return Ok;
 }
 

@@ -78,12 +78,6 @@ void CopyRows(const Placed& area, bool oneBit) {
   }
 }
 
-void TurnRows(const Placed& area) {
-  const PixelRows source = {area.source.Row(area.top) + 3 * area.left, area.source.strideBytes};
-  TurnClockwise(source, area.width, area.height, area.source.width - area.left,
-                {area.to.first + 3 * area.toLeft, area.to.strideBytes});
-}
-
 void DrawTiles(const Placed& area, const Transform& place, bool oneBit) {
   const Area landed = place.Of({0, 0, area.width, area.height});
   const auto drawTile = [&](INT left, INT top) {
@@ -117,8 +111,6 @@ void DrawRows(const Drawing& drawing, bool oneBit, INT top, INT bottom, const Pi
                        {rows.Row(static_cast<INT>(target.top - top)), rows.strideBytes}};
   if (drawing.place.IsTranslation()) {
     CopyRows(area, oneBit);
-  } else if (drawing.place.IsClockwiseTurn() && !oneBit && !area.source.IsOneBit()) {
-    TurnRows(area);
   } else {
     DrawTiles(area, drawing.place, oneBit);
   }

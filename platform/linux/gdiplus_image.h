@@ -5,7 +5,6 @@
 
 #include "platform/gdiplus.h"
 #include "platform/linux/gdiplus_geometry.h"
-#include "platform/linux/gdiplus_turn.h"
 
 namespace Gdiplus {
 
@@ -39,6 +38,9 @@ class GpImage {
   bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
   Area Bounds() const { return {0, 0, width, height}; }
   Content GetContent() const { return m_content; }
+  // What pixels are that nothing was drawn on, and of Content::Drawing what is to be drawn on them.
+  ARGB Color() const { return m_color; }
+  const Drawing& WaitingDrawing() const { return m_drawing; }
 
   // The rows, for reading what they hold.
   PixelRows Rows() const { return {m_pixels, strideBytes}; }

@@ -1,14 +1,19 @@
-// A quarter turn of 24-bit pixels.
+// A quarter turn of bytes.
 #pragma once
 
 #include "platform/linux/gdiplus_geometry.h"
 
 namespace Gdiplus {
 
-// Turns width x height pixels clockwise: source (x, y) lands at target (height - 1 - y, x). The two
-// must not overlap. readable: pixels of each source row that may be read, width or more. In vectors
-// where the processor has them.
-void TurnClockwise(const PixelRows& source, INT width, INT height, INT readable,
-                   const PixelRows& target);
+// A band of rows that is turned at a time, the first of them the lowest.
+struct TurnBand {
+  static constexpr INT kRows = 16;
+  static constexpr INT kColumns = 128;  // of the rows of a page a second-level cache holds as many
+  alignas(64) BYTE bytes[kRows][kColumns];
+};
+
+// Turns count rows and columns columns of the band clockwise: byte [i][x] goes to place i of the
+// target's row x. In vectors where the processor has them.
+void TurnClockwise(const TurnBand& band, INT count, INT columns, const PixelRows& target);
 
 }  // namespace Gdiplus
