@@ -55,7 +55,7 @@ MODULE_EXPORT HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID rclsid, REFIID r
 }
 
 MODULE_EXPORT HRESULT STDAPICALLTYPE DllCanUnloadNow() {
-  const bool inUse = __atomic_load_n(&g_cObjects, __ATOMIC_SEQ_CST) != 0 ||
-                     __atomic_load_n(&g_cLocks, __ATOMIC_SEQ_CST) != 0;
+  const auto read = [](LONG& count) { return InterlockedCompareExchange(&count, 0, 0); };
+  const bool inUse = read(g_cObjects) != 0 || read(g_cLocks) != 0;
   return inUse ? S_FALSE : S_OK;
 }

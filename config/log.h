@@ -11,14 +11,10 @@ inline constexpr LPCWSTR kRendering = WTEXT("Rendering");
 inline constexpr LPCWSTR kRenderingPaper = WTEXT("Rendering#Paper");
 inline constexpr LPCWSTR kNoCategory = nullptr;
 
-#define VLX_PRINTF __attribute__((format(printf, 2, 3)))
-
-void LogTrace(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
-void LogInfo(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
-void LogWarning(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
-void LogError(LPCWSTR category, const char* format, ...) noexcept VLX_PRINTF;
-
-#undef VLX_PRINTF
+void LogTrace(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
+void LogInfo(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
+void LogWarning(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
+void LogError(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
 
 // Texts as UTF-8, for a %s above: a wide one, and one in the thread's ANSI code page. Null and what
 // cannot be converted give an empty text.

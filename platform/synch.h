@@ -10,6 +10,12 @@ inline LONG InterlockedIncrement(LONG volatile* addend) {
 inline LONG InterlockedDecrement(LONG volatile* addend) {
   return __atomic_sub_fetch(addend, 1, __ATOMIC_SEQ_CST);
 }
+// Returns what stood there; exchange stands there now if that was comparand.
+inline LONG InterlockedCompareExchange(LONG volatile* destination, LONG exchange, LONG comparand) {
+  __atomic_compare_exchange_n(destination, &comparand, exchange, false, __ATOMIC_SEQ_CST,
+                              __ATOMIC_SEQ_CST);
+  return comparand;
+}
 
 // A recursive lock of one process. 40 bytes, as published; the content is the platform's.
 struct CRITICAL_SECTION {

@@ -96,6 +96,9 @@ struct RECTL {
 #define APIENTRY
 #define WINAPI
 #define PLATFORM_API extern "C" __attribute__((visibility("default")))
+// A printf of ours, whose format and first argument stand at these places: calls are checked.
+#define PLATFORM_PRINTF(format_place, argument_place) \
+  __attribute__((format(printf, format_place, argument_place)))
 #define MODULE_EXPORT extern "C" __attribute__((visibility("default")))
 
 inline constexpr HRESULT S_OK = 0;
