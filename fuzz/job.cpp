@@ -26,25 +26,12 @@ void ChangeRecords(Input& input, Machine& machine) {
   }
 }
 
-void RawBand(Input& input, Machine& machine) {
-  BITMAPINFOHEADER header = {40, 0, 0, 1, 24, 0, 0, 0, 0, 0, 0};
-  header.biWidth = input.Take<LONG>();
-  header.biHeight = input.Take<LONG>();
-  header.biSizeImage = input.Take<WORD>();
+void OddBand(Input& input, Machine& machine) {
+  const LONG width = input.Take<LONG>(), height = input.Take<LONG>();
+  const WORD size = input.Take<WORD>();
   machine.bandFormat = input.Take<BYTE>();
   const POINT at = {input.Take<LONG>(), input.Take<LONG>()};
-  const BOOL blank = input.Take<BYTE>() & 1;
-  // The block is as long as the header says; a header that names no size stands for whole rows.
-  const std::int64_t strideBytes = (std::int64_t{header.biWidth} * 24 + 31) / 32 * 4;
-  const bool small =
-      strideBytes > 0 && header.biHeight > 0 && strideBytes < 0x10000 && header.biHeight < 0x10000;
-  const std::int64_t rows = small ? strideBytes * header.biHeight : 0;
-  std::int64_t size = header.biSizeImage;
-  if (size == 0 && rows > 0 && rows < 0x10000) size = rows;
-  const std::string bytes(static_cast<std::size_t>(size), '\x55');
-  const bool null = blank || size == 0;
-  machine.Band(header, null ? nullptr : reinterpret_cast<const BYTE*>(bytes.data()),
-               {sizeof(IPPARAMS), at, nullptr, blank});
+  machine.OddBand(width, height, size, at, input.Take<BYTE>() & 1);
   machine.bandFormat = 5;
 }
 
@@ -76,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t i = 0; i < kMostVerbs && !input.Ended(); ++i) {
       const char verb = input.Take<char>();
       if (verb == 'B' && machine.objectReferences > 0) {
-        RawBand(input, machine);
+        OddBand(input, machine);
       } else {
         machine.Do(verb);
       }

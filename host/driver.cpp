@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "host/driver_helper.h"
 #include "host/error.h"
 #include "host/unicode.h"
 #include "platform/palette.h"
@@ -36,8 +37,7 @@ DEVMODEW PublicDevMode(const PageSettings& page) {
 
 }  // namespace
 
-// The driver's helper interface. Its only working method is the spool write.
-class LabelDriver::Helper final : public IPrintOemDriverUni {
+class LabelDriver::Helper final : public DriverHelper {
  public:
   explicit Helper(LabelDriver& driver) : m_driver(driver) {}
 
@@ -57,20 +57,6 @@ class LabelDriver::Helper final : public IPrintOemDriverUni {
     if (written != nullptr) *written = count;
     return count == size ? S_OK : E_FAIL;
   }
-  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_NOTIMPL; }
-  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
-                        POINTL*, MIX) override {
-    return E_NOTIMPL;
-  }
-  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_NOTIMPL; }
 
  private:
   LabelDriver& m_driver;

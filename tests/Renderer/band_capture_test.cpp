@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/fault.h"
@@ -31,7 +32,13 @@ class BandCapture : public ::testing::Test {
         state, {blank ? nullptr : bytes.data(), &header, format, {x, 0}, blank, orientation});
   }
   static BYTE Pattern(int i) { return static_cast<BYTE>(i % 251); }
-  BYTE At(LONG i) const { return state.pBitmapBuffer[i]; }
+  // The bytes at some places of the page, by their numbers in the pattern; kPaper: white.
+  static constexpr int kPaper = -1;
+  void ExpectBytes(std::initializer_list<std::pair<LONG, int>> bytes) const {
+    for (const auto& [at, number] : bytes) {
+      EXPECT_EQ(state.pBitmapBuffer[at], number == kPaper ? 0xFF : Pattern(number)) << at;
+    }
+  }
 
   static bool FailAllocation(const char* call, void* left) {
     const bool allocates =
@@ -65,9 +72,8 @@ TEST_F(BandCapture, PortraitBandsAreAppended) {
   const BITMAPINFOHEADER page = {40, 100, 21, 1, 24, 3, 6300, 11, 12, 13, 14};
   EXPECT_EQ(std::memcmp(&state.bmiPage, &page, sizeof page), 0);
   EXPECT_EQ(state.dwBitmapBufferSize, 6300u);
-  EXPECT_EQ(At(2999), Pattern(2999));
-  EXPECT_EQ(At(3000), Pattern(77));
-  for (LONG i = 6000; i < 6300; ++i) ASSERT_EQ(At(i), 0xFF);
+  ExpectBytes({{2999, 2999}, {3000, 77}});
+  EXPECT_EQ(std::count(state.pBitmapBuffer + 6000, state.pBitmapBuffer + 6300, 0xFF), 300);
 }
 
 TEST_F(BandCapture, LandscapeStripsLieBesideEachOther) {
@@ -78,13 +84,13 @@ TEST_F(BandCapture, LandscapeStripsLieBesideEachOther) {
             std::tuple(600, 50, 0u));
   EXPECT_TRUE(SendBand(200, 200, 50, 7));
   for (const LONG row : {0, 49}) {
-    EXPECT_EQ(At(row * 1800 + 599), 0xFF);
-    EXPECT_EQ(At(row * 1800 + 600), Pattern(7 + row * 600));
-    EXPECT_EQ(At(row * 1800 + 1199), Pattern(7 + row * 600 + 599));
-    EXPECT_EQ(At(row * 1800 + 1200), Pattern(row * 600));
+    ExpectBytes({{row * 1800 + 599, kPaper},
+                 {row * 1800 + 600, 7 + row * 600},
+                 {row * 1800 + 1199, 7 + row * 600 + 599},
+                 {row * 1800 + 1200, row * 600}});
   }
   EXPECT_TRUE(SendBand(200, 200, 50, 0, true));
-  EXPECT_EQ(At(600), 0xFF);
+  ExpectBytes({{600, kPaper}});
 }
 
 TEST_F(BandCapture, OverhangingStripsAreCutToThePage) {
@@ -92,42 +98,29 @@ TEST_F(BandCapture, OverhangingStripsAreCutToThePage) {
   EXPECT_TRUE(SendBand(8, 5, 3));  // rows of 16 bytes at byte 24 of 40: the padding just fits
   EXPECT_EQ(state.dwBitmapBufferSize, 3u * 40);
   EXPECT_TRUE(SendBand(-2, 4, 3, 50));  // begins 6 bytes into each row
-  EXPECT_EQ(At(0), Pattern(56));
-  EXPECT_EQ(At(5), Pattern(61));
-  EXPECT_EQ(At(6), 0xFF);
-  EXPECT_EQ(At(40), Pattern(68));
+  ExpectBytes({{0, 56}, {5, 61}, {6, kPaper}, {40, 68}});
   EXPECT_TRUE(SendBand(12, 4, 9, 100));  // one column and three rows are on the page
-  EXPECT_EQ(At(36), Pattern(100));
-  EXPECT_EQ(At(39), Pattern(103));
-  EXPECT_EQ(At(2 * 40 + 36), Pattern(124));
-  EXPECT_EQ(At(40), Pattern(68));
+  ExpectBytes({{36, 100}, {39, 103}, {2 * 40 + 36, 124}, {40, 68}});
   for (const LONG x : {14, 2000000000, -4, -2000000000}) {
     EXPECT_TRUE(SendBand(x, 4, 3, 200));
     EXPECT_TRUE(SendBand(x, 4, 3, 0, true));
   }
   EXPECT_TRUE(SendSized(0, 4, 0, 12, 200));  // without a row
   EXPECT_TRUE(SendSized(0, 4, -1, 12, 200));
-  EXPECT_EQ(At(0), Pattern(56));
-  EXPECT_EQ(At(39), Pattern(103));
+  ExpectBytes({{0, 56}, {39, 103}});
 }
 
 TEST_F(BandCapture, StripsGiveNoMoreThanTheyHave) {
   orientation = DMORIENT_LANDSCAPE;
   EXPECT_TRUE(SendBand(0, 4, 3, 0, true));
   EXPECT_TRUE(SendSized(0, 4, 3, 12 + 1, 100));  // a row and a byte
-  EXPECT_EQ(At(11), Pattern(111));
-  EXPECT_EQ(At(12), Pattern(112));
-  EXPECT_EQ(At(13), 0xFF);
-  EXPECT_EQ(At(24), 0xFF);
+  ExpectBytes({{11, 111}, {12, 112}, {13, kPaper}, {24, kPaper}});
   EXPECT_TRUE(SendSized(0, 4, 3, 0, 50));  // no size: all of its rows
-  EXPECT_EQ(At(0), Pattern(50));
-  EXPECT_EQ(At(35), Pattern(85));
+  ExpectBytes({{0, 50}, {35, 85}});
   EXPECT_TRUE(SendBand(0, 4, 1, 0, true));  // a blank row over the first
-  EXPECT_EQ(At(11), 0xFF);
-  EXPECT_EQ(At(12), Pattern(62));
+  ExpectBytes({{11, kPaper}, {12, 62}});
   EXPECT_TRUE(SendBand(-1, 1, 1, 30));  // only its padding is on the page
-  EXPECT_EQ(At(0), Pattern(33));
-  EXPECT_EQ(At(1), 0xFF);
+  ExpectBytes({{0, 33}, {1, kPaper}});
 }
 
 TEST_F(BandCapture, SmallestPagesAndBandsCount) {
@@ -135,12 +128,12 @@ TEST_F(BandCapture, SmallestPagesAndBandsCount) {
   EXPECT_EQ(state.dwBitmapBufferSize, 0u);
   EXPECT_TRUE(SendSized(0, 1, 1, 1, 9));
   EXPECT_EQ(state.dwBitmapBufferSize, 1u);
-  EXPECT_EQ(At(0), Pattern(9));
+  ExpectBytes({{0, 9}});
   state.ResetPage();
   orientation = DMORIENT_LANDSCAPE;
   EXPECT_TRUE(SendBand(0, 1, 1, 5));
   EXPECT_EQ(state.dwBitmapBufferSize, 4u);
-  EXPECT_EQ(At(0), Pattern(5));
+  ExpectBytes({{0, 5}});
 }
 
 TEST_F(BandCapture, PageOfNoSizeIsRefused) {
@@ -173,7 +166,7 @@ TEST_F(BandCapture, StripsHaveNoPlaceOnAPageWithoutWidth) {
     EXPECT_TRUE(SendSized(0, width, 1, 4, 0, true));
     orientation = DMORIENT_LANDSCAPE;
     EXPECT_TRUE(SendBand(0, 4, 1));
-    EXPECT_EQ(At(0), 0xFF);
+    ExpectBytes({{0, kPaper}});
     state.ResetPage();
   }
 }
@@ -254,9 +247,7 @@ TEST_F(BandCapture, CopiedStatesShareThePageUntilOneGrows) {
   older.reset();
   EXPECT_EQ(newest.pBitmapBuffer[0], Pattern(0));  // the last holder
   EXPECT_TRUE(SendBand(0, 100, 200, 5));
-  EXPECT_EQ(At(59999), Pattern(59999));
-  EXPECT_EQ(At(60000), Pattern(77));
-  EXPECT_EQ(At(120000), Pattern(5));
+  ExpectBytes({{59999, 59999}, {60000, 77}, {120000, 5}});
 }
 
 }  // namespace

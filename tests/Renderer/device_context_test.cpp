@@ -69,9 +69,7 @@ class DeviceContext : public ::testing::Test {
             state.gdiPhysSizeCx, state.gdiPhysSizeCy, state.gdiPhysOffsetX, state.gdiPhysOffsetY};
   }
   void SetMargins() {
-    device.devmode.dwUnprintableLeft = 2000;
-    device.devmode.dwUnprintableRight = 1000;
-    device.devmode.dwUnprintableBottom = 500;
+    device.Set("dwUnprintableLeft=2000 dwUnprintableRight=1000 dwUnprintableBottom=500");
   }
   // The lines about paper, without the prefix that all but one of them have.
   std::vector<std::string> PaperLines() const {
@@ -86,14 +84,6 @@ class DeviceContext : public ::testing::Test {
     }
     return lines;
   }
-  void WriteStocks(const std::string& stocks) {
-    home.WriteFile("registry.reg",
-                   "Windows Registry Editor Version 5.00\n\n"
-                   "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\VLXLabel\\"
-                   "LabelPrinter\\Stocks\\A]\n" +
-                       stocks);
-  }
-
   LoggedHome home;
   Device device;
   GDIINFO info = {};
@@ -133,8 +123,11 @@ TEST_F(DeviceContext, LandscapeTurnsPaperAndMargins) {
 }
 
 TEST_F(DeviceContext, SelectedStockGivesTheMargins) {
-  WriteStocks(
-      "\"DisplayName\"=\"Gl\xC3\xA4nzend\"\n\"Id\"=\"{00000001-0002-0003-0405-060708090a0b}\"\n"
+  home.WriteFile(
+      "registry.reg",
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Veltrix Printer "
+      "Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks\\A]\n\"DisplayName\"=\"Gl\xC3\xA4nzend\"\n\"Id\"="
+      "\"{00000001-0002-0003-0405-060708090a0b}\"\n"
       "\"UnprintableLeft\"=dword:00001388\n");
   device.devmode.guidSelectedStock = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
   EXPECT_EQ(Enable()->gdiPhysOffsetX, 59);

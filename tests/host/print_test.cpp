@@ -1,12 +1,3 @@
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/socket.h>
-
-#include <chrono>
-#include <thread>
-#include <utility>
-
 #include "tests/host/vlx_process.h"
 
 namespace {
@@ -98,7 +89,6 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
       {"{}page.pgm -o {}a.job --printer Nobody", 4},
       {"{}page.pgm -o {}a.job --set devmode.dwSensorType=9 --paper 12x7mm --dpi 203", 4},
       {"{}page.pgm -o {}nowhere/a.job --paper 12x7mm --dpi 203", 5},
-      {"{}page.pgm -o {}a.job --to tcp://127.0.0.1:1", 5},
   };
   for (const auto& [arguments, code] : rows) {
     EXPECT_EQ(Run(arguments), code) << arguments << ": " << Read("err.txt");
@@ -139,78 +129,6 @@ TEST_F(Print, PipeStaysAPipe) {
   EXPECT_EQ(Run("{}page.pgm -o {}link --copies 5" + paper), 0);
   EXPECT_TRUE(std::filesystem::is_symlink(home.Path("link")));
   EXPECT_NE(Job("a.job").find("\r\nA5\r\n"), std::string::npos);
-}
-
-// A network printer on loopback that takes one job, or hangs up after some bytes, after none when
-// all of the job is there. With keepsOpen it leaves its side open after the job.
-class NetworkPrinter {
- public:
-  explicit NetworkPrinter(std::size_t most, bool keepsOpen = false)
-      : m_listener(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    bind(m_listener, reinterpret_cast<sockaddr*>(&address), size);
-    listen(m_listener, 1);
-    getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
-    port = ntohs(address.sin_port);
-    m_thread = std::thread([this, most, keepsOpen] {
-      m_connection = accept(m_listener, nullptr, nullptr);
-      pollfd jobEnd = {m_connection, POLLRDHUP, 0};
-      if (most == 0) poll(&jobEnd, 1, 10000);
-      char bytes[4096];
-      while (job.size() < most) {
-        const ssize_t count = recv(m_connection, bytes, sizeof bytes, 0);
-        if (count <= 0) break;
-        job.append(bytes, static_cast<std::size_t>(count));
-      }
-      const linger reset = {1, 0};
-      if (job.size() >= most) setsockopt(m_connection, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
-      if (!keepsOpen) close(std::exchange(m_connection, -1));
-    });
-  }
-  ~NetworkPrinter() {
-    Join();
-    close(m_listener);
-    close(m_connection);
-  }
-  void Join() {
-    shutdown(m_listener, SHUT_RDWR);  // nobody waits for a client that never came
-    if (m_thread.joinable()) m_thread.join();
-  }
-
-  int port = 0;
-  std::string job;
-
- private:
-  int m_listener;
-  int m_connection = -1;
-  std::thread m_thread;
-};
-
-TEST_F(Print, NetworkPrinterGetsTheSameJobAndItsHangUpIsReported) {
-  std::string pages;
-  for (int i = 0; i < 300; ++i) pages += Read("page.pgm");
-  home.WriteFile("many.pgm", pages);
-  const auto print = [this](NetworkPrinter& printer, const std::string& file) {
-    const std::string port = std::to_string(printer.port);
-    return Run("{}" + file + " -o {}a.job --to tcp://127.0.0.1:" + port + paper);
-  };
-  NetworkPrinter hangsUp(1), readsNothing(0);
-  EXPECT_EQ(print(hangsUp, "many.pgm"), 7);
-  EXPECT_NE(Read("err.txt").find("a part of the job only"), std::string::npos);
-  EXPECT_EQ(print(readsNothing, "page.pgm"), 7);
-  EXPECT_NE(Read("err.txt").find("before it had taken all of the job"), std::string::npos);
-  EXPECT_FALSE(std::filesystem::exists(home.Path("a.job")));
-  constexpr std::size_t kAll = std::size_t{1} << 30;
-  NetworkPrinter printer(kAll), keepsOpen(kAll, true);
-  ASSERT_EQ(print(printer, "many.pgm"), 0);
-  printer.Join();
-  EXPECT_EQ(printer.job, Read("a.job"));
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(print(keepsOpen, "page.pgm"), 0) << Read("err.txt");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
 }
 
 }  // namespace

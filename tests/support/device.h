@@ -2,16 +2,11 @@
 // that keeps every write.
 #pragma once
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "config/device_state.h"
-#include "config/oemdev_fields.h"
+#include "tests/support/record.h"
 
 class Device {
  public:
@@ -34,25 +29,9 @@ class Device {
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
 
-  // Sets fields of the private devmode by their names: "dwOptionE=1 szModelCode=K7".
-  void Set(const std::string& fields) {
-    std::istringstream words(fields);
-    for (std::string name, value; std::getline(words >> std::ws, name, '=') && words >> value;) {
-      const auto all = OemDevFields();
-      const auto field = std::find_if(all.begin(), all.end(),
-                                      [&](const OemDevField& known) { return known.name == name; });
-      if (field == all.end()) throw std::invalid_argument(name);
-      const auto number = static_cast<DWORD>(std::strtoll(value.c_str(), nullptr, 10));
-      const void* bytes =
-          field->kind == OemDevKind::Text ? value.c_str() : static_cast<const void*>(&number);
-      std::memcpy(reinterpret_cast<BYTE*>(&devmode) + field->offset, bytes,
-                  field->kind == OemDevKind::Text ? value.size() + 1 : field->size);
-    }
-  }
-  void SetBlock(int k, WORD kind, const std::string& text) {
-    (&devmode.wCustomType0)[k] = kind;
-    text.copy(devmode.szCustomText0 + k * kCustomTextSize, kCustomTextSize - 1);
-  }
+  // As SetFields and SetBlock do.
+  void Set(const std::string& fields) { SetFields(devmode, fields); }
+  void SetBlock(int k, WORD kind, const std::string& text) { ::SetBlock(devmode, k, kind, text); }
   std::string Stream() const {
     std::string all;
     for (const std::string& write : writes) all += write;

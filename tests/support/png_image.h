@@ -1,4 +1,5 @@
-// A PNG file as decoded by libpng: shape from its header, pixels as grey levels.
+// A PNG file as decoded by libpng: shape from its header, pixels as colours and, of their red, as
+// grey levels.
 #pragma once
 
 #include <png.h>
@@ -26,13 +27,11 @@ inline PngImage DecodePng(const std::string& bytes) {
   if (bytes.size() < 26 || !png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) {
     return decoded;
   }
-  image.format = PNG_FORMAT_GRAY;
-  decoded.grey.resize(PNG_IMAGE_SIZE(image));
-  if (!png_image_finish_read(&image, nullptr, decoded.grey.data(), 0, nullptr)) return decoded;
-  if (!png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) return decoded;
   image.format = PNG_FORMAT_RGB;
   decoded.color.resize(PNG_IMAGE_SIZE(image));
   if (!png_image_finish_read(&image, nullptr, decoded.color.data(), 0, nullptr)) return decoded;
+  for (std::size_t i = 0; i < decoded.color.size(); i += 3)
+    decoded.grey.push_back(decoded.color[i]);
   decoded.width = image.width;
   decoded.height = image.height;
   decoded.bitDepth = bytes[24];

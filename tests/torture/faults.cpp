@@ -74,6 +74,11 @@ bool HasFailed() { return failed; }
 const std::set<std::string>& Failed() { return Names(); }
 void ForgetFailed() { Names().clear(); }
 
+std::string Leak(long before) {
+  const long blocks = LiveBlocks() - before;
+  return blocks == 0 ? "" : std::to_string(blocks) + " blocks leak";
+}
+
 #ifdef SANITIZED
 
 // The sanitizer keeps the heap; what can fail is the language's own request for memory.
@@ -111,10 +116,8 @@ std::atomic<long> liveBytes{0};
 std::atomic<long> liveBlocks{0};
 
 void Count(void* block, int sign) {
-  if (block == nullptr) return;
-  liveBytes.fetch_add(sign * static_cast<long>(malloc_usable_size(block)),
-                      std::memory_order_relaxed);
-  liveBlocks.fetch_add(sign, std::memory_order_relaxed);
+  liveBlocks += block == nullptr ? 0 : sign;
+  liveBytes += sign * static_cast<long>(malloc_usable_size(block));
 }
 void* Counted(void* block) {
   Count(block, 1);
@@ -128,8 +131,8 @@ bool OutOfMemory(std::size_t bytes) {
 
 }  // namespace
 
-long LiveBytes() { return liveBytes.load(); }
-long LiveBlocks() { return liveBlocks.load(); }
+long LiveBytes() { return liveBytes; }
+long LiveBlocks() { return liveBlocks; }
 
 extern "C" {
 void* __libc_malloc(std::size_t);

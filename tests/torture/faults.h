@@ -30,3 +30,5 @@ void ForgetFailed();
 // What this process has from the heap: bytes, and blocks (under a sanitizer bytes too).
 long LiveBytes();
 long LiveBlocks();
+// Says how many more blocks there are than before; empty when there are as many.
+std::string Leak(long before);

@@ -95,9 +95,7 @@ class FaultRun {
       const bool failed = FailAt(n, onwards);
       ForgetFailed();
       if (!failed) break;
-      if (LiveBlocks() != before) {
-        m_report.Find(std::to_string(LiveBlocks() - before) + " blocks leak");
-      }
+      m_report.Find(Leak(before));
       const Outcome next = Run(m_scenario, m_home);
       if (next != m_good) m_report.Find("the next job: " + Difference(m_good, next));
     }
@@ -174,18 +172,22 @@ class FaultRun {
   Outcome m_good;
 };
 
-}  // namespace
-
-template <Domain domain>
-void FailEach(Report& report, const TempHome& home, int share) {
+void FailEach(Domain domain, Report& report, const TempHome& home, int share) {
   for (const Scenario& scenario : Scenarios()) {
     FaultRun run(report, home, scenario, domain);
     run.FailFrom(share, false);
     run.FailFrom(share, true);
   }
 }
-template void FailEach<Domain::Calls>(Report&, const TempHome&, int);
-template void FailEach<Domain::Memory>(Report&, const TempHome&, int);
+
+}  // namespace
+
+void FailEachCall(Report& report, const TempHome& home, int share) {
+  FailEach(Domain::Calls, report, home, share);
+}
+void FailEachRequest(Report& report, const TempHome& home, int share) {
+  FailEach(Domain::Memory, report, home, share);
+}
 
 // The spooler's answer is never looked at: the plug-in offers the same writes, byte for byte.
 void FailEachWrite(Report& report, const TempHome& home, int) {

@@ -140,27 +140,19 @@ Row Pick(std::mt19937& random, std::initializer_list<Row> rows) {
   return rows.begin()[random() % rows.size()];
 }
 
-// One band whose header, offset and size have nothing to do with each other.
 void HostileBand(Machine& machine, std::mt19937& random) {
-  BITMAPINFOHEADER header = {40, 0, 0, 1, 24, 0, 0, 0, 0, 0, 0};
-  header.biWidth = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 24, 60, 300, 1 << 11, INT32_MAX});
-  header.biHeight = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 8, 60, 200, INT32_MAX});
-  const bool small = std::max(header.biWidth, header.biHeight) <= 1 << 13 &&
-                     std::min(header.biWidth, header.biHeight) >= 0;
-  const std::int64_t fitting = small ? std::int64_t{header.biWidth} * 3 * header.biHeight : -1;
-  const DWORD size = Pick<DWORD>(random, {0, 1, 3, 4, 72, 4096, static_cast<DWORD>(fitting)});
-  const bool blank = random() % 4 == 0;
-  header.biSizeImage = blank || size < 100000 ? size : 4096;
+  const LONG width = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 24, 60, 300, 1 << 11, INT32_MAX});
+  const LONG height = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 8, 60, 200, INT32_MAX});
+  const bool small = std::max(width, height) <= 1 << 13 && std::min(width, height) >= 0;
+  const DWORD fitting = small ? static_cast<DWORD>(3 * width * height) : 0xFFFFFFFF;
+  const DWORD size = Pick<DWORD>(random, {0, 1, 3, 4, 72, 4096, fitting});
+  const bool blank = random() % 4 == 0, null = random() % 8 == 0;
   const auto offset = [&] {
     return Pick<LONG>(random, {INT32_MIN, -60, -5, 0, 3, 1 << 11, INT32_MAX});
   };
-  const IPPARAMS parameters = {sizeof parameters, {offset(), offset()}, nullptr, blank};
-  std::vector<BYTE> bytes(blank ? 0 : header.biSizeImage, 0x55);
-  // A header that names no size stands for whole rows.
-  if (header.biSizeImage == 0 && fitting >= 0 && fitting < 100000) bytes.resize(fitting + 4096);
-  const bool null = blank || random() % 8 == 0 || bytes.empty();
   machine.bandFormat = random() % 7;
-  machine.Band(header, null ? nullptr : bytes.data(), parameters);
+  machine.OddBand(width, height, blank || size < 100000 ? size : 4096, {offset(), offset()}, blank,
+                  null);
 }
 
 void HostileBands(Report& report, Victim& victim, long count) {
@@ -209,26 +201,27 @@ void HostilePages(Report& report, const TempHome&, int share) {
 
 void HostileFiles(Report& report, const TempHome& home, int share) {
   Victim victim(report);
-  constexpr const char* kStocks =
-      "[HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks";
-  const std::string head = "Windows Registry Editor Version 5.00\n\n" + std::string(kStocks);
-  const std::string good = head + "\\One]\n\"DisplayName\"=\"Eins\"\n\"UnprintableLeft\"=dword:1\n";
-  std::vector<std::string> files = {"", "\xFF\xFE", "\xFF\xFE\x57", head, head + "\\One]\n\"Id\""};
-  for (const char* value : {"hex(1):41", "hex(1):41,00,42", "hex(1):", "hex:01,02,03", "dword:1",
-                            "hex(ffffffff):00", "\"{0}\"", "\"\""}) {
-    files.push_back(head + "\\One]\n");
-    for (const char* name : {"DisplayName", "Id", "UnprintableLeft", "UnprintableTop"}) {
-      files.back() += "\"" + std::string(name) + "\"=" + value + "\n";
+  const std::string title = "Windows Registry Editor Version 5.00\n\n",
+                    stocks =
+                        "[HKEY_CURRENT_USER\\Software\\Veltrix Printer "
+                        "Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks";
+  const std::string one = title + stocks + "\\One]\n";
+  std::vector<std::string> files = {
+      "\xFF\xFE", "\xFF\xFE\x57", title + stocks + std::string(20000, '\\') + "]\n",
+      title + stocks + "\\" + std::string(70000, 'n') + "]\n\"Id\"=\"x\"\n",
+      one + "\"DisplayName\"=\"" + std::string(70000, 'x') + "\"\n"};
+  for (const std::string value : {"hex(1):41", "hex(1):41,00,42", "hex(1):", "hex:01,02,03",
+                                  "dword:1", "hex(ffffffff):00", "\"{0}\"", "\"\""}) {
+    files.push_back(one);
+    for (const std::string name : {"DisplayName", "Id", "UnprintableLeft", "UnprintableTop"}) {
+      files.back() += "\"" + name + "\"=" + value + "\n";
     }
   }
-  files.push_back(head + "\\One]\n\"DisplayName\"=\"" + std::string(70000, 'x') + "\"\n");
-  files.push_back(head + "\\" + std::string(70000, 'n') + "]\n\"Id\"=\"x\"\n");
-  files.push_back(head + std::string(20000, '\\') + "]\n");
-  for (std::size_t length = 0; length < good.size(); ++length)
-    files.push_back(good.substr(0, length));
-  files.push_back("Windows Registry Editor Version 5.00\n");
+  const std::string good = one + "\"DisplayName\"=\"Eins\"\n\"UnprintableLeft\"=dword:1\n";
+  for (std::size_t end = 0; end < good.size(); ++end) files.push_back(good.substr(0, end));
+  files.push_back(title);
   for (int i = 0; i < 1000 * share; ++i) {
-    files.back() += kStocks + ("\\" + std::to_string(i)) + "]\n\"UnprintableLeft\"=dword:1\n";
+    files.back() += stocks + "\\" + std::to_string(i) + "]\n\"UnprintableLeft\"=dword:1\n";
   }
   for (std::size_t i = 0; i < files.size(); ++i) {
     report.Try("registry file " + std::to_string(i));

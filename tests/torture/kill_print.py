@@ -4,6 +4,7 @@ stands under a job's name is a whole job or nothing."""
 import os
 import random
 import re
+import select
 import socket
 import subprocess
 import sys
@@ -67,13 +68,11 @@ def kill_at_any_moment(folder):
     return report("kills", COUNT)
 
 
-class Peer:
-    """A network printer on loopback that answers a connection in its own way."""
-
-    def __init__(self, answer):
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.address = "tcp://127.0.0.1:%d" % self.listener.getsockname()[1]
-        threading.Thread(target=lambda: answer(self.listener.accept()[0]), daemon=True).start()
+def peer(answer):
+    """The address of a network printer on loopback that answers a connection in its own way."""
+    listener = socket.create_server(("127.0.0.1", 0))
+    threading.Thread(target=lambda: answer(listener.accept()[0]), daemon=True).start()
+    return "tcp://127.0.0.1:%d" % listener.getsockname()[1]
 
 
 def hang_up(connection):
@@ -82,9 +81,36 @@ def hang_up(connection):
     connection.close()
 
 
+def ignore(connection):
+    """Takes nothing of a job that is there whole."""
+    job_end = select.poll()
+    job_end.register(connection, select.POLLRDHUP)
+    job_end.poll(10000)
+    hang_up(connection)
+
+
 def stall(connection):
     time.sleep(120)
     connection.close()
+
+
+def printer_that_leaves_its_side_open(pages_file, job):
+    taken, ended = [], []
+
+    def take(connection):
+        while piece := connection.recv(65536):
+            taken.append(piece)
+        ended.append(time.monotonic())
+        stall(connection)
+
+    process = printed(pages_file, "-o", job, "--to", peer(take))
+    error = process.communicate()[1]
+    if process.returncode != 0 or time.monotonic() - ended[0] > 8:
+        wrong.append(f"a printer that leaves its side open: {error}")
+    with open(job, "rb") as file:
+        if b"".join(taken) != file.read():
+            wrong.append("what the network printer took is not the job")
+    os.remove(job)
 
 
 def failing_targets(folder, stalled):
@@ -92,21 +118,26 @@ def failing_targets(folder, stalled):
     pages(page, 1)
     pages(many, 2000 if stalled else 200)
     job = os.path.join(folder, "b.job")
+    printer_that_leaves_its_side_open(many, job)
     closed_end, open_end = os.pipe()
     os.close(closed_end)
-    full = open("/dev/full", "wb")
-    tried = [("a full disk", (page, "-o", "/dev/full"), {}, 5, "No space"),
-             ("a full disk behind a pipe", (page, "-o", "-"), {"stdout": full}, 5, "No space"),
-             ("a closed pipe", (many, "-o", "-"), {"stdout": open_end}, 5, "standard output"),
-             ("a folder", (page, "-o", folder), {}, 5, "irectory"),
-             ("nobody there", (page, "-o", job, "--to", "tcp://127.0.0.1:1"), {}, 5, "not answer"),
-             ("a peer that hangs up", (many, "-o", job, "--to", Peer(hang_up).address), {}, 7,
-              "a part of the job")]
+    partly = "a part of the job only"
+    tried = [("a full disk", page, "/dev/full", 5, "No space"),
+             ("a full disk behind a pipe", page, open("/dev/full", "wb"), 5, "No space"),
+             ("a closed pipe", many, open_end, 5, "standard output"),
+             ("a folder", page, folder, 5, "irectory"),
+             ("nobody there", page, "tcp://127.0.0.1:1", 5, "not answer"),
+             ("a peer that hangs up", many, peer(hang_up), 7, partly),
+             ("a peer that takes nothing", page, peer(ignore), 7, "before it had taken all of the job")]
     if stalled:
-        tried.append(("a peer that stalls", (many, "-o", job, "--to", Peer(stall).address), {}, 7,
-                      "a part of the job"))
-    for what, arguments, options, code, text in tried:
-        process = printed(*arguments, **options)
+        tried.append(("a peer that stalls", many, peer(stall), 7, partly))
+    for what, file, target, code, text in tried:
+        if not isinstance(target, str):
+            process = printed(file, "-o", "-", stdout=target)
+        elif target.startswith("tcp:"):
+            process = printed(file, "-o", job, "--to", target)
+        else:
+            process = printed(file, "-o", target)
         error = process.communicate()[1].decode()
         if process.returncode != code or text not in error:
             wrong.append(f"{what}: exit code {process.returncode}, not {code}: {error}")

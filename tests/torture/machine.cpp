@@ -3,11 +3,14 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/driver_helper.h"
 #include "platform/palette.h"
 #include "platform/spooler.h"
+#include "tests/support/record.h"
 #include "tests/torture/faults.h"
 
 namespace {
@@ -37,7 +40,7 @@ DWORD PixelOf(char picture, LONG x, LONG y) {
 }  // namespace
 
 // The driver's helper interface; counts what the plug-in holds.
-struct Machine::Helper final : IPrintOemDriverUni {
+struct Machine::Helper final : DriverHelper {
   explicit Helper(Machine& owner) : machine(owner) {}
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     *ppv = nullptr;
@@ -48,24 +51,10 @@ struct Machine::Helper final : IPrintOemDriverUni {
   }
   ULONG AddRef() override { return static_cast<ULONG>(++machine.helperReferences); }
   ULONG Release() override { return static_cast<ULONG>(--machine.helperReferences); }
-  HRESULT DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
   HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
     *written = machine.Write(bytes, size);
     return S_OK;
   }
-  HRESULT DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override { return E_NOTIMPL; }
-  HRESULT DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*, BRUSHOBJ*, BRUSHOBJ*,
-                        POINTL*, MIX) override {
-    return E_NOTIMPL;
-  }
-  HRESULT DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override { return E_NOTIMPL; }
 
   Machine& machine;
 };
@@ -93,11 +82,8 @@ Machine::Machine()
     : devmode(std::make_unique<OEMDEV>()), m_helper(std::make_unique<Helper>(*this)) {
   *devmode = {};
   devmode->header = {sizeof(OEMDEV), kOemDevSignature, kOemDevVersion};
-  devmode->dwColorMode = 1;
-  devmode->dwSpeed = 100;
-  devmode->crHighlightColor = 0xFF;
-  devmode->nColorTolerance = 25;
-  devmode->wDitherer = 1;
+  SetFields(*devmode,
+            "dwColorMode=1 dwSpeed=100 crHighlightColor=255 nColorTolerance=25 wDitherer=1");
   publicDevmode.dmOrientation = DMORIENT_PORTRAIT;
   publicDevmode.dmPaperWidth = 500;
   publicDevmode.dmPaperLength = 300;
@@ -113,6 +99,7 @@ Machine::Machine()
 
 Machine::~Machine() {
   Do('D');
+  if (driverStarts > 0) Do('O');  // of an object that went before its driver's end
   while (driverStarts > 0 && m_plugin != nullptr) Do('v');
   while (m_plugin != nullptr) Do('o');
   while (locks > 0) Do('U');
@@ -189,16 +176,23 @@ bool Machine::Reset() {
   return done && start != nullptr && Inside([&] { return start(&m_surface, nullptr, 0); });
 }
 
-HRESULT Machine::Band(const BITMAPINFOHEADER& header, const BYTE* pixels,
-                      const IPPARAMS& parameters) {
-  BITMAPINFOHEADER ownHeader = header;
-  IPPARAMS ownParameters = parameters;
+HRESULT Machine::Band(BITMAPINFOHEADER header, POINT at, const BYTE* pixels, bool blank) {
+  IPPARAMS parameters = {sizeof parameters, at, nullptr, blank};
   PBYTE result = nullptr;
   const HRESULT done = Inside([&] {
-    return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(pixels), &ownHeader, nullptr,
-                                     bandFormat, &ownParameters, &result);
+    return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(pixels), &header, nullptr,
+                                     bandFormat, &parameters, &result);
   });
   return done == S_OK && result != reinterpret_cast<PBYTE>(1) ? E_FAIL : done;
+}
+
+void Machine::OddBand(LONG width, LONG height, DWORD size, POINT at, bool blank, bool null) {
+  const std::int64_t strideBytes = (std::int64_t{width} * 24 + 31) / 32 * 4;
+  const bool small = strideBytes > 0 && height > 0 && strideBytes < 0x10000 && height < 0x10000;
+  std::vector<BYTE> bytes(blank ? 0 : size, 0x55);
+  if (size == 0 && small && strideBytes * height < 0x20000) bytes.resize(strideBytes * height);
+  null = null || blank || bytes.empty();
+  Band({40, width, height, 1, 24, 0, size, 0, 0, 0, 0}, at, null ? nullptr : bytes.data(), blank);
 }
 
 bool Machine::BandAt(LONG position) {
@@ -214,9 +208,10 @@ bool Machine::BandAt(LONG position) {
     const DWORD rgb = PixelOf(m_picture, at.x + x, at.y + y);
     for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
   }
-  const BITMAPINFOHEADER header = {40, width, height, 1, 24, 0, static_cast<DWORD>(bytes.size()),
-                                   0,  0,     0,      0};
-  if (Band(header, bytes.data(), {sizeof(IPPARAMS), at, nullptr, FALSE}) != S_OK) return false;
+  const auto size = static_cast<DWORD>(bytes.size());
+  if (Band({40, width, height, 1, 24, 0, size, 0, 0, 0, 0}, at, bytes.data(), false) != S_OK) {
+    return false;
+  }
   POINTL next = {at.x, at.y};
   const auto hook = Hook<PFN_DrvNextBand>(58);
   return hook != nullptr && Inside([&] { return hook(&m_surface, &next); });
@@ -244,15 +239,13 @@ bool Machine::Do(char verb) {
   ULONG left = 0;
   switch (verb) {
     case 'O':
-      if (m_plugin != nullptr) return true;
-      if (!Succeeds([&] {
+      if (m_plugin == nullptr && Succeeds([&] {
             return m_factory->CreateInstance(nullptr, IID_IPrintOemUni2,
                                              reinterpret_cast<void**>(&m_plugin));
           })) {
-        return false;
+        objectReferences = 1;
       }
-      objectReferences = 1;
-      return true;
+      return m_plugin != nullptr;
     case 'L':
       ++locks;
       return m_factory->LockServer(TRUE) == S_OK;
@@ -264,8 +257,6 @@ bool Machine::Do(char verb) {
   if (m_plugin == nullptr) return true;  // without an object there is nothing to call
   switch (verb) {
     case 'o':
-    case '-':
-      if (verb == '-' && objectReferences == 1) return true;
       if (objectReferences == 1) Do('D');
       left = m_plugin->Release();
       if (--objectReferences == 0) m_plugin = nullptr;

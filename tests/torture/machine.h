@@ -41,7 +41,7 @@ class Machine {
   IPrintOemUni2* Object() const { return m_plugin; }
   IPrintOemDriverUni* DriverHelper() const;
 
-  // O object, o its release, + and - a further reference and its release,
+  // O object, o its release, + a further reference,
   // V driver enabled, v disabled, N new device context, D disabled, L and U server lock and unlock,
   // P helper interface published, F raster data passed on,
   // S document, E its end, X its abort, p page started, i a band, s page sent,
@@ -53,8 +53,9 @@ class Machine {
   // up to the next document are left out.
   void Run(std::string_view verbs);
 
-  // A band as it is given, without a look at it.
-  HRESULT Band(const BITMAPINFOHEADER& header, const BYTE* pixels, const IPPARAMS& parameters);
+  // A band whose shape, size and place need have nothing to do with each other. Its pixels are as
+  // many bytes as its size says, without a size those of its rows; null: none are given.
+  void OddBand(LONG width, LONG height, DWORD size, POINT at, bool blank, bool null = false);
 
   // The writes with the time in the header masked.
   std::vector<std::string> Writes() const;
@@ -92,6 +93,7 @@ class Machine {
   bool NewContext(DEVOBJ& device);
   bool Reset();
   bool Page(char picture);
+  HRESULT Band(BITMAPINFOHEADER header, POINT at, const BYTE* pixels, bool blank);
   bool BandAt(LONG position);
   BOOL Note(const char* function);
   static Machine& Of(SURFOBJ* pso);

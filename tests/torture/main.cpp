@@ -17,23 +17,17 @@ namespace {
 
 struct Part {
   const char* name;
-  void (*run)(Report&, const TempHome&, int share);
+  PartFunction* run;
   const char* logLevel;
 };
 
 constexpr Part kParts[] = {
-    {"calls", FailEach<Domain::Calls>, "trace"},
-    {"memory", FailEach<Domain::Memory>, "trace"},
-    {"writes", FailEachWrite, "error"},
-    {"bytes", EachByteOfTheRecord, "error"},
-    {"records", ManyRecords, "error"},
-    {"lengths", HostileLengths, "error"},
-    {"pages", HostilePages, "error"},
-    {"files", HostileFiles, "error"},
-    {"order", CallOrders, "error"},
-    {"threads", ManyAtOnce, "trace"},
-    {"soak-pages", SoakPages, "error"},
-    {"soak-jobs", SoakDocuments, "error"},
+    {"calls", FailEachCall, "trace"},   {"memory", FailEachRequest, "trace"},
+    {"writes", FailEachWrite, "error"}, {"bytes", EachByteOfTheRecord, "error"},
+    {"records", ManyRecords, "error"},  {"lengths", HostileLengths, "error"},
+    {"pages", HostilePages, "error"},   {"files", HostileFiles, "error"},
+    {"order", CallOrders, "error"},     {"threads", ManyAtOnce, "trace"},
+    {"soak-pages", SoakPages, "error"}, {"soak-jobs", SoakDocuments, "error"},
 };
 
 constexpr int kMostPrinted = 20;

@@ -1,6 +1,7 @@
 // Calls in any order, many jobs at once, long runs, and the jobs as text.
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -49,7 +50,7 @@ std::string Disagreement(const Machine& machine, const Model& model) {
 }
 
 void RandomOrder(Report& report, unsigned seed) {
-  constexpr std::string_view kVerbs = "OVNSSpiiisabcrEXEDvo+-LUPPFNSaE";
+  constexpr std::string_view kVerbs = "OVNSSpiiisabcrEXEDvo+oLUPPFNSaE";
   std::mt19937 random(seed);
   Machine machine;
   machine.widthPx = 24;
@@ -71,37 +72,32 @@ void RandomOrder(Report& report, unsigned seed) {
   }
 }
 
-std::size_t OpenDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-
-// Bytes of address space: blocks that do not come from the heap are among them.
-long MappedBytes() {
+// What this process holds: bytes from the heap, bytes of address space (blocks that do not come
+// from the heap are among them), descriptors.
+std::array<long, 3> Held() {
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
-  return pages * 4096;
-}
-
-std::string FromTo(const long (&bytes)[2]) {
-  return " from " + std::to_string(bytes[0]) + " to " + std::to_string(bytes[1]) + " bytes";
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return {LiveBytes(), pages * 4096, std::distance(begin(all), end(all))};
 }
 
 // Takes many steps and compares what is held in their second half with that of the first.
 void Soak(Report& report, const char* what, long steps, const std::function<void(long)>& step) {
-  constexpr long kAllowed = 64 * 1024;
-  const std::size_t descriptors = OpenDescriptors();
-  long heap[2] = {}, mapped[2] = {};
+  constexpr const char* kNames[] = {"the heap", "the address space", "the number of descriptors"};
+  constexpr long kAllowed[] = {64 * 1024, 64 * 1024, 0};
+  std::array<long, 3> most[2] = {};
   for (long i = 0; i < steps; ++i) {
     report.Try(what + std::to_string(i));
     step(i);
-    const int half = i < steps / 2 ? 0 : 1;
-    heap[half] = std::max(heap[half], LiveBytes());
-    mapped[half] = std::max(mapped[half], MappedBytes());
+    const auto held = Held();
+    auto& half = most[i < steps / 2 ? 0 : 1];
+    for (int k = 0; k < 3; ++k) half[k] = std::max(half[k], held[k]);
   }
-  if (heap[1] > heap[0] + kAllowed) report.Find("the heap grows" + FromTo(heap));
-  if (mapped[1] > mapped[0] + kAllowed) report.Find("the address space grows" + FromTo(mapped));
-  if (OpenDescriptors() != descriptors) report.Find("a descriptor is left open");
+  for (int k = 0; k < 3; ++k) {
+    if (most[1][k] <= most[0][k] + kAllowed[k]) continue;
+    report.Find(kNames[k] + (" grows from " + std::to_string(most[0][k])) + " to " +
+                std::to_string(most[1][k]));
+  }
 }
 
 constexpr int kThreads = 16;
@@ -134,7 +130,7 @@ void CallOrders(Report& report, const TempHome&, int share) {
     if (seed == kFirst) before = LiveBlocks();
     RandomOrder(report, static_cast<unsigned>(seed));
   }
-  if (LiveBlocks() != before) report.Find(std::to_string(LiveBlocks() - before) + " blocks leak");
+  report.Find(Leak(before));
 }
 
 void ManyAtOnce(Report& report, const TempHome& home, int share) {
@@ -220,7 +216,7 @@ void Plant(Report& report, const TempHome& home, const std::string& fault) {
     const long before = LiveBlocks();
     block = std::make_unique<char[]>(20);
     const std::unique_ptr<std::string> kept(new std::string(1000, 'x'));
-    if (LiveBlocks() != before) report.Find("blocks leak");
+    report.Find(Leak(before));
   }
   Outcome job = Run(Scenarios()[0], home);
   const Outcome good = job;

@@ -5,45 +5,25 @@
 
 #include <algorithm>
 
-#include "config/oemdev_fields.h"
 #include "tests/support/png_image.h"
+#include "tests/support/record.h"
 
 namespace {
 
 void Landscape(Machine& machine, const TempHome&) {
   machine.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
 }
-void TwoColors(Machine& machine, const TempHome&) { machine.devmode->dwColorMode = 2; }
-void Crop(Machine& machine, const TempHome&) { machine.devmode->bCropToContent = 1; }
-void CropColumns(Machine& machine, const TempHome& home) {
-  TwoColors(machine, home);
-  Crop(machine, home);
-  machine.devmode->dwRotation = 1;
-}
-void Reuse(Machine& machine, const TempHome& home) {
-  TwoColors(machine, home);
-  machine.devmode->dwSetupOnFirstPageOnly = 1;
-}
 void SetBlocks(Machine& machine, WORD kind, const std::string& text) {
-  auto* bytes = reinterpret_cast<char*>(machine.devmode.get());
-  for (const OemDevField& field : OemDevFields()) {
-    if (field.name.starts_with("wCustomType"))
-      std::memcpy(bytes + field.offset, &kind, sizeof kind);
-    if (field.name.starts_with("szCustomText")) text.copy(bytes + field.offset, field.size - 1);
-  }
+  for (int k = 0; k < kCustomBlockCount; ++k) SetBlock(*machine.devmode, k, kind, text);
 }
 void FileBlocks(Machine& machine, const TempHome& home) {
   SetBlocks(machine, kBlockFile, home.Path("block.txt"));
 }
 void TextBlocks(Machine& machine, const TempHome&) {
   SetBlocks(machine, kBlockInline, "No. {n}\\x41\\e");
-  machine.devmode->wCustomType2 = kBlockEscaped;
-  machine.devmode->wCustomType4 = kBlockPlain;
-  machine.devmode->wCustomType6 = kBlockNone;
+  SetFields(*machine.devmode, "wCustomType2=2 wCustomType4=3 wCustomType6=0");
 }
-void BothSides(Machine& machine, const TempHome&) { machine.devmode->bTopSideSameAsBottom = 1; }
 void Diagnostics(Machine& machine, const TempHome& home) {
-  CropColumns(machine, home);
   machine.beforeFirst = [folder = home.Path("images")] {
     setenv("VLX_SAVE_BITMAPS", folder.c_str(), 1);
   };
@@ -70,28 +50,29 @@ void ChangedFiles(Machine& machine, const TempHome& home) {
     }
   };
 }
-void Plain(Machine&, const TempHome&) {}
 
 constexpr const char* kNoFile = "a file that cannot be read is an empty block";
+constexpr const char* kNoCrop = "an image that cannot be cropped is sent whole";
 constexpr const char* kNoState = "a state file that cannot be read gives no stocks and no bounds";
+constexpr const char* kCropColumns = "dwColorMode=2 bCropToContent=1 dwRotation=1";
 
 constexpr Scenario kScenarios[] = {
-    {"portrait", "SabE", Plain, nullptr},
-    {"landscape", "SabE", Landscape, nullptr},
-    {"two colours", "SaabcE", TwoColors, nullptr},
-    {"crop", "SacE", Crop, "an image that cannot be cropped is sent whole"},
-    {"crop columns", "SacE", CropColumns, "an image that cannot be cropped is sent whole"},
-    {"re-use", "SaabaE", Reuse, nullptr},
-    {"file blocks", "SabE", FileBlocks, kNoFile},
-    {"text blocks", "SabE", TextBlocks, nullptr},
-    {"both sides", "SaE", BothSides, nullptr},
-    {"reset", "SaarbE", TwoColors, nullptr},
-    {"reset within a page", "SapirbE", Plain, nullptr},
-    {"abort", "SaaXSaE", TwoColors, nullptr},
-    {"diagnostic images", "SaE", Diagnostics, "an image that cannot be cropped is sent whole"},
-    {"palette", "SaE", Palette, nullptr},
-    {"options", "SabE", Options, "an image that cannot be cropped is sent whole"},
-    {"changed state files", "SaE", ChangedFiles, kNoState},
+    {"portrait", "SabE"},
+    {"landscape", "SabE", "", Landscape},
+    {"two colours", "SaabcE", "dwColorMode=2"},
+    {"crop", "SacE", "bCropToContent=1", nullptr, kNoCrop},
+    {"crop columns", "SacE", kCropColumns, nullptr, kNoCrop},
+    {"re-use", "SaabaE", "dwColorMode=2 dwSetupOnFirstPageOnly=1"},
+    {"file blocks", "SabE", "", FileBlocks, kNoFile},
+    {"text blocks", "SabE", "", TextBlocks},
+    {"both sides", "SaE", "bTopSideSameAsBottom=1"},
+    {"reset", "SaarbE", "dwColorMode=2"},
+    {"reset within a page", "SapirbE"},
+    {"abort", "SaaXSaE", "dwColorMode=2"},
+    {"diagnostic images", "SaE", kCropColumns, Diagnostics, kNoCrop},
+    {"palette", "SaE", "", Palette},
+    {"options", "SabE", "", Options, kNoCrop},
+    {"changed state files", "SaE", "", ChangedFiles, kNoState},
 };
 
 }  // namespace
@@ -113,7 +94,8 @@ void FillHome(const TempHome& home) {
 
 std::unique_ptr<Machine> Prepare(const Scenario& scenario, const TempHome& home) {
   auto machine = std::make_unique<Machine>();
-  scenario.prepare(*machine, home);
+  SetFields(*machine->devmode, scenario.fields);
+  if (scenario.prepare != nullptr) scenario.prepare(*machine, home);
   return machine;
 }
 

@@ -11,10 +11,11 @@
 
 struct Scenario {
   const char* name;
-  const char* document;  // verbs between the enabled device context and its end
-  void (*prepare)(Machine& machine, const TempHome& home);
+  const char* document;     // verbs between the enabled device context and its end
+  const char* fields = "";  // of the record, as SetFields takes them
+  void (*prepare)(Machine& machine, const TempHome& home) = nullptr;
   // Why its commands, not only its images, may read otherwise when there is no memory; else null.
-  const char* degrades;
+  const char* degrades = nullptr;
 };
 
 std::span<const Scenario> Scenarios();

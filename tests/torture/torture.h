@@ -17,19 +17,11 @@ struct Report {
   void Find(const std::string& what);
 };
 
-// share: of the whole, in percent, that is tried.
-template <Domain domain>
-void FailEach(Report& report, const TempHome& home, int share);
-void FailEachWrite(Report& report, const TempHome& home, int share);
-void EachByteOfTheRecord(Report& report, const TempHome& home, int share);
-void ManyRecords(Report& report, const TempHome& home, int share);
-void HostileLengths(Report& report, const TempHome& home, int share);
-void HostilePages(Report& report, const TempHome& home, int share);
-void HostileFiles(Report& report, const TempHome& home, int share);
-void CallOrders(Report& report, const TempHome& home, int share);
-void ManyAtOnce(Report& report, const TempHome& home, int share);
-void SoakPages(Report& report, const TempHome& home, int share);
-void SoakDocuments(Report& report, const TempHome& home, int share);
+// Runs one part; share: of the whole, in percent, that is tried.
+using PartFunction = void(Report& report, const TempHome& home, int share);
+PartFunction FailEachCall, FailEachRequest, FailEachWrite;
+PartFunction EachByteOfTheRecord, ManyRecords, HostileLengths, HostilePages, HostileFiles;
+PartFunction CallOrders, ManyAtOnce, SoakPages, SoakDocuments;
 // Prints a line for every write of every scenario, images as pixels.
 void PrintStreams(const TempHome& home);
 // Commits one fault on purpose; returns when nothing noticed.

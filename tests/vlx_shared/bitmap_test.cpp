@@ -6,27 +6,27 @@
 
 namespace {
 
-using Gdiplus::Bitmap;
 using Gdiplus::PixelFormat1bppIndexed;
 
 TEST_F(Bitmaps, ContentAndEqualityIgnoreThePadding) {
   for (INT width = 1; width <= 70; ++width) {
     const INT height = 5;
-    const auto make = [&] {
-      return Own(BitmapHelper::CreateBitmap(width, height, PixelFormat1bppIndexed, WTEXT("")));
-    };
-    Bitmap *one = make(), *two = make();
-    const Gdiplus::BitmapData bits = Lock(one);
-    std::memset(bits.Scan0, 0xFF, bits.Stride * height);
-    std::memset(Lock(two).Scan0, 0xFF, bits.Stride * height);
+    Bitmap *one, *two;
+    for (Bitmap** bitmap : {&one, &two}) {
+      *bitmap = Own(BitmapHelper::CreateBitmap(width, height, PixelFormat1bppIndexed, WTEXT("")));
+      const Gdiplus::BitmapData bits = Lock(**bitmap);
+      std::memset(bits.Scan0, 0xFF, bits.Stride * height);
+    }
+    const Gdiplus::BitmapData bits = Lock(*one);
+    const auto print = [&](INT x, INT y) { Row(bits, y)[x / 8] &= ~(0x80 >> x % 8); };
     for (INT y = 0; y < height; ++y) {  // dirt behind the last column
-      for (INT x = width; x < bits.Stride * 8; ++x) Row(bits, y)[x / 8] &= ~(0x80 >> x % 8);
+      for (INT x = width; x < bits.Stride * 8; ++x) print(x, y);
     }
     INT left = -1, right = -1, top = -1, bottom = -1;
     for (int dots = 0; dots < 4; ++dots) {
       if (dots > 0) {
         const INT x = static_cast<INT>(random() % width), y = static_cast<INT>(random() % height);
-        Row(bits, y)[x / 8] &= ~(0x80 >> x % 8);
+        print(x, y);
         left = dots == 1 ? x : std::min(left, x), right = std::max(right, x);
         top = dots == 1 ? y : std::min(top, y), bottom = std::max(bottom, y);
       }
@@ -43,15 +43,12 @@ TEST_F(Bitmaps, PageOverItsBufferIsThePageAndLeavesTheBuffer) {
   std::vector<BYTE> buffer(2 * 16);  // rows of 5 pixels and a byte of padding
   for (BYTE& byte : buffer) byte = static_cast<BYTE>(random());
   const std::vector<BYTE> captured = buffer;
-  Bitmap* page = Page(5, 2, [](INT, INT) { return 0x112233u; });
+  Bitmap* page = Page(5, Colors(10, 0x112233));
   BitmapHelper::Copy24BPPBufferToBitmap(buffer.data(), 4, 2, page);  // another shape
-  EXPECT_EQ(Pixel(page, 4, 1), 0x112233u);
+  EXPECT_EQ(ColorsOf(*page), Colors(10, 0x112233));
   BitmapHelper::Copy24BPPBufferToBitmap(buffer.data(), 5, 2, page);
-  for (INT i = 0; i < 10; ++i) {
-    const BYTE* pixel = captured.data() + i / 5 * 16 + i % 5 * 3;
-    EXPECT_EQ(Pixel(page, i % 5, i / 5), DWORD(pixel[0] | pixel[1] << 8 | pixel[2] << 16));
-  }
-  Row(Lock(page), 1)[12] ^= 0xFF;
+  EXPECT_EQ(ColorsOf(*page), ColorsOf({5, 2, 16, Gdiplus::PixelFormat24bppRGB, buffer.data(), 0}));
+  Row(Lock(*page), 1)[12] ^= 0xFF;
   EXPECT_EQ(buffer, captured);
 }
 
@@ -59,12 +56,12 @@ TEST_F(Bitmaps, DiagnosticSaveWritesAPngOrOneLine) {
   const TempHome home;
   CLoggerClient client;
   CLogger::StartLogging(client);
-  Bitmap* page = Page(5, 3, [](INT x, INT) { return x == 2 ? 0u : 0xFFFFFFu; });
+  Bitmap* page = Page(2, {0, 0xFFFFFF, 0, 0xFFFFFF});
   setenv("VLX_SAVE_BITMAPS", home.Path("").c_str(), 1);
   BitmapHelper::DevTestSaveBitmapAs(page, 7, 2, WTEXT("a/b"), client);
   std::ifstream file(home.Path("job00007_page0002_a_b.png"), std::ios::binary);
   const PngImage png = DecodePng({std::istreambuf_iterator<char>(file), {}});
-  EXPECT_EQ(std::tuple(png.width, png.At(2, 1), png.At(3, 1)), std::tuple(5, 0, 255));
+  EXPECT_EQ(std::tuple(png.width, png.At(0, 1), png.At(1, 1)), std::tuple(2, 0, 255));
   setenv("VLX_SAVE_BITMAPS", home.Path("missing").c_str(), 1);
   BitmapHelper::DevTestSaveBitmapAs(page, 7, 2, WTEXT("x"), client);
   unsetenv("VLX_SAVE_BITMAPS");

@@ -1,5 +1,6 @@
 // What is printed in black and what in the highlight colour.
 
+#include <array>
 #include <cmath>
 
 #include "tests/vlx_shared/bitmaps.h"
@@ -9,34 +10,30 @@ namespace {
 class ColorSplit : public Bitmaps {
  protected:
   struct Inks {
-    Bitmap* black;
-    Bitmap* highlight;
+    Colors black, highlight;
   };
   Inks Split(Bitmap* page, DWORD highlight, double tolerance,
              eBitmapDitherer ditherer = eFloydSteinberg) {
-    Inks inks = {};
-    EXPECT_EQ(BitmapHelper::SplitImage(page, 0xFF000000 | highlight, tolerance, ditherer, 0,
-                                       &inks.black, &inks.highlight),
+    Bitmap *first = nullptr, *second = nullptr;
+    EXPECT_EQ(BitmapHelper::SplitImage(page, 0xFF000000 | highlight, tolerance, ditherer, 0, &first,
+                                       &second),
               1);
-    Own(inks.black);
-    Own(inks.highlight);
-    return inks;
+    return {ColorsOf(*Own(first)), ColorsOf(*Own(second))};
   }
 };
 
 TEST_F(ColorSplit, PureColoursComeOutBitForBit) {
-  const DWORD colors[] = {0x000000, 0xFFFFFF, 0x12AB34};
   for (const INT width : {1, 7, 64, 65}) {
-    std::vector<DWORD> pixels(width * 40);
-    for (DWORD& pixel : pixels) pixel = colors[random() % 3];
-    Bitmap* page = Page(width, 40, [&](INT x, INT y) { return pixels[y * width + x]; });
+    Colors page(width * 40), black, highlight;
+    for (DWORD& color : page) {
+      color = std::array{0x000000u, 0xFFFFFFu, 0x12AB34u}[random() % 3];
+      black.push_back(color == 0 ? 0 : 0xFFFFFF);
+      highlight.push_back(color == 0x12AB34 ? 0 : 0xFFFFFF);
+    }
     for (const WORD ditherer : {0, 1, 2, 3, 4, 5, 9}) {
       for (const double tolerance : {0.0, -1.0, 0.25, 7.0, std::nan("")}) {
-        const Inks inks = Split(page, 0x12AB34, tolerance, eBitmapDitherer{ditherer});
-        for (INT i = 0; i < width * 40; ++i) {
-          ASSERT_EQ(Pixel(inks.black, i % width, i / width) == 0, pixels[i] == 0);
-          ASSERT_EQ(Pixel(inks.highlight, i % width, i / width) == 0, pixels[i] == 0x12AB34);
-        }
+        const Inks inks = Split(Page(width, page), 0x12AB34, tolerance, eBitmapDitherer{ditherer});
+        ASSERT_TRUE(inks.black == black && inks.highlight == highlight) << ditherer;
       }
     }
   }
@@ -67,15 +64,11 @@ TEST_F(ColorSplit, ColoursBecomeTheirMixture) {
       {0xFFFFFF, 0x808080, 0.25, 0.5, 0.0},  // as highlights, black and white are nothing
   };
   for (const Row& row : rows) {
-    Bitmap* page = Page(128, 128, [&](INT, INT) { return row.color; });
     for (const eBitmapDitherer ditherer : {eFloydSteinberg, eBlueNoise, eClusteredDiffusion}) {
-      const Inks inks = Split(page, row.highlight, row.tolerance, ditherer);
+      const Inks inks = Split(FlatPage(row.color), row.highlight, row.tolerance, ditherer);
       EXPECT_NEAR(Covered(inks.black), row.blackPart, 0.02) << std::hex << row.color;
       EXPECT_NEAR(Covered(inks.highlight), row.highlightPart, 0.02) << std::hex << row.color;
-      for (INT i = 0; i < 128 * 128; ++i) {
-        // No dot lies on another.
-        ASSERT_TRUE(Pixel(inks.black, i % 128, i / 128) | Pixel(inks.highlight, i % 128, i / 128));
-      }
+      for (INT i = 0; i < 65536; ++i) ASSERT_TRUE(inks.black[i] | inks.highlight[i]);  // no overlap
     }
   }
 }
@@ -84,18 +77,17 @@ TEST_F(ColorSplit, ColoursBecomeTheirMixture) {
 TEST_F(ColorSplit, AntiAliasedEdgesHaveNoFringe) {
   for (const DWORD color : {0xFF0000u, 0xED1C24u, 0x0060C0u, 0x12AB34u, 0xF7C600u, 0x7A1020u}) {
     for (const double tolerance : {0.0, 0.1, 0.25, 1.0}) {
-      const auto blend = [color](INT coverage) {
-        DWORD blended = 0;
+      Colors blended(65536), greys(65536);
+      for (DWORD i = 0; i < 65536; ++i) {
+        const DWORD coverage = i % 256;
+        greys[i] = coverage * 0x010101;
         for (int shift = 0; shift < 24; shift += 8) {
           const DWORD channel = color >> shift & 0xFF;
-          blended |= ((255 - coverage) * 255 + coverage * channel + 127) / 255 << shift;
+          blended[i] |= ((255 - coverage) * 255 + coverage * channel + 127) / 255 << shift;
         }
-        return blended;
-      };
-      const Inks colored =
-          Split(Page(256, 64, [&](INT x, INT) { return blend(x); }), color, tolerance);
-      const Inks grey =
-          Split(Page(256, 64, [](INT x, INT) { return x * 0x010101u; }), color, tolerance);
+      }
+      const Inks colored = Split(Page(256, blended), color, tolerance);
+      const Inks grey = Split(Page(256, greys), color, tolerance);
       EXPECT_EQ(Covered(colored.black), 0) << std::hex << color;
       EXPECT_EQ(Covered(grey.highlight), 0) << std::hex << color;
       EXPECT_NEAR(Covered(colored.highlight), 0.5, tolerance / 8 + 0.01) << std::hex << color;
