@@ -13,6 +13,8 @@ using Events = std::vector<std::string>;
 class Job : public ::testing::Test {
  protected:
   void SetUp() override {
+    machine.widthPx = 60;
+    machine.heightPx = 40;
     machine.bandPx = 10;
     machine.notesCalls = true;
     ASSERT_TRUE(machine.Do('O'));
@@ -89,8 +91,12 @@ TEST_F(Job, UnchangedImagesAreReused) {
             (Events{"\r\nR Image0;0\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));
   machine.Run("c");
   EXPECT_EQ(Take(), (Events{"\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));
-  machine.Run("E");
+  machine.Run("a");
   EXPECT_EQ(Take()[0], "dPNG;1\r\n\x1B:");
+  machine.Run("E");  // the printer still holds the highlight of two pages ago
+  const Events last = Take();
+  EXPECT_EQ(last[0], "dPNG;1\r\n\x1B:");
+  EXPECT_EQ(std::count(last.begin(), last.end(), "<png 60x40 1-bit>"), 1);
 }
 
 TEST_F(Job, SettingsOfAPageAreThoseOfItsStart) {

@@ -1,33 +1,25 @@
 #include <gtest/gtest.h>
 
-#include <random>
 #include <set>
 
+#include "imaging/bitmap_owner.h"
+#include "imaging/image_emission.h"
 #include "imaging/page_pipeline.h"
 #include "platform/fault.h"
 #include "tests/support/page_device.h"
 
 namespace {
 
-constexpr DWORD kBlack = 0x000000;
-constexpr DWORD kWhitePixel = 0xFFFFFF;
-constexpr DWORD kRed = 0xFF0000;
+constexpr DWORD kBlack = 0x000000, kPaper = 0xFFFFFF, kRed = 0xFF0000;
 
-// A page whose pixels are one of a few colours at random, the same for the same seed.
-class RandomPage {
- public:
-  RandomPage(INT pageWidth, INT pageHeight, const std::vector<DWORD>& colors, unsigned seed = 1)
-      : width(pageWidth), height(pageHeight) {
-    std::mt19937 random(seed);
-    for (INT i = 0; i < width * height; ++i) pixels.push_back(colors[random() % colors.size()]);
-  }
-  DWORD operator()(INT x, INT y) const {
-    return x < 0 || y < 0 || x >= width || y >= height ? kWhitePixel : pixels[y * width + x];
-  }
-  INT width;
-  INT height;
-  std::vector<DWORD> pixels;
-};
+using Picture = std::function<DWORD(INT x, INT y)>;
+
+Picture Speckles(const std::vector<DWORD>& colors) {
+  return [=](INT x, INT y) { return colors[(x * x + 31 * y + x * y) % colors.size()]; };
+}
+Picture Dot(INT left, INT top) {
+  return [=](INT x, INT y) { return x == left && y == top ? kBlack : kPaper; };
+}
 
 class Pipeline : public ::testing::Test {
  protected:
@@ -37,50 +29,18 @@ class Pipeline : public ::testing::Test {
   }
   ~Pipeline() override { PlatformSetFaultHook(nullptr, nullptr); }
 
-  INT Process(const RandomPage& page) {
+  // Prepares a page, which takes the settings, and sends it.
+  INT Process(INT width, INT height, const Picture& picture) {
+    device.state.ResetPage();
+    ProcessImageData(&device.surface);
     device.writes.clear();
-    device.CapturePage(page.width, page.height, page);
+    device.CapturePage(width, height, picture);
     return ProcessImageData(&device.surface);
   }
-  // The printer holds no image any more.
-  void Forget() {
-    device.state.KeepBackground(nullptr);
-    device.state.KeepHighlight(nullptr);
-  }
-  // Every pixel of the image is black exactly where color gives that colour.
-  static void ExpectImage(const PngImage& image, unsigned width, unsigned height, DWORD inked,
-                          const std::function<DWORD(INT, INT)>& color) {
-    ASSERT_EQ(std::pair(image.width, image.height), std::pair(width, height));
-    for (unsigned i = 0; i < width * height; ++i) {
-      const unsigned x = i % width, y = i / width;
-      ASSERT_EQ(image.grey[i] == 0, color(x, y) == inked) << x << " " << y;
-    }
-  }
+  PngImage Image(const std::string& name = "0") const { return device.Downloads(name).at(0); }
 
   PageDevice device;
 };
-
-// Borders move the page and drop its end; every orientation but portrait is turned.
-TEST_F(Pipeline, PageIsMovedAndTurned) {
-  const RandomPage page(37, 70, {kBlack, kWhitePixel});
-  struct Row {
-    INT x0, y0;
-    SHORT orientation;
-  };
-  const Row rows[] = {{0, 0, 1},  {10, 0, 1}, {0, 7, 1}, {3, 69, 1},
-                      {37, 0, 1}, {5, 0, 2},  {5, 2, 0}, {0, 9, 3}};
-  for (const auto& [x0, y0, orientation] : rows) {
-    device.state.gdiPhysOffsetX = x0;
-    device.state.gdiPhysOffsetY = y0;
-    device.publicDevmode.dmOrientation = orientation;
-    EXPECT_EQ(Process(page), 1);
-    const bool turned = orientation != 1;
-    ExpectImage(device.Downloads("0").at(0), turned ? 70 : 37, turned ? 37 : 70, kBlack,
-                [&, left = x0, top = y0](INT x, INT y) {
-                  return turned ? page(y - left, 69 - x - top) : page(x - left, y - top);
-                });
-  }
-}
 
 TEST_F(Pipeline, DithererAndItsParameterReachTheDots) {
   for (const DWORD mode : {1u, 2u}) {
@@ -90,70 +50,18 @@ TEST_F(Pipeline, DithererAndItsParameterReachTheDots) {
          {std::pair(eThreshold, 0), {eOrdered, 1}, {eOrdered, 2}, {eBlueNoise, 2}}) {
       device.devmode.wDitherer = static_cast<WORD>(ditherer);
       device.devmode.byDitherParam = static_cast<BYTE>(parameter);
-      Forget();
-      EXPECT_EQ(Process(RandomPage(64, 64, {0x606060})), 1);
-      pictures.insert(device.Downloads(std::to_string(mode - 1)).at(0).grey);
+      device.state.KeepBackground(nullptr);  // the printer holds no image any more
+      EXPECT_EQ(Process(64, 64, Speckles({0x606060})), 1);
+      pictures.insert(Image(std::to_string(mode - 1)).grey);
     }
     EXPECT_EQ(pictures.size(), 4u) << mode;
-  }
-}
-
-TEST_F(Pipeline, EmptyPlaneLeavesTheKeptOne) {
-  device.devmode.dwColorMode = 2;
-  const RandomPage both(40, 20, {kBlack, kWhitePixel, kRed});
-  Process(both);
-  device.state.dwPageCount = 2;
-  Process(RandomPage(40, 20, {kBlack, kWhitePixel}, 2));
-  Process(both);  // the printer still holds the first page's highlight
-  EXPECT_EQ(device.Downloads("0").size(), 0u);
-  EXPECT_EQ(device.Downloads("1").size(), 1u);
-}
-
-// Memory is re-used from page to page: nothing of a page may show on the next one, whatever stages
-// it runs through. While a fault hook is there, nothing is re-used.
-TEST_F(Pipeline, PageNeverShowsThroughOnTheNext) {
-  struct Row {
-    INT width, height, offsetX;
-    SHORT orientation;
-    DWORD mode, crop;
-  };
-  const Row rows[] = {{333, 150, 0, 1, 1, 0}, {333, 150, 40, 2, 1, 0}, {150, 333, 3, 2, 2, 0},
-                      {331, 151, 0, 1, 2, 1}, {90, 60, 9, 1, 1, 1},    {700, 40, 0, 2, 1, 1}};
-  const RandomPage dirt(350, 340, {kBlack, kWhitePixel, kRed, 0x808080}, 5);
-  const auto files = [this] {
-    std::erase_if(device.writes, [](const auto& write) { return !write.starts_with("\x89PNG"); });
-    return device.writes;
-  };
-  for (const Row& row : rows) {
-    // Mostly paper, with grey and red and an edge left blank.
-    RandomPage page(row.width, row.height, {kWhitePixel, kWhitePixel, 0x606060, kRed, kBlack}, 8);
-    for (INT i = 0; i < row.width * row.height; ++i) {
-      if (i % row.width <= 20 || i / row.width <= 10) page.pixels[i] = kWhitePixel;
-    }
-    device.devmode.dwColorMode = row.mode;
-    device.devmode.bCropToContent = device.devmode.dwRotation = row.crop;
-    device.state.gdiPhysOffsetX = row.offsetX;
-    device.publicDevmode.dmOrientation = row.orientation;
-    Forget();
-    PlatformSetFaultHook([](const char*, void*) { return false; }, nullptr);
-    EXPECT_EQ(Process(page), 1);
-    const std::vector<std::string> alone = files();
-    EXPECT_EQ(alone.size(), row.mode);
-    PlatformSetFaultHook(nullptr, nullptr);
-    for (int round = 0; round < 3; ++round) {
-      Forget();
-      EXPECT_EQ(Process(dirt), 1);
-      Forget();
-      EXPECT_EQ(Process(page), 1);
-      EXPECT_TRUE(files() == alone) << row.width << " x " << row.height;
-    }
   }
 }
 
 TEST_F(Pipeline, PageWithoutColourModeIsNotSent) {
   for (const DWORD mode : {0u, 3u, 0xFFFFFFFFu}) {
     device.devmode.dwColorMode = mode;
-    EXPECT_EQ(Process(RandomPage(8, 8, {kBlack})), 1);
+    EXPECT_EQ(Process(8, 8, Speckles({kBlack})), 1);
     EXPECT_TRUE(device.writes.empty());
     EXPECT_EQ(device.state.pBitmapBuffer, nullptr);
   }
@@ -161,11 +69,12 @@ TEST_F(Pipeline, PageWithoutColourModeIsNotSent) {
 }
 
 TEST_F(Pipeline, ShortBufferIsCompletedWithWhite) {
-  device.CapturePage(12, 4, [](INT, INT) { return kBlack; });
+  device.CapturePage(12, 4, Speckles({kBlack}));
   device.state.bmiPage.biHeight = 9;
   EXPECT_EQ(ProcessImageData(&device.surface), 1);
-  ExpectImage(device.Downloads("0").at(0), 12, 9, kBlack,
-              [](INT, INT y) { return y < 4 ? kBlack : kWhitePixel; });
+  std::vector<unsigned char> grey(12 * 9, 255);
+  std::fill(grey.begin(), grey.begin() + 12 * 4, 0);
+  EXPECT_EQ(Image().grey, grey);
 }
 
 TEST_F(Pipeline, FailedStageEndsThePage) {
@@ -181,12 +90,87 @@ TEST_F(Pipeline, FailedStageEndsThePage) {
                  --*static_cast<int*>(context) == 0;
         },
         &left);
-    device.state.strPageSetup.clear();
-    EXPECT_EQ(Process(RandomPage(20, 10, {kBlack, kWhitePixel, kRed})), 0) << n;
+    device.state.dwPageCount = static_cast<DWORD>(n);
+    device.devmode.dwSpeed = 100 + n;
+    device.CapturePage(20, 10, Speckles({kBlack, kPaper, kRed}));
+    EXPECT_EQ(ProcessImageData(&device.surface), 0) << n;
     EXPECT_TRUE(device.writes.empty()) << n;
-    EXPECT_EQ(device.state.strPageSetup.empty(), n <= 3) << n;  // the coming page is still prepared
+    // The coming page is still prepared.
+    const bool prepared = device.state.dmPrivateCopy.dwSpeed == device.devmode.dwSpeed;
+    EXPECT_EQ(prepared, n > 3) << n;
     device.state.ResetPage();
   }
+}
+
+TEST_F(Pipeline, FirstPageOpensWithBlocksAndErase) {
+  device.SetBlock(0, 3, "zero");
+  device.SetBlock(2, 4, "two");
+  EXPECT_EQ(Process(100, 50, Dot(0, 0)), 1);
+  EXPECT_TRUE(device.Stream().starts_with("zero\r\ntwo\r\neIMG;*\r\ndPNG;0\r\n\x1B:"));
+  EXPECT_EQ(device.state.job.dwJobBytesWritten, device.Stream().size());
+  device.devmode.wCustomType0 = kBlockInline;
+  Process(100, 50, Dot(0, 0));
+  EXPECT_EQ(device.writes[0], "two\r\n");
+  device.state.dwPageCount = 2;
+  Process(100, 50, Dot(0, 0));
+  EXPECT_EQ(device.writes[0], "dPNG;0\r\n\x1B:");
+}
+
+TEST_F(Pipeline, CropKeepsContentAndMovesTheImage) {
+  struct Row {
+    DWORD rotation;
+    Picture picture;
+    unsigned width, height;
+    const char* place;
+  };
+  const Row rows[] = {{0, Dot(30, 40), 90, 1, "100.00,45.00,180"},  // 40 rows are 5.00 mm
+                      {1, Dot(30, 40), 1, 200, "0.00,96.25,90"},    // 30 columns are 3.75 mm
+                      {0, Speckles({kPaper}), 90, 1, "100.00,50.00,180"},
+                      {1, Speckles({kPaper}), 1, 200, "0.00,100.00,90"}};
+  device.devmode.bCropToContent = 1;
+  for (const Row& row : rows) {
+    device.devmode.dwRotation = row.rotation;
+    Process(90, 200, row.picture);
+    EXPECT_EQ(std::pair(Image().width, Image().height), std::pair(row.width, row.height));
+    EXPECT_TRUE(device.writes.back().ends_with(";" + std::string(row.place) + ";0"));
+  }
+  device.publicDevmode.dmYResolution = 1;
+  device.devmode.dwRotation = 2;
+  Process(90, 200, Dot(0, 2));
+  EXPECT_TRUE(device.writes.back().ends_with("\r\nI:Image0;0.00,50.80,0;0"));
+}
+
+TEST_F(Pipeline, BothSidesShowTheOneColourImageTwice) {
+  const Picture picture = Speckles({kBlack, kPaper, kPaper});
+  Process(30, 8, picture);
+  const PngImage once = Image();
+  device.devmode.bTopSideSameAsBottom = 1;
+  Process(30, 8, picture);
+  const PngImage twice = Image();
+  EXPECT_EQ(std::tuple(twice.width, twice.height, twice.bitDepth, twice.colorType),
+            std::tuple(60u, 8u, 8, PNG_COLOR_TYPE_RGB));
+  for (unsigned i = 0; i < 60 * 8; ++i) ASSERT_EQ(twice.grey[i], once.At(i % 30, i / 60)) << i;
+  device.devmode.dwColorMode = 2;  // the option is one-colour only
+  Process(30, 8, Speckles({kBlack, kRed}));
+  EXPECT_EQ(std::pair(Image("0").width, Image("1").width), std::pair(30u, 30u));
+}
+
+TEST_F(Pipeline, WhatIsMissingIsNotPlacedOrNotWritten) {
+  const BitmapOwner image = MakeBitmap(8, 8, Gdiplus::PixelFormat1bppIndexed, WTEXT("test"));
+  const auto send = [&](SURFOBJ* surface) {
+    return SendImageToPrinter(surface, image.get(), nullptr, false, false);
+  };
+  device.object.pPublicDM = nullptr;
+  EXPECT_EQ(send(&device.surface), 1);
+  EXPECT_EQ(device.writes.size(), 4u);  // the image alone
+  EXPECT_EQ(send(nullptr), 0);
+  for (void** argument : {&device.object.pOEMDM, &device.object.pdevOEM}) {
+    *argument = nullptr;
+    SetLastError(0);
+    EXPECT_EQ(send(&device.surface), 0);
+    EXPECT_EQ(GetLastError(), 87u);
+  }
+  EXPECT_EQ(device.writes.size(), 4u);
 }
 
 }  // namespace

@@ -63,9 +63,9 @@ class Machine {
   DEVMODEW publicDevmode = {};
   std::unique_ptr<OEMDEV> devmode;  // in a block of exactly its size
   LONG dpi = 203;
-  LONG widthPx = 60;
-  LONG heightPx = 40;
-  LONG bandPx = 16;
+  LONG widthPx = 140;  // a page of more than 32 KiB, whose memory the next one takes over
+  LONG heightPx = 80;
+  LONG bandPx = 32;
   DWORD bandFormat = 5;
   ULONG paletteColors = 0;  // above 0: the driver has a palette of its own
   DWORD jobId = 7;

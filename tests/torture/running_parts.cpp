@@ -116,7 +116,7 @@ Outcome JobOfThread(int thread, const TempHome& home) {
   machine->devmode->dwSpeed = 50u + static_cast<DWORD>(thread);
   machine->jobId = static_cast<DWORD>(thread);
   machine->beforeFirst = nullptr;
-  machine->widthPx = 60 + 8 * thread;
+  machine->widthPx = 140 + 8 * thread;
   return Run(*machine, scenario);
 }
 
