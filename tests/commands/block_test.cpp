@@ -9,11 +9,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(CustomBlocks, EscapesAreResolvedOrLeftAsTheyStand) {
-  struct Row {
-    std::string text;
-    std::string expected;
-  };
-  const Row rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {R"(A\\B)", R"(A\B)"},       {R"(\e\E)", "\x1B\x1B"},
       {R"(\n\R\t\N)", "\n\r\t\n"}, {R"(\x41\X41)", "AA"},
       {R"(\1018)", "A8"},          {R"(\x4A\x4a\x19\xFf)", "JJ\x19\xFF"},
@@ -29,23 +25,19 @@ TEST(CustomBlocks, EscapesAreResolvedOrLeftAsTheyStand) {
       {R"(end\)", R"(end\)"},      {"", ""},
       {R"(\z\\)", R"(\z\)"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ParseEscapes(row.text, std::nullopt), row.expected) << row.text;
+  for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(ParseEscapes(text, std::nullopt), expected) << text;
   }
 }
 
 TEST(CustomBlocks, PageNumberReplacesTheFirstBraces) {
-  struct Row {
-    const char* text;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"No. {n}", "No. 4294967295"}, {"{n}", "{n}"},
       {"a}b{c}", "a}b{c}"},          {"a{b", "a{b"},
       {"a{}b{}", "a4294967295b{}"},  {"a{\\n}", "a4294967295"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ParseEscapes(row.text, 0xFFFFFFFFu), row.expected) << row.text;
+  for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(ParseEscapes(text, 0xFFFFFFFFu), expected) << text;
   }
   EXPECT_EQ(ParseEscapes("No. {n}", std::nullopt), "No. {n}");
 }
@@ -82,15 +74,11 @@ TEST(CustomBlocks, FileIsSentWholeInTextMode) {
 }
 
 TEST(FormatFixed, RoundsTheFloatQuotientHalfAwayFromZero) {
-  struct Row {
-    LONG lengthUm;
-    const char* expected;
-  };
-  const Row rows[] = {{54000, "54.00"}, {25400, "25.40"}, {1764, "1.76"},
-                      {2345, "2.35"},   {1005, "1.00"},   {1015, "1.01"},
-                      {3005, "3.01"},   {-4, "-0.00"},    {0, "0.00"},
-                      {125, "0.13"},    {-125, "-0.13"},  {-2147483647 - 1, "-2147483.75"}};
-  for (const Row& row : rows) EXPECT_EQ(FormatLength(row.lengthUm), row.expected) << row.lengthUm;
+  const std::pair<LONG, const char*> rows[] = {
+      {54000, "54.00"}, {25400, "25.40"}, {1764, "1.76"},  {2345, "2.35"},
+      {1005, "1.00"},   {1015, "1.01"},   {3005, "3.01"},  {-4, "-0.00"},
+      {0, "0.00"},      {125, "0.13"},    {-125, "-0.13"}, {-2147483647 - 1, "-2147483.75"}};
+  for (const auto& [lengthUm, text] : rows) EXPECT_EQ(FormatLength(lengthUm), text) << lengthUm;
   EXPECT_EQ(FormatFixed(1.25f, 1), "1.3");
   EXPECT_EQ(FormatFixed(4294967295u, 0), "4294967295");
 }

@@ -34,20 +34,19 @@ TEST(JobCost, CountsCopiesMediaAndCuts) {
 }
 
 TEST(JobCost, KnowsWhatRepeatedImagesSave) {
-  const auto page = [](const std::string& name, const std::string& bytes) {
-    return std::vector<std::string>{"dPNG;" + name + "\r\n\x1B:", bytes, "\033end-of-data\r\n"};
-  };
-  const std::vector<std::string> print = {kSetup + kPlace + "\r\nI:Image1;1,1,0;1", "\r\nA1\r\n"};
   std::vector<std::string> job;
-  const auto add = [&job](const std::vector<std::string>& writes) {
-    job.insert(job.end(), writes.begin(), writes.end());
+  const auto download = [&job](const std::string& name, const std::string& bytes) {
+    job.insert(job.end(), {"dPNG;" + name + "\r\n\x1B:", bytes, "\033end-of-data\r\n"});
   };
-  add(page("0", "dPNG;0 \r\nA9\r\n"));
-  add(page("1", std::string(86, 'b')));  // 100 bytes of images
-  for (int i = 0; i < 4; ++i) add(print);
+  const auto print = [&job] {
+    job.insert(job.end(), {kSetup + kPlace + "\r\nI:Image1;1,1,0;1", "\r\nA1\r\n"});
+  };
+  download("0", "dPNG;0 \r\nA9\r\n");
+  download("1", std::string(86, 'b'));  // 100 bytes of images
+  for (int i = 0; i < 4; ++i) print();
   EXPECT_EQ(CostOf(job), "4 labels, 0 cuts, 212, 2 images, 75 % of the image bytes saved");
-  add(page("1", std::string(86, 'b')));  // sent again, 14 of 100 bytes saved
-  add(print);
+  download("1", std::string(86, 'b'));  // sent again, 14 of 100 bytes saved
+  print();
   EXPECT_EQ(CostOf(job), "5 labels, 0 cuts, 265, 2 images, 62 % of the image bytes saved");
 }
 

@@ -9,45 +9,44 @@ namespace {
 
 using namespace std::string_literals;
 
-// The pages of one file: each as "WxH" and its pixels' red, green, blue in hexadecimal; or the
+// The pages of one file: each as "WxH" and its pixels' red, green, blue in hexadecimal, then the
 // error.
-std::vector<std::string> ReadPages(const std::string& content) {
+std::string ReadPages(const std::string& content) {
   const TempHome home;
   home.WriteFile("page", content);
-  std::vector<std::string> pages;
+  std::string pages;
   try {
     PageReader reader({home.Path("page")}, 300);
     for (PageImage page; reader.Next(page);) {
-      std::string text = std::to_string(page.widthPx) + "x" + std::to_string(page.heightPx);
+      pages += (pages.empty() ? "" : ", ") + std::to_string(page.widthPx) + "x" +
+               std::to_string(page.heightPx);
       for (std::uint32_t x = 0; x < page.widthPx * page.heightPx; ++x) {
         const std::uint8_t* pixel = page.Row(x / page.widthPx) + 3 * (x % page.widthPx);
         char rgb[8];
         std::snprintf(rgb, sizeof rgb, " %02x%02x%02x", pixel[2], pixel[1], pixel[0]);
-        text += rgb;
+        pages += rgb;
       }
-      pages.push_back(text);
     }
   } catch (const HostError& error) {
     EXPECT_EQ(error.Code(), kExitInput);
     const std::string what = error.what();
-    pages.push_back("error: " + what.substr(what.find("page: ") + 6));
+    pages += "error: " + what.substr(what.find("page: ") + 6);
   }
   return pages;
 }
 
 TEST(PageReader, ReadsEveryPnmForm) {
-  using Pages = std::vector<std::string>;
-  EXPECT_EQ(ReadPages("P1 3 1 1 0 1"), Pages{"3x1 000000 ffffff 000000"});
-  EXPECT_EQ(ReadPages("P1\n# a\n3 1\n10#b\n1"), Pages{"3x1 000000 ffffff 000000"});
-  EXPECT_EQ(ReadPages("P4 9 1\n\x7F\x80"),
-            Pages{"9x1 ffffff 000000 000000 000000 000000 000000 000000 000000 000000"});
-  EXPECT_EQ(ReadPages("P2 2 1 10 0 5"), Pages{"2x1 000000 808080"});
-  EXPECT_EQ(ReadPages("P3 1 1 255 1 2 3"), Pages{"1x1 010203"});
-  EXPECT_EQ(ReadPages("P5 2 1 65535\n\xFF\xFF\x80\x00"s), (Pages{"2x1 ffffff 808080"}));
-  EXPECT_EQ(ReadPages("P6 5 1 255\nabcdefghijklmno"),
-            Pages{"5x1 616263 646566 676869 6a6b6c 6d6e6f"});
-  EXPECT_EQ(ReadPages("P5 2 1 10\n\n\x05"), (Pages{"2x1 ffffff 808080"}));
-  EXPECT_EQ(ReadPages("P6 1 1 255\nabcP5 1 1 255\nd\n"), (Pages{"1x1 616263", "1x1 646464"}));
+  const std::pair<std::string, std::string> rows[] = {
+      {"P1 3 1 1 0 1", "3x1 000000 ffffff 000000"},
+      {"P1\n# a\n3 1\n10#b\n1", "3x1 000000 ffffff 000000"},
+      {"P4 9 1\n\x7F\x80", "9x1 ffffff 000000 000000 000000 000000 000000 000000 000000 000000"},
+      {"P2 2 1 10 0 5", "2x1 000000 808080"},
+      {"P3 1 1 255 1 2 3", "1x1 010203"},
+      {"P5 2 1 65535\n\xFF\xFF\x80\x00"s, "2x1 ffffff 808080"},
+      {"P6 5 1 255\nabcdefghijklmno", "5x1 616263 646566 676869 6a6b6c 6d6e6f"},
+      {"P5 2 1 10\n\n\x05", "2x1 ffffff 808080"},
+      {"P6 1 1 255\nabcP5 1 1 255\nd\n", "1x1 616263, 1x1 646464"}};
+  for (const auto& [file, pages] : rows) EXPECT_EQ(ReadPages(file), pages);
 }
 
 TEST(PageReader, PixelsOfEveryWidthKeepTheirColours) {
@@ -59,7 +58,7 @@ TEST(PageReader, PixelsOfEveryWidthKeepTheirColours) {
       pixels += static_cast<char>(i);
       expected += (i % 3 == 0 ? " " : "") + std::string(hex);
     }
-    EXPECT_EQ(ReadPages("P6 " + std::to_string(width) + " 2 255\n" + pixels).at(0), expected);
+    EXPECT_EQ(ReadPages("P6 " + std::to_string(width) + " 2 255\n" + pixels), expected);
   }
 }
 
@@ -79,21 +78,20 @@ TEST(PageReader, RefusesWhatIsNoWholePage) {
       {"\x89PNG\r\n\x1A\n", "is not a whole PNG file"},
   };
   for (const auto& [content, message] : rows) {
-    const auto pages = ReadPages(content);
-    ASSERT_EQ(pages.size(), 1u) << content;
-    EXPECT_NE(pages[0].find(message), std::string::npos) << pages[0];
+    const std::string pages = ReadPages(content);
+    EXPECT_TRUE(pages.starts_with("error: ") && pages.find(message) != pages.npos) << pages;
   }
-  EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1").back(),
-            "error: breaks off in the middle of a page; export it again");
+  EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1"),
+            "1x1 616161error: breaks off in the middle of a page; export it again");
 }
 
 TEST(PageReader, ReadsPngOnWhite) {
   const std::string rgba = "\xFF\0\0\xFF\0\0\0\0\0\0\0\x80"s;
-  EXPECT_EQ(ReadPages(EncodePng(PNG_FORMAT_RGBA, rgba, 3)).at(0), "3x1 ff0000 ffffff 7f7f7f");
+  EXPECT_EQ(ReadPages(EncodePng(PNG_FORMAT_RGBA, rgba, 3)), "3x1 ff0000 ffffff 7f7f7f");
   const std::string file = EncodePng(PNG_FORMAT_GRAY, "\7", 1);
-  EXPECT_EQ(ReadPages(file).at(0), "1x1 070707");
+  EXPECT_EQ(ReadPages(file), "1x1 070707");
   for (std::size_t size = 8; size < file.size() - 12; size += 7) {
-    EXPECT_TRUE(ReadPages(file.substr(0, size)).at(0).starts_with("error: is not a whole PNG"));
+    EXPECT_TRUE(ReadPages(file.substr(0, size)).starts_with("error: is not a whole PNG"));
   }
 }
 

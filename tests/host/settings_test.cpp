@@ -14,10 +14,10 @@ std::string Error(const std::function<void(Settings&)>& use) {
   Settings settings;
   try {
     use(settings);
-    return "";
   } catch (const HostError& error) {
     return std::to_string(error.Code()) + " " + error.what();
   }
+  return "";
 }
 
 TEST(Settings, FileSetsWhatItNames) {

@@ -75,31 +75,6 @@ void EachByteOfTheRecord(Report& report, const TempHome& home, int share) {
   }
 }
 
-void ManyRecords(Report& report, const TempHome& home, int share) {
-  Victim victim(report);
-  const OEMDEV base = FullRecord(home);
-  auto* bytes = reinterpret_cast<BYTE*>(victim.machine.devmode.get());
-  const auto fields = OemDevFields();
-  for (long seed = 0; seed < 3000L * share; ++seed) {
-    report.Try("random record " + std::to_string(seed));
-    std::mt19937 random(static_cast<unsigned>(seed));
-    *victim.machine.devmode = base;
-    for (unsigned changes = 1 + random() % 24; changes > 0; --changes) {
-      const OemDevField& field = fields[random() % fields.size()];
-      constexpr DWORD kExtremes[] = {0, 1, 2, 4, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-      const DWORD value = random() % 2 == 0 ? kExtremes[random() % std::size(kExtremes)] : random();
-      if (field.size <= sizeof value) {
-        std::memcpy(bytes + field.offset, &value, field.size);
-      } else {
-        for (std::size_t i = 0; i < field.size; ++i) {
-          bytes[field.offset + i] = "\\{}nxX07 \xFF"[random() % 10];
-        }
-      }
-    }
-    victim.Print();
-  }
-}
-
 // Every length of a record, in a block of exactly that size, with heads that say something else.
 void HostileLengths(Report& report, const TempHome& home, int share) {
   Victim victim(report);
@@ -140,6 +115,31 @@ Row Pick(std::mt19937& random, std::initializer_list<Row> rows) {
   return rows.begin()[random() % rows.size()];
 }
 
+void ChangeFields(OEMDEV& record, std::mt19937& random) {
+  const auto fields = OemDevFields();
+  auto* bytes = reinterpret_cast<BYTE*>(&record);
+  for (unsigned changes = 1 + random() % 24; changes > 0; --changes) {
+    const OemDevField& field = fields[random() % fields.size()];
+    const DWORD value = Pick<DWORD>(random, {0, 1, 2, 4, 1000, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF,
+                                             static_cast<DWORD>(random())});
+    for (std::size_t i = 0; i < field.size; ++i) {
+      bytes[field.offset + i] = field.size <= sizeof value
+                                    ? static_cast<BYTE>(value >> 8 * i)
+                                    : static_cast<BYTE>("\\{}nxX07 \xFF"[random() % 10]);
+    }
+  }
+}
+
+void ChangePaper(Machine& machine, std::mt19937& random) {
+  DEVMODEW& devmode = machine.publicDevmode;
+  devmode.dmOrientation = Pick<SHORT>(random, {-1, 0, 1, 2, 3});
+  for (SHORT* field : {&devmode.dmPaperWidth, &devmode.dmPaperLength, &devmode.dmCopies,
+                       &devmode.dmYResolution, &devmode.dmCollate}) {
+    *field = Pick<SHORT>(random, {-32768, -1, 0, 1, 2, 203, 300, 32767});
+  }
+  machine.dpi = Pick<LONG>(random, {0, 1, 203, 600, 65535, 0x7FFFFFFF, -1});
+}
+
 void HostileBand(Machine& machine, std::mt19937& random) {
   const LONG width = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 24, 60, 300, 1 << 11, INT32_MAX});
   const LONG height = Pick<LONG>(random, {INT32_MIN, -1, 0, 1, 5, 8, 60, 200, INT32_MAX});
@@ -153,50 +153,32 @@ void HostileBand(Machine& machine, std::mt19937& random) {
   machine.bandFormat = random() % 7;
   machine.OddBand(width, height, blank || size < 100000 ? size : 4096, {offset(), offset()}, blank,
                   null);
-}
-
-void HostileBands(Report& report, Victim& victim, long count) {
-  for (long seed = 0; seed < count; ++seed) {
-    report.Try("hostile bands " + std::to_string(seed));
-    std::mt19937 random(static_cast<unsigned>(seed));
-    victim.machine.publicDevmode.dmOrientation = Pick<SHORT>(random, {1, 2, 2, 3});
-    victim.machine.devmode->dwColorMode = 1 + random() % 2;
-    victim.machine.devmode->bCropToContent = random() % 2;
-    victim.Print("Sp", [&] {
-      for (unsigned bands = 1 + random() % 4; bands > 0; --bands) {
-        HostileBand(victim.machine, random);
-      }
-      victim.machine.bandFormat = 5;
-      victim.machine.Run("saE");
-    });
-  }
+  machine.bandFormat = 5;
 }
 
 }  // namespace
 
-void HostilePages(Report& report, const TempHome&, int share) {
+// Each job has a record, a paper or bands that are hostile, or all of them.
+void HostileJobs(Report& report, const TempHome& home, int share) {
   Victim victim(report);
+  const OEMDEV base = FullRecord(home);
   const DEVMODEW usual = victim.machine.publicDevmode;
-  for (long seed = 0; seed < 1000L * share; ++seed) {
-    report.Try("hostile paper " + std::to_string(seed));
+  for (long seed = 0; seed < 4000L * share; ++seed) {
+    report.Try("hostile job " + std::to_string(seed));
     std::mt19937 random(static_cast<unsigned>(seed));
-    DEVMODEW& devmode = victim.machine.publicDevmode;
-    devmode.dmOrientation = Pick<SHORT>(random, {-1, 0, 1, 2, 3});
-    for (SHORT* field : {&devmode.dmPaperWidth, &devmode.dmPaperLength, &devmode.dmCopies,
-                         &devmode.dmYResolution, &devmode.dmCollate}) {
-      *field = Pick<SHORT>(random, {-32768, -1, 0, 1, 2, 203, 300, 32767});
-    }
-    victim.machine.devmode->bCropToContent = random() % 2;
-    for (DWORD* margin : {&victim.machine.devmode->dwUnprintableLeft,
-                          &victim.machine.devmode->dwUnprintableBottom}) {
-      *margin = Pick<DWORD>(random, {0, 1000, 0x7FFFFFFF, 0xFFFFFFFF});
-    }
-    victim.machine.dpi = Pick<LONG>(random, {0, 1, 203, 600, 65535, 0x7FFFFFFF, -1});
-    victim.Print();
+    *victim.machine.devmode = base;
+    victim.machine.publicDevmode = usual;
+    victim.machine.dpi = 203;
+    const unsigned what = 1 + random() % 7;
+    if (what & 1) ChangeFields(*victim.machine.devmode, random);
+    if (what & 2) ChangePaper(victim.machine, random);
+    victim.Print("Sp", [&] {
+      for (unsigned bands = what & 4 ? 1 + random() % 4 : 0; bands > 0; --bands) {
+        HostileBand(victim.machine, random);
+      }
+      victim.machine.Run("saE");
+    });
   }
-  victim.machine.publicDevmode = usual;
-  victim.machine.dpi = 203;
-  HostileBands(report, victim, 300L * share);
 }
 
 void HostileFiles(Report& report, const TempHome& home, int share) {

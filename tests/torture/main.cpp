@@ -22,12 +22,12 @@ struct Part {
 };
 
 constexpr Part kParts[] = {
-    {"calls", FailEachCall, "trace"},   {"memory", FailEachRequest, "trace"},
-    {"writes", FailEachWrite, "error"}, {"bytes", EachByteOfTheRecord, "error"},
-    {"records", ManyRecords, "error"},  {"lengths", HostileLengths, "error"},
-    {"pages", HostilePages, "error"},   {"files", HostileFiles, "error"},
-    {"order", CallOrders, "error"},     {"threads", ManyAtOnce, "trace"},
-    {"soak-pages", SoakPages, "error"}, {"soak-jobs", SoakDocuments, "error"},
+    {"calls", FailEachCall, "trace"},      {"memory", FailEachRequest, "trace"},
+    {"writes", FailEachWrite, "error"},    {"bytes", EachByteOfTheRecord, "error"},
+    {"jobs", HostileJobs, "error"},        {"lengths", HostileLengths, "error"},
+    {"files", HostileFiles, "error"},      {"order", CallOrders, "error"},
+    {"threads", ManyAtOnce, "trace"},      {"soak-pages", SoakPages, "error"},
+    {"soak-jobs", SoakDocuments, "error"},
 };
 
 constexpr int kMostPrinted = 20;

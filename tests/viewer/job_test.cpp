@@ -138,9 +138,7 @@ TEST(JobReading, HostileStreamsEndSoon) {
   const std::string image = Download("0", kArrow), size = PageSetUp("4.00,5.00,5.00");
   const std::string place = "I:Image0;0.00,0.00,0;0\r\nA1\r\n";
   const std::string jobs[] = {
-      std::string(1 << 20, '\0'),
       std::string(1 << 20, '\n'),
-      std::string(1 << 20, 'A'),
       Claim("\0\1\x86\xA0\0\0\7\xD0"s) + size + place,
       image + PageSetUp("10000000.00,10000000.00,5000000.00") + place,
       image + size + "I:F;" + std::string(400, '9') + ",-99999999999,180;0\r\nA9999999999999\r\n",

@@ -71,18 +71,7 @@ struct Case {
   int Dots(double mm) const { return static_cast<int>(std::lround(mm * dpi / 25.4)); }
 };
 
-class RoundTrip : public VlxProcess {
- protected:
-  std::string Print(const Case& how, const std::vector<Page>& pages) {
-    std::string stream;
-    for (const Page& sheet : pages) stream += Ppm(sheet);
-    home.WriteFile("pages.ppm", stream);
-    home.WriteFile("settings.toml", how.Settings());
-    EXPECT_EQ(Run("- --settings {}settings.toml -o {}job <{}pages.ppm"), 0)
-        << how.Settings() << Read("err.txt");
-    return Read("job");
-  }
-};
+using RoundTrip = VlxProcess;
 
 // What a label shows, reckoned dot by dot from the page and the paper alone.
 struct Expected {
@@ -90,61 +79,39 @@ struct Expected {
   std::vector<char> black = std::vector<char>(width * length), red = black;
 };
 
-void Lay(const Case& how, const Page& image, char ink, double shiftMm, Expected& label,
-         std::vector<char>& plane) {
-  for (int y = 0; y < image.height; ++y) {
-    for (int x = 0; x < image.width; ++x) {
-      if (image.At(x, y) != ink) continue;
-      const std::pair<int, int> turned[] = {
-          {how.Dots(how.widthMm + shiftMm) - 1 - x, how.Dots(how.lengthMm) - 1 - y},
-          {how.Dots(shiftMm) + y, how.Dots(how.widthMm) - 1 - x},
-          {how.Dots(shiftMm) + x, y},
-          {how.Dots(how.lengthMm + shiftMm) - 1 - y, x}};
-      auto [px, py] = turned[how.rotation];
-      px += how.Dots(how.offsetX), py += how.Dots(how.offsetY);
-      if (px >= 0 && py >= 0 && px < label.width && py < label.length) {
-        plane[py * label.width + px] = 1;
-      }
-    }
-  }
-}
-
-// The page's own image: as large as the head reaches, white where it does not, upright on the web.
-Page OwnImage(const Case& how, const Page& page) {
-  const auto whole = [&](double mm) { return static_cast<int>(mm * how.dpi / 25.4 + 1e-6); };
-  const bool margins = how.left + how.right + how.top + how.bottom > 0;
-  // A landscape page has the web's right margin on top and the web's top margin at the left.
-  const int left = whole(how.landscape ? how.top : how.left);
-  const int top = whole(how.landscape ? how.right : how.top);
-  const int across = whole(how.landscape ? how.top + how.bottom : how.left + how.right);
-  const int along = whole(how.landscape ? how.left + how.right : how.top + how.bottom);
-  const double widthMm = how.landscape ? how.lengthMm : how.widthMm;
-  const double heightMm = how.landscape ? how.widthMm : how.lengthMm;
-  Page image = {page.width, page.height, {}};
-  if (margins) image = {whole(widthMm) - across, whole(heightMm) - along, {}};
-  image.ink.resize(image.width * image.height, kWhite);
-  for (int y = top; y < image.height; ++y) {
-    for (int x = left; x < image.width; ++x) image.ink[y * image.width + x] = page.At(x, y);
-  }
-  if (!how.landscape) return image;
-  Page turned = {image.height, image.width, std::vector<char>(image.ink.size())};
-  for (int y = 0; y < image.height; ++y) {
-    for (int x = 0; x < image.width; ++x) {
-      turned.ink[x * turned.width + image.height - 1 - y] = image.At(x, y);
-    }
-  }
-  return turned;
-}
-
 Expected Expect(const Case& how, const Page& page) {
-  const Page image = OwnImage(how, page);
-  const bool odd = how.rotation % 2 != 0;
-  Expected expected = {how.Dots((odd ? how.lengthMm : how.widthMm) - how.left - how.right),
-                       how.Dots((odd ? how.widthMm : how.lengthMm) - how.top - how.bottom)};
-  Lay(how, image, kBlack, 0, expected, expected.black);
-  // The highlight is placed one paper's width further, the half of the head one label's width.
-  Lay(how, image, kRed, how.left + how.right, expected, expected.red);
-  return expected;
+  const auto whole = [&](double mm) { return static_cast<int>(mm * how.dpi / 25.4 + 1e-6); };
+  const bool turned = how.landscape, odd = how.rotation % 2 != 0;
+  // A landscape page has the web's right margin on top and the web's top margin at the left.
+  const int left = whole(turned ? how.top : how.left), top = whole(turned ? how.right : how.top);
+  int width = page.width, height = page.height;  // as far as the head reaches
+  if (how.left + how.right + how.top + how.bottom > 0) {
+    const int across = whole(how.widthMm) - whole(how.left + how.right);
+    const int along = whole(how.lengthMm) - whole(how.top + how.bottom);
+    std::tie(width, height) = turned ? std::pair(along, across) : std::pair(across, along);
+  }
+  Expected label = {how.Dots((odd ? how.lengthMm : how.widthMm) - how.left - how.right),
+                    how.Dots((odd ? how.widthMm : how.lengthMm) - how.top - how.bottom)};
+  for (int y = top; y < height; ++y) {
+    for (int x = left; x < width; ++x) {
+      const char ink = page.At(x, y);
+      if (ink == kWhite) continue;
+      // Upright on the web; the highlight is placed one paper's width further, the half of the head
+      // one label's width.
+      const auto [u, v] = turned ? std::pair(height - 1 - y, x) : std::pair(x, y);
+      const double shiftMm = ink == kRed ? how.left + how.right : 0;
+      const std::pair<int, int> places[] = {
+          {how.Dots(how.widthMm + shiftMm) - 1 - u, how.Dots(how.lengthMm) - 1 - v},
+          {how.Dots(shiftMm) + v, how.Dots(how.widthMm) - 1 - u},
+          {how.Dots(shiftMm) + u, v},
+          {how.Dots(how.lengthMm + shiftMm) - 1 - v, u}};
+      const int px = places[how.rotation].first + how.Dots(how.offsetX);
+      const int py = places[how.rotation].second + how.Dots(how.offsetY);
+      if (px < 0 || py < 0 || px >= label.width || py >= label.length) continue;
+      (ink == kRed ? label.red : label.black)[py * label.width + px] = 1;
+    }
+  }
+  return label;
 }
 
 int Differences(const viewer::BitImage& picture, const std::vector<char>& plane) {
@@ -182,7 +149,13 @@ TEST_F(RoundTrip, EveryPageComesOutInItsPlaceToTheDot) {
                           : RandomPage(how.landscape ? height : width,
                                        how.landscape ? width : height, how.two, random));
     }
-    const std::string job = Print(how, pages);
+    std::string stream;
+    for (const Page& sheet : pages) stream += Ppm(sheet);
+    home.WriteFile("pages.ppm", stream);
+    home.WriteFile("settings.toml", how.Settings());
+    ASSERT_EQ(Run("- --settings {}settings.toml -o {}job <{}pages.ppm"), 0)
+        << how.Settings() << Read("err.txt");
+    const std::string job = Read("job");
     viewer::JobView view(job, how.dpi);
     for (const Page& sheet : pages) {
       const std::optional<viewer::DrawnLabel> drawn = view.Next();
