@@ -47,6 +47,13 @@ std::size_t LibpngLevel9Bytes(std::span<const char> png) {
     source.left = source.left.subspan(size);
   });
   png_read_png(reader, info, PNG_TRANSFORM_IDENTITY, nullptr);
+  const unsigned lastDots = png_get_image_width(reader, info) % 8;
+  if (png_get_bit_depth(reader, info) == 1 && lastDots != 0) {
+    // What libpng leaves behind the last dots is chance.
+    for (png_uint_32 y = 0; y < png_get_image_height(reader, info); ++y) {
+      png_get_rows(reader, info)[y][png_get_rowbytes(reader, info) - 1] &= 0xFF00 >> lastDots;
+    }
+  }
 
   std::size_t bytes = 0;
   png_structp writer = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, Fail, nullptr);
