@@ -14,6 +14,7 @@
 #include "platform/fault.h"
 #include "platform/linux/block.h"
 #include "platform/linux/gdiplus_image.h"
+#include "platform/linux/least_deflate.h"
 #include "platform/linux/row_deflate.h"
 #include "platform/linux/system_state.h"
 
@@ -34,7 +35,6 @@ constexpr INT kSampledRow = 5;     // every fifth row tells enough
 constexpr MatchSearch kUsualSearch = {4, 64, true};
 constexpr MatchSearch kFastSearch = {2, 32, false};
 constexpr int kFastLevel = 1;
-constexpr int kThoroughLevel = 9;
 constexpr int kMostLevel = 12;
 
 struct BlockFreer {
@@ -51,9 +51,11 @@ Block MakeBlock(SIZE_T bytes) {
 std::mutex mutex;
 libdeflate_compressor* keptCompressors[kMostLevel + 1];
 RowDeflate* keptRowDeflate;
+LeastDeflate* keptLeastDeflate;
 
 void Free(libdeflate_compressor* compressor) { libdeflate_free_compressor(compressor); }
 void Free(RowDeflate* rowDeflate) { delete rowDeflate; }
+void Free(LeastDeflate* leastDeflate) { delete leastDeflate; }
 
 template <typename T>
 class Kept {
@@ -150,44 +152,51 @@ struct Compression {
   BYTE* out;
   SIZE_T room;
 
-  // All three return the bytes written to out, which has room for the worst case; 0 without memory.
-  SIZE_T At(int level) const {
+  // All return the bytes written to out, which has room for the worst case; 0 without memory.
+  SIZE_T At(int level, SIZE_T most) const {
     const Kept<libdeflate_compressor> compressor(
         keptCompressors[level], [level] { return libdeflate_alloc_compressor(level); });
     if (compressor.Get() == nullptr) return 0;
-    return libdeflate_zlib_compress(compressor.Get(), rows.get(), bytes, out, room);
+    return libdeflate_zlib_compress(compressor.Get(), rows.get(), bytes, out, most);
   }
+
+  SIZE_T Fast() const { return At(kFastLevel, room); }
 
   // Where rows repeat, that is what there is to find; in diffused greys there is nothing, and a
   // search costs the most.
   SIZE_T Usual(const MatchSearch& search) const {
-    const SIZE_T repeatBytes =
-        rowBytes * RowsUp(rows.get(), rowBytes, static_cast<INT>(bytes / rowBytes));
-    if (repeatBytes == 0 || repeatBytes > DeflateWriter::kMostDistance ||
-        bytes > RowDeflate::kMostBytes) {
-      return At(kFastLevel);
-    }
+    const SIZE_T repeatBytes = RepeatBytes();
+    if (repeatBytes == 0 || bytes > HashChain::kMostBytes) return Fast();
     const Kept<RowDeflate> rowDeflate(keptRowDeflate,
                                       [] { return new (std::nothrow) RowDeflate(); });
     if (rowDeflate.Get() == nullptr) return 0;
     const SIZE_T size =
         rowDeflate.Get()->Compress(rows.get(), bytes, repeatBytes, search, out, room);
-    return size != 0 ? size : At(kFastLevel);
+    return size != 0 ? size : Fast();
   }
 
-  // Now and then the most thorough search is not the one that finds most.
-  SIZE_T Least() const {
-    int best = 0;
-    SIZE_T least = Usual(kUsualSearch);
-    SIZE_T last = least;
-    for (const int level : {kThoroughLevel, kMostLevel}) {
-      last = At(level);
-      if (last == 0 || last >= least) continue;
-      least = last;
-      best = level;
-    }
-    if (last == least) return last;
-    return best == 0 ? Usual(kUsualSearch) : At(best);
+  // Now and then, as with noise, the most thorough search is not the one that finds most.
+  SIZE_T Least(bool isOneBit) const {
+    const SIZE_T usual = Usual(kUsualSearch);
+    const SIZE_T least = isOneBit ? LeastOfDots(usual) : At(kMostLevel, usual);
+    return least != 0 ? least : Usual(kUsualSearch);
+  }
+
+ private:
+  SIZE_T LeastOfDots(SIZE_T most) const {
+    if (rowBytes > DeflateToken::kMostDistance || bytes > HashChain::kMostBytes) return 0;
+    const Kept<LeastDeflate> leastDeflate(keptLeastDeflate,
+                                          [] { return new (std::nothrow) LeastDeflate; });
+    if (leastDeflate.Get() == nullptr) return 0;
+    const SIZE_T repeatBytes = RepeatBytes();
+    return leastDeflate.Get()->Compress(rows.get(), bytes,
+                                        repeatBytes != 0 ? repeatBytes : rowBytes, out, most);
+  }
+
+  // How far back the rows are that rows resemble; 0 when there are none within reach.
+  SIZE_T RepeatBytes() const {
+    const SIZE_T back = rowBytes * RowsUp(rows.get(), rowBytes, static_cast<INT>(bytes / rowBytes));
+    return back > DeflateToken::kMostDistance ? 0 : back;
   }
 };
 
@@ -229,7 +238,7 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
   const PngSize wanted = SystemState()->pngSize;
   const SIZE_T compressed =
       wanted == PngSize::Small
-          ? compression.Least()
+          ? compression.Least(image.IsOneBit())
           : compression.Usual(wanted == PngSize::Fast ? kFastSearch : kUsualSearch);
   if (compressed == 0 || compressed > kMostChunkBytes) return OutOfMemory;
   BYTE* end = PutChunk(data, compressed);
@@ -246,6 +255,7 @@ void ReleasePngCompressors() {
     Free(std::exchange(compressor, nullptr));
   }
   Free(std::exchange(keptRowDeflate, nullptr));
+  Free(std::exchange(keptLeastDeflate, nullptr));
 }
 
 }  // namespace Gdiplus
