@@ -1,72 +1,28 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "tests/support/png_image.h"
-#include "tests/support/temp_home.h"
-#include "tests/torture/machine.h"
+#include "tests/Renderer/job.h"
 
 namespace {
 
-using Events = std::vector<std::string>;
-
-class Job : public ::testing::Test {
- protected:
-  void SetUp() override {
-    machine.widthPx = 60;
-    machine.heightPx = 40;
-    machine.bandPx = 10;
-    machine.notesCalls = true;
-    ASSERT_TRUE(machine.Do('O'));
-    OEMDMPARAM block = {};
-    block.pOEMDMOut = machine.devmode.get();
-    block.cbBufSize = sizeof(OEMDEV);
-    ASSERT_EQ(machine.Object()->DevMode(OEMDM_DEFAULT, &block), S_OK);
-    machine.Run("VN");
-  }
-  void TearDown() override { EXPECT_EQ(machine.results, ""); }
-
-  // The writes between the driver's own calls, page images as <png>.
-  Events Take() {
-    Events events = machine.Writes();
-    machine.writes.clear();
-    for (std::string& event : events) {
-      const PngImage png = DecodePng(event);
-      if (png.width == 0) continue;
-      event = "<png " + std::to_string(png.width) + "x" + std::to_string(png.height) + " " +
-              std::to_string(png.bitDepth) + "-bit>";
-    }
-    return events;
-  }
-
-  TempHome home;
-  LoadedPlugin plugin;
-  Machine machine;
-  const std::string header =
-      ";Created: dd.mm.yyyy, hh:mm:ss\r\n;Driver version: 1.3.0.25\r\n;Printer model: VLX Label\r\n"
-      ";Print job name: job\r\n";
-  const std::string setup = "mm\r\nzO\r\nJ\r\nH100,0,T,R0\r\nSl0;0.00,0.00,30.00,33.00,50.00";
-  const std::string place = "\r\nI:Image0;50.00,30.00,180;0";
-};
+const std::string kSetup = "mm\r\nzO\r\nJ\r\nH100,0,T,R0\r\nSl0;0.00,0.00,30.00,33.00,50.00";
+const std::string kPlace = "\r\nI:Image0;50.00,30.00,180;0";
 
 TEST_F(Job, PagesGoOutOneHookLate) {
   machine.publicDevmode.dmCopies = 3;
   EXPECT_TRUE(machine.Do('S'));
-  EXPECT_EQ(Take(), (Events{header, "DrvStartDoc"}));
+  EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc"}));
   EXPECT_TRUE(machine.Do('a'));
   EXPECT_EQ(Take(), (Events{"DrvStartPage", "DrvSendPage"}));
   EXPECT_TRUE(machine.Do('a'));
   const Events download = {"dPNG;0\r\n\x1B:", "<png 60x40 1-bit>",
                            "\x1B"
                            "end-of-data\r\n"};
-  EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", download[0], download[1], download[2], setup + place,
+  EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", download[0], download[1], download[2], kSetup + kPlace,
                             "\r\nA3\r\n", "DrvStartPage", "DrvSendPage"}));
   EXPECT_TRUE(machine.Do('E'));
-  EXPECT_EQ(Take(), (Events{download[0], download[1], download[2], setup + place, "\r\nA3\r\n",
+  EXPECT_EQ(Take(), (Events{download[0], download[1], download[2], kSetup + kPlace, "\r\nA3\r\n",
                             "DrvEndDoc"}));
   EXPECT_TRUE(machine.Do('S'));  // the next document opens like the first
   EXPECT_TRUE(machine.Do('E'));
-  EXPECT_EQ(Take(), (Events{header, "DrvStartDoc", "\r\nA3\r\n", "DrvEndDoc"}));
+  EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "\r\nA3\r\n", "DrvEndDoc"}));
 }
 
 TEST_F(Job, AbortWritesNothingMore) {
@@ -105,7 +61,7 @@ TEST_F(Job, SettingsOfAPageAreThoseOfItsStart) {
   machine.publicDevmode.dmPaperWidth = 400;
   machine.Run("a");
   Events events = Take();
-  EXPECT_EQ(events[events.size() - 4], setup + place);
+  EXPECT_EQ(events[events.size() - 4], kSetup + kPlace);
   machine.Run("E");
   events = Take();
   EXPECT_NE(events[3].find("H55,"), std::string::npos);
@@ -133,7 +89,7 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
   const Events events = Take();
   EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
   EXPECT_NE(events[events.size() - 3].find(",20.00,23.00,60.00"), std::string::npos);
-  EXPECT_TRUE(events[events.size() - 3].ends_with(place));  // the placement keeps the paper's size
+  EXPECT_TRUE(events[events.size() - 3].ends_with(kPlace));  // the placement keeps the paper's size
 }
 
 TEST(Jobs, LogTellsTheRoadOfAPage) {

@@ -63,7 +63,7 @@ class Drawings : public GdiPlus {
     Colors pixels;
   };
 
-  Drawings() : page(452 * 150) {
+  Drawings() : page(904 * 300) {
     for (BYTE& byte : page) byte = static_cast<BYTE>(random());
   }
   INT Number(INT least, INT most) {
@@ -74,7 +74,7 @@ class Drawings : public GdiPlus {
     const INT like = Number(0, 3);
     std::tie(sheet.width, sheet.height) = like == 0   ? std::pair(other.width, other.height)
                                           : like == 1 ? std::pair(other.height, other.width)
-                                                      : std::pair(Number(1, 150), Number(1, 150));
+                                                      : std::pair(Number(1, 300), Number(1, 150));
     const bool oneBit = Number(0, 3) == 0;
     sheet.bitmap = std::make_unique<Bitmap>(sheet.width, sheet.height,
                                             oneBit ? PixelFormat1bppIndexed : PixelFormat24bppRGB);

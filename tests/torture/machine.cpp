@@ -150,7 +150,7 @@ bool Machine::NewContext(DEVOBJ& device) {
       {57, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })},
       {58, reinterpret_cast<PFN>(+[](SURFOBJ*, POINTL*) { return BOOL{TRUE}; })}};
   DRVENABLEDATA own = {0x10000, 6, functions};
-  GDIINFO info = {};
+  info = given;
   info.cBitsPixel = paletteColors == 0 ? 24 : 8;
   info.ulLogPixelsX = info.ulLogPixelsY = static_cast<ULONG>(dpi);
   if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
@@ -205,7 +205,7 @@ bool Machine::BandAt(LONG position) {
   std::vector<BYTE> bytes(static_cast<std::size_t>(stride) * height, 0xAA);
   for (LONG i = 0; i < width * height; ++i) {
     const LONG x = i % width, y = i / width;
-    const DWORD rgb = PixelOf(m_picture, at.x + x, at.y + y);
+    const DWORD rgb = paint ? paint(at.x + x, at.y + y) : PixelOf(m_picture, at.x + x, at.y + y);
     for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
   }
   const auto size = static_cast<DWORD>(bytes.size());

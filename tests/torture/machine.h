@@ -67,7 +67,10 @@ class Machine {
   LONG heightPx = 80;
   LONG bandPx = 32;
   DWORD bandFormat = 5;
-  ULONG paletteColors = 0;  // above 0: the driver has a palette of its own
+  ULONG paletteColors = 0;                     // above 0: the driver has a palette of its own
+  std::function<DWORD(LONG x, LONG y)> paint;  // 0xRRGGBB of a pixel of every page; or null
+  GDIINFO given = {};                          // the driver's own, to which the plug-in is asked
+  GDIINFO info = {};                           // what it has made of that
   DWORD jobId = 7;
   std::function<void()> beforeFirst;  // runs before the first verb of a job
 

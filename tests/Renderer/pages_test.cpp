@@ -1,0 +1,144 @@
+// What the images of a page are, and where they are placed.
+
+#include <set>
+
+#include "platform/fault.h"
+#include "tests/Renderer/job.h"
+
+namespace {
+
+class Pages : public Job {
+ protected:
+  ~Pages() override { PlatformSetFaultHook(nullptr, nullptr); }
+
+  // A document of one page, of that size and those colours.
+  void Print(LONG width, LONG height, const std::function<DWORD(LONG, LONG)>& picture) {
+    machine.widthPx = width;
+    machine.heightPx = height;
+    machine.paint = picture;
+    machine.writes.clear();
+    machine.Run("SaE");
+  }
+};
+
+DWORD Grey(LONG, LONG) { return 0x606060; }
+DWORD Paper(LONG, LONG) { return 0xFFFFFF; }
+DWORD DotAt30And40(LONG x, LONG y) { return x == 30 && y == 40 ? 0 : 0xFFFFFF; }
+DWORD Speckles(LONG x, LONG y) { return x * x % 3 == 0 || (x + 3 * y) % 5 == 0 ? 0 : 0xFFFFFF; }
+
+TEST_F(Pages, DithererAndItsParameterReachTheDots) {
+  for (const std::string mode : {"1", "2"}) {
+    std::set<std::vector<unsigned char>> pictures;
+    for (const std::string ditherer :
+         {"wDitherer=0 byDitherParam=0", "wDitherer=2 byDitherParam=1",
+          "wDitherer=2 byDitherParam=2", "wDitherer=4 byDitherParam=2"}) {
+      Set("dwColorMode=" + mode + " " + ditherer);
+      Print(64, 64, Grey);
+      pictures.insert(Image(mode == "1" ? "0" : "1").grey);
+    }
+    EXPECT_EQ(pictures.size(), 4u) << mode;
+  }
+}
+
+TEST_F(Pages, PageWithoutColourModeIsNotSent) {
+  for (const char* mode : {"dwColorMode=0", "dwColorMode=3", "dwColorMode=4294967295"}) {
+    Set(mode);
+    Print(60, 40, Grey);
+    EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "DrvStartPage", "DrvSendPage", "\r\nA1\r\n",
+                              "DrvEndDoc"}));
+  }
+}
+
+TEST_F(Pages, ShortBufferIsCompletedWithWhite) {
+  Set("wDitherer=0");
+  machine.Run("Sp");
+  machine.OddBand(12, 9, 36 * 4, {0, 0}, false);  // four rows of nine
+  machine.Run("sE");
+  std::vector<unsigned char> grey(12 * 9, 255);
+  std::fill(grey.begin(), grey.begin() + 12 * 4, 0);
+  EXPECT_EQ(Image().grey, grey);
+}
+
+TEST_F(Pages, FailedStageEndsThePage) {
+  machine.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+  // Page copy, borders, orientation, both split planes, both 1-bit images.
+  for (int n = 1; n <= 7; ++n) {
+    Set("dwColorMode=2 dwUnprintableTop=1000 dwSpeed=100");
+    machine.Run("NSa");
+    Set("dwSpeed=55");
+    Take();
+    int left = n;
+    PlatformSetFaultHook(
+        [](const char* call, void* context) {
+          return std::string_view(call) == "GdipCreateBitmapFromScan0" &&
+                 --*static_cast<int*>(context) == 0;
+        },
+        &left);
+    EXPECT_FALSE(machine.Do('p'));
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_EQ(Take(), Events{"DrvStartPage"}) << n;
+    // The page that comes has been prepared all the same.
+    for (const char verb : {'i', 's', 'E'}) EXPECT_TRUE(machine.Do(verb));
+    const Events last = Take();
+    EXPECT_EQ(last[last.size() - 3].find("H55,") != std::string::npos, n > 3) << n;
+  }
+}
+
+TEST_F(Pages, FirstPageOpensWithBlocksAndErase) {
+  SetBlock(*machine.devmode, 0, kBlockPlain, "zero");
+  SetBlock(*machine.devmode, 2, kBlockInline, "two");
+  machine.Run("SaaE");
+  Events writes = machine.writes;
+  const auto opens = [](const std::string& write) { return write == "two\r\n"; };
+  EXPECT_EQ(std::count_if(writes.begin(), writes.end(), opens), 1);
+  const auto erase = std::find(writes.begin(), writes.end(), "eIMG;*\r\n");
+  ASSERT_GE(erase - writes.begin(), 2);
+  EXPECT_EQ((Events{erase - 2, erase + 2}),
+            (Events{"zero\r\n", "two\r\n", "eIMG;*\r\n", "dPNG;0\r\n\x1B:"}));
+  machine.writes.clear();
+  machine.devmode->wCustomType0 = kBlockInline;
+  machine.Run("SaE");
+  EXPECT_EQ(std::count(machine.writes.begin(), machine.writes.end(), "zero\r\n"), 0);
+}
+
+TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
+  struct Row {
+    const char* rotation;
+    DWORD (*picture)(LONG, LONG);
+    unsigned width, height;
+    const char* place;
+  };
+  const Row rows[] = {{"dwRotation=0", DotAt30And40, 90, 1, "100.00,45.00,180"},  // 5.00 mm
+                      {"dwRotation=1", DotAt30And40, 1, 200, "0.00,96.25,90"},    // 3.75 mm
+                      {"dwRotation=0", Paper, 90, 1, "100.00,50.00,180"},
+                      {"dwRotation=1", Paper, 1, 200, "0.00,100.00,90"}};
+  machine.publicDevmode.dmPaperWidth = 1000;
+  machine.publicDevmode.dmPaperLength = 500;
+  const auto placed = [this] { return machine.writes[machine.writes.size() - 3]; };
+  for (const Row& row : rows) {
+    Set("bCropToContent=1 " + std::string(row.rotation));
+    Print(90, 200, row.picture);
+    EXPECT_EQ(std::pair(Image().width, Image().height), std::pair(row.width, row.height));
+    EXPECT_TRUE(placed().ends_with("\r\nI:Image0;" + std::string(row.place) + ";0")) << placed();
+  }
+  machine.publicDevmode.dmYResolution = 1;
+  Set("dwRotation=2");
+  Print(90, 200, DotAt30And40);
+  EXPECT_TRUE(placed().ends_with("\r\nI:Image0;0.00,1016.00,0;0")) << placed();
+}
+
+TEST_F(Pages, BothSidesShowTheOneColourImageTwice) {
+  Print(30, 8, Speckles);
+  const PngImage once = Image();
+  Set("bTopSideSameAsBottom=1");
+  Print(30, 8, Speckles);
+  const PngImage twice = Image();
+  EXPECT_EQ(std::tuple(twice.width, twice.height, twice.bitDepth, twice.colorType),
+            std::tuple(60u, 8u, 8, PNG_COLOR_TYPE_RGB));
+  for (unsigned i = 0; i < 60 * 8; ++i) ASSERT_EQ(twice.grey[i], once.At(i % 30, i / 60)) << i;
+  Set("dwColorMode=2");  // the option is one-colour only
+  Print(30, 8, Speckles);
+  EXPECT_EQ(Image("1").width, 30u);
+}
+
+}  // namespace
