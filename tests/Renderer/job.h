@@ -24,10 +24,8 @@ class Job : public ::testing::Test {
     machine.bandPx = 10;
     machine.notesCalls = true;
     ASSERT_TRUE(machine.Do('O'));
-    OEMDMPARAM block = {};
-    block.pOEMDMOut = machine.devmode.get();
-    block.cbBufSize = sizeof(OEMDEV);
-    ASSERT_EQ(machine.Object()->DevMode(OEMDM_DEFAULT, &block), S_OK);
+    DevModeCall call(nullptr, *machine.devmode);
+    ASSERT_EQ(machine.Object()->DevMode(OEMDM_DEFAULT, &call.block), S_OK);
     machine.Run("VN");
   }
   void TearDown() override { EXPECT_EQ(machine.results, ""); }

@@ -111,17 +111,8 @@ TEST_F(Memory, LaterPagesFindRoomForDotsThatAreKept) {
   EXPECT_LT(FaultsOf([&] { keep(), keep(), keep(); }), 20);
 }
 
-TEST_F(Memory, DirtyBlocksComeBackZeroedOnRequest) {
-  for (const SIZE_T size : {SIZE_T{100}, SIZE_T{40000}, kPage}) {
-    Dirty(size);
-    BYTE* block = static_cast<BYTE*>(LocalAlloc(LPTR, size));
-    EXPECT_TRUE(IsFilled(block, size, 0)) << size;
-    LocalFree(block);
-  }
-}
-
 // Blocks of several owners that are made, grown and freed in any order, each filled with a byte of
-// its own: none ever lies in another.
+// its own: none ever lies in another, and what is asked for zeroed is zero whatever it held before.
 void Churn(unsigned seed) {
   std::mt19937 random(seed);
   std::vector<std::pair<BYTE*, SIZE_T>> blocks(6);
@@ -132,7 +123,9 @@ void Churn(unsigned seed) {
     const SIZE_T kept = std::exchange(size, random() % (random() % 2 == 0 ? 200000 : 2000));
     if (random() % 3 == 0) {
       LocalFree(block);
-      block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, size));
+      const bool zeroed = random() % 2 == 0;
+      block = static_cast<BYTE*>(LocalAlloc(zeroed ? LPTR : LMEM_FIXED, size));
+      ASSERT_TRUE(!zeroed || IsFilled(block, size, 0)) << "round " << round;
     } else if (block != nullptr) {
       block = static_cast<BYTE*>(LocalReAlloc(block, size, LMEM_MOVEABLE));
       ASSERT_TRUE(IsFilled(block, std::min(size, kept), fill)) << "round " << round;

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "config/oemdev_fields.h"
+#include "platform/print_oem.h"
 
 // "dwOptionE=1 szModelCode=K7"; a text ends at the next blank.
 inline void SetFields(OEMDEV& devmode, const std::string& fields) {
@@ -25,6 +26,22 @@ inline void SetFields(OEMDEV& devmode, const std::string& fields) {
                 text ? value.size() + 1 : field->size);
   }
 }
+
+// The arguments of a call that gives a record, of which extra bytes are said to be there, 0: as
+// many as its own head says.
+struct DevModeCall {
+  DevModeCall(const void* in, OEMDEV& out, std::size_t extra = 0, DWORD room = sizeof(OEMDEV)) {
+    publicDevmode.dmSize = sizeof publicDevmode;
+    publicDevmode.dmDriverExtra = static_cast<WORD>(extra);
+    block.cbSize = sizeof block;
+    block.pPublicDMIn = extra == 0 ? nullptr : &publicDevmode;
+    block.pOEMDMIn = const_cast<void*>(in);
+    block.pOEMDMOut = &out;
+    block.cbBufSize = room;
+  }
+  DEVMODEW publicDevmode = {};
+  OEMDMPARAM block = {};
+};
 
 inline void SetBlock(OEMDEV& devmode, int k, WORD kind, const std::string& text) {
   (&devmode.wCustomType0)[k] = kind;

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <random>
 
-#include "config/oemdev_fields.h"
+#include "tests/support/record.h"
 #include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
@@ -78,7 +78,8 @@ void EachByteOfTheRecord(Report& report, const TempHome& home, int share) {
 // Every length of a record, in a block of exactly that size, with heads that say something else.
 void HostileLengths(Report& report, const TempHome& home, int share) {
   Victim victim(report);
-  const OEMDEV base = FullRecord(home);
+  OEMDEV base = FullRecord(home);
+  base.dwInitialCutSent = 0;  // each new record is
   const std::size_t step = std::max(100 / share, 1);
   for (std::size_t length = 0; length <= sizeof base; length += step) {
     for (const std::size_t said : {std::size_t{0}, std::size_t{11}, std::size_t{12}, length,
@@ -89,17 +90,14 @@ void HostileLengths(Report& report, const TempHome& home, int share) {
       given.header.dwSize = static_cast<DWORD>(said);
       std::memcpy(record.get(), &given, length);
       for (const DWORD mode : {OEMDM_CONVERT, OEMDM_MERGE}) {
-        DEVMODEW publicDevmode = {};
-        publicDevmode.dmSize = sizeof publicDevmode;
-        publicDevmode.dmDriverExtra = static_cast<WORD>(length);
-        OEMDMPARAM block = {};
-        block.cbSize = sizeof block;
-        block.pPublicDMIn = &publicDevmode;
-        block.pOEMDMIn = length == 0 ? nullptr : record.get();
-        block.pOEMDMOut = victim.machine.devmode.get();
-        block.cbBufSize = sizeof base;
-        if (victim.machine.Object()->DevMode(mode, &block) != S_OK) continue;
-        if (std::memchr(victim.machine.devmode->szModelCode, 0, kModelCodeSize) == nullptr) {
+        OEMDEV& taken = *victim.machine.devmode;
+        DevModeCall call(length == 0 ? nullptr : record.get(), taken, length);
+        if (victim.machine.Object()->DevMode(mode, &call.block) != S_OK) continue;
+        given.header = taken.header;
+        if (std::memcmp(&taken, &given, std::min({said, length, sizeof given})) != 0) {
+          report.Find("the record is passed on otherwise");
+        }
+        if (std::memchr(taken.szModelCode, 0, kModelCodeSize) == nullptr) {
           report.Find("a text without end is passed on");
         }
         victim.Print();

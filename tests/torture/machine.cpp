@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "host/driver_helper.h"
 #include "platform/palette.h"
@@ -119,14 +120,14 @@ DWORD APIENTRY Machine::WriteSpool(PDEVOBJ device, PVOID bytes, DWORD size) {
   return static_cast<Machine*>(device->hEngine)->Write(bytes, size);
 }
 
-template <typename Function>
-Function Machine::Hook(ULONG index) const {
+template <typename Function, typename... Arguments>
+bool Machine::Hook(ULONG index, Arguments... arguments) {
   for (ULONG i = 0; i < m_hooks.c; ++i) {
-    if (m_hooks.pdrvfn[i].iFunc == index) {
-      return reinterpret_cast<Function>(m_hooks.pdrvfn[i].pfn);
-    }
+    if (m_hooks.pdrvfn[i].iFunc != index) continue;
+    const auto function = reinterpret_cast<Function>(m_hooks.pdrvfn[i].pfn);
+    return Inside([&] { return function(&m_surface, arguments...); });
   }
-  return nullptr;
+  return false;
 }
 
 Machine& Machine::Of(SURFOBJ* pso) {
@@ -153,7 +154,7 @@ bool Machine::NewContext(DEVOBJ& device) {
   info = given;
   info.cBitsPixel = paletteColors == 0 ? 24 : 8;
   info.ulLogPixelsX = info.ulLogPixelsY = static_cast<ULONG>(dpi);
-  if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
+  EngDeletePalette(m_devInfo.hpalDefault);
   m_devInfo = {};
   ULONG colors[256] = {};
   if (paletteColors != 0) {
@@ -172,8 +173,7 @@ bool Machine::Reset() {
   done = done && Succeeds([&] { return m_plugin->ResetPDEV(&old, &m_device); });
   Inside([&] { return m_plugin->DisablePDEV(&old); });
   if (!done) BandAt(0);  // a context that took nothing over has nothing of the old one
-  const auto start = Hook<PFN_DrvStartDoc>(35);
-  return done && start != nullptr && Inside([&] { return start(&m_surface, nullptr, 0); });
+  return done && Hook<PFN_DrvStartDoc>(35, LPWSTR{nullptr}, DWORD{0});
 }
 
 HRESULT Machine::Band(BITMAPINFOHEADER header, POINT at, const BYTE* pixels, bool blank) {
@@ -213,8 +213,7 @@ bool Machine::BandAt(LONG position) {
     return false;
   }
   POINTL next = {at.x, at.y};
-  const auto hook = Hook<PFN_DrvNextBand>(58);
-  return hook != nullptr && Inside([&] { return hook(&m_surface, &next); });
+  return Hook<PFN_DrvNextBand>(58, &next);
 }
 
 bool Machine::Page(char picture) {
@@ -223,7 +222,7 @@ bool Machine::Page(char picture) {
   const bool landscape = publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;
   const LONG count = ((landscape ? widthPx : heightPx) + bandPx - 1) / bandPx;
   POINTL at = {0, 0};
-  Inside([&] { return Hook<PFN_DrvStartBanding>(57)(&m_surface, &at); });
+  Hook<PFN_DrvStartBanding>(57, &at);
   for (LONG i = 0; i < count; ++i) {
     if (!BandAt(bandPx * (landscape ? count - 1 - i : i))) return false;
   }
@@ -231,9 +230,6 @@ bool Machine::Page(char picture) {
 }
 
 bool Machine::Do(char verb) {
-  const auto hooked = [this](auto function, auto... arguments) {
-    return function != nullptr && Inside([&] { return function(&m_surface, arguments...); });
-  };
   WCHAR name[] = WTEXT("job");
   BYTE raster[] = "Image";
   ULONG left = 0;
@@ -275,8 +271,7 @@ bool Machine::Do(char verb) {
       return NewContext(m_device);
     case 'D': {
       const bool done = Succeeds([&] { return m_plugin->DisablePDEV(&m_device); });
-      if (m_devInfo.hpalDefault != nullptr) EngDeletePalette(m_devInfo.hpalDefault);
-      m_devInfo = {};
+      EngDeletePalette(std::exchange(m_devInfo.hpalDefault, nullptr));
       return done;
     }
     case 'P':
@@ -284,16 +279,16 @@ bool Machine::Do(char verb) {
     case 'F':
       return Succeeds([&] { return m_plugin->FilterGraphics(&m_device, raster, 5); });
     case 'S':
-      return hooked(Hook<PFN_DrvStartDoc>(35), LPWSTR{name}, jobId);
+      return Hook<PFN_DrvStartDoc>(35, LPWSTR{name}, jobId);
     case 'E':
-      return hooked(Hook<PFN_DrvEndDoc>(34), FLONG{0});
+      return Hook<PFN_DrvEndDoc>(34, FLONG{0});
     case 'X':
-      return hooked(Hook<PFN_DrvEndDoc>(34), ED_ABORTDOC);
+      return Hook<PFN_DrvEndDoc>(34, ED_ABORTDOC);
     case 'p':
       m_position = 0;
-      return hooked(Hook<PFN_DrvStartPage>(33));
+      return Hook<PFN_DrvStartPage>(33);
     case 's':
-      return hooked(Hook<PFN_DrvSendPage>(32));
+      return Hook<PFN_DrvSendPage>(32);
     case 'i':
       m_position = (m_position + bandPx) % std::min(widthPx, heightPx);
       return BandAt(m_position);

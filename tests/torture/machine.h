@@ -91,8 +91,9 @@ class Machine {
 
  private:
   struct Helper;
-  template <typename Function>
-  Function Hook(ULONG index) const;
+  // Calls a hook with the surface. False when it failed, or was never handed out.
+  template <typename Function, typename... Arguments>
+  bool Hook(ULONG index, Arguments... arguments);
   bool NewContext(DEVOBJ& device);
   bool Reset();
   bool Page(char picture);
