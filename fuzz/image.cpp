@@ -3,11 +3,12 @@
 
 #include <libdeflate.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "fuzz/input.h"
 #include "host/error.h"
 #include "host/page_reader.h"
 #include "platform/linux/least_deflate.h"

@@ -1,8 +1,8 @@
 // Registry exports: a malformed one is refused in words.
 
+#include <cstdint>
 #include <stdexcept>
 
-#include "fuzz/input.h"
 #include "platform/linux/registry_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -5,11 +5,25 @@
 #include <algorithm>
 #include <cstring>
 
+#include "config/process.h"
 #include "platform/fault.h"
 #include "platform/palette.h"
-#include "tests/Renderer/logged_home.h"
+#include "tests/support/temp_home.h"
 
 namespace {
+
+// A state folder whose log is the one that the plug-in writes to.
+class LoggedHome : public TempHome {
+ public:
+  LoggedHome() { Reopen(); }
+  ~LoggedHome() { Reopen(); }
+
+ private:
+  static void Reopen() {
+    CLogger::StopLogging(g_logClient);
+    CLogger::StartLogging(g_logClient);
+  }
+};
 
 LONG Stride(LONG widthPx) { return (3 * widthPx + 3) / 4 * 4; }
 
@@ -147,9 +161,8 @@ TEST_F(BandCapture, PageOfNoSizeIsRefused) {
               {2147483643, 4, 1, -2147483647 - 1},  // 6 GiB a row
               {0, 2000000000, 2000000000, -659554304}};
   for (const auto& row : rows) {
-    const BITMAPINFOHEADER header = {40, row.width, row.height, 1, 24, 0, 0, 0, 0, 0, 0};
     SetLastError(0);
-    EXPECT_FALSE(CaptureBand(state, {nullptr, &header, 5, {row.x, 0}, true, orientation}));
+    EXPECT_FALSE(SendSized(row.x, row.width, row.height, 0, 0, true));
     EXPECT_EQ(GetLastError(), 14u);
     EXPECT_FALSE(state.bPageStarted);
     EXPECT_EQ(LastLines(2),

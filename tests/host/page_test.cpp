@@ -49,19 +49,6 @@ TEST(PageReader, ReadsEveryPnmForm) {
   for (const auto& [file, pages] : rows) EXPECT_EQ(ReadPages(file), pages);
 }
 
-TEST(PageReader, PixelsOfEveryWidthKeepTheirColours) {
-  for (int width = 1; width < 40; ++width) {
-    std::string pixels, expected = std::to_string(width) + "x2";
-    for (int i = 0; i < 6 * width; ++i) {
-      char hex[4];
-      std::snprintf(hex, sizeof hex, "%02x", i);
-      pixels += static_cast<char>(i);
-      expected += (i % 3 == 0 ? " " : "") + std::string(hex);
-    }
-    EXPECT_EQ(ReadPages("P6 " + std::to_string(width) + " 2 255\n" + pixels), expected);
-  }
-}
-
 TEST(PageReader, RefusesWhatIsNoWholePage) {
   const std::pair<std::string, const char*> rows[] = {
       {"", "holds no page"},

@@ -85,27 +85,23 @@ TEST_F(Memory, IsKeptForTheNextPageAndGivenBackAtTheEnd) {
   PlatformSetFaultHook(nullptr, nullptr);
 }
 
-TEST_F(Memory, GrowingPageTakesTheRoomOfTheLast) {
+TEST_F(Memory, LaterPagesTakeTheRoomOfEarlierOnes) {
   if (kSanitized) GTEST_SKIP() << "every block is heap memory";
   Dirty(kPage);
-  BYTE* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, 30000));
-  const long faults = FaultsOf([&] {
-    for (SIZE_T size = 60000; size <= kPage; size += 30000) {
-      block = static_cast<BYTE*>(LocalReAlloc(block, size, LMEM_MOVEABLE));
-      std::memset(block + size - 30000, 1, 30000);
-    }
-  });
-  EXPECT_LT(faults, 100);
+  void* block = LocalAlloc(LMEM_FIXED, 30000);
+  EXPECT_LT(FaultsOf([&] {
+              for (SIZE_T size = 60000; size <= kPage; size += 30000) {
+                block = LocalReAlloc(block, size, LMEM_MOVEABLE);
+                std::memset(static_cast<BYTE*>(block) + size - 30000, 1, 30000);
+              }
+            }),
+            100);
   LocalFree(block);
-}
-
-TEST_F(Memory, LaterPagesFindRoomForDotsThatAreKept) {
-  if (kSanitized) GTEST_SKIP() << "every block is heap memory";
-  using namespace Gdiplus;
-  std::vector<std::unique_ptr<Bitmap>> kept;  // black and highlight of one page, then of the next
+  // Black and highlight of one page are kept while the next one's are made.
+  std::vector<std::unique_ptr<Gdiplus::Bitmap>> kept;
   const auto keep = [&kept] {
-    kept.push_back(std::make_unique<Bitmap>(1200, 1800, PixelFormat1bppIndexed));
-    Graphics(kept.back().get()).Clear(0xFFFFFFFF);
+    kept.push_back(std::make_unique<Gdiplus::Bitmap>(1200, 1800, Gdiplus::PixelFormat1bppIndexed));
+    Gdiplus::Graphics(kept.back().get()).Clear(0xFFFFFFFF);
   };
   keep();
   EXPECT_LT(FaultsOf([&] { keep(), keep(), keep(); }), 20);

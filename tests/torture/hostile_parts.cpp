@@ -10,7 +10,6 @@
 #include <random>
 
 #include "tests/support/record.h"
-#include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
 namespace {

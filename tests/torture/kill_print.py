@@ -34,8 +34,7 @@ def body(path):
 
 
 def report(what, tried):
-    print("\n".join(wrong))
-    print(f"{what}: {tried} tried, {len(wrong)} found")
+    print(*wrong, f"{what}: {tried} tried, {len(wrong)} found", sep="\n")
     found = bool(wrong)
     wrong.clear()
     return found
@@ -49,10 +48,10 @@ def kill_at_any_moment(folder):
         wrong.append("the job fails by itself")
     longest = time.monotonic() - start
     whole = body(job)
+    os.remove(job)
     chance = random.Random(1)
     finished = 0
     for i in range(COUNT):
-        os.remove(job) if os.path.exists(job) else None
         process = printed(page, "-o", job)
         time.sleep(chance.uniform(0, 1.1 * longest))
         process.kill()
@@ -63,6 +62,7 @@ def kill_at_any_moment(folder):
             finished += 1
             if body(job) != whole:
                 wrong.append(f"kill {i} leaves a part under the job's name")
+            os.remove(job)
     if not 0 < finished < COUNT:
         wrong.append(f"{finished} of {COUNT} jobs were through: nothing was tried")
     return report("kills", COUNT)

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
 namespace {

@@ -13,7 +13,6 @@
 #include <thread>
 
 #include "tests/support/png_image.h"
-#include "tests/torture/scenarios.h"
 #include "tests/torture/torture.h"
 
 namespace {

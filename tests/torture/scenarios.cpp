@@ -1,5 +1,3 @@
-#include "tests/torture/scenarios.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -7,6 +5,7 @@
 
 #include "tests/support/png_image.h"
 #include "tests/support/record.h"
+#include "tests/torture/torture.h"
 
 namespace {
 

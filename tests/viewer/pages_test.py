@@ -53,15 +53,14 @@ def look(page, width):
 
 class Pages(unittest.TestCase):
     def setUp(self):
-        self.home = tempfile.TemporaryDirectory()
-        self.job = os.path.join(self.home.name, "boxes.job")
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.home = home.name
+        self.job = os.path.join(self.home, "boxes.job")
         boxes = [os.path.join(SAMPLES, f"box-{i}.png") for i in (1, 2, 3)]
         subprocess.run([VLX, "print", *boxes, "--settings", os.path.join(SAMPLES, "boxes.toml"),
                         "--copies", "4", "--name", "<b>&boxes", "-o", self.job],
                        check=True, stdout=subprocess.DEVNULL)
-
-    def tearDown(self):
-        self.home.cleanup()
 
     def check_labels(self, facts):
         self.assertEqual([i["dots"] for i in facts["images"]], [[1181, 709]] * 3)
@@ -77,7 +76,7 @@ class Pages(unittest.TestCase):
         self.assertEqual(facts["text"].count("re-used"), 2)
 
     def test_sheet_fits_desktop_and_phone(self):
-        sheet = os.path.join(self.home.name, "sheet.html")
+        sheet = os.path.join(self.home, "sheet.html")
         subprocess.run([VLX, "view", self.job, "--sheet", sheet], check=True,
                        stdout=subprocess.DEVNULL)
         with open(sheet, encoding="utf-8") as file:
@@ -90,7 +89,7 @@ class Pages(unittest.TestCase):
         self.assertEqual(len(set(tops[1])), 3)  # a column in the hand
 
     def test_page_of_the_printer_shows_the_job(self):
-        folder = os.path.join(self.home.name, "out")
+        folder = os.path.join(self.home, "out")
         server = subprocess.Popen([VLX, "serve", "--port", "0", "-o", folder],
                                   stdout=subprocess.PIPE, text=True)
         try:

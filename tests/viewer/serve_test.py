@@ -1,5 +1,6 @@
 """vlx serve as its clients meet it: jobs at once, clients that stall, hang up or send garbage."""
 
+import concurrent.futures
 import os
 import re
 import signal
@@ -8,7 +9,6 @@ import struct
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import unittest
 
@@ -22,9 +22,11 @@ def job(name, labels=1):
 
 class Serve(unittest.TestCase):
     def setUp(self):
-        self.home = tempfile.TemporaryDirectory()
-        self.folder = os.path.join(self.home.name, "out")
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.folder = os.path.join(home.name, "out")
         self.start()
+        self.addCleanup(self.stop)
 
     def start(self):
         command = [VLX, "serve", "--port", "0", "--patience", "1", "-o", self.folder]
@@ -35,11 +37,6 @@ class Serve(unittest.TestCase):
         self.server.send_signal(signal.SIGTERM)
         self.assertEqual(self.server.wait(20), 0)
         self.server.stdout.close()
-
-    def tearDown(self):
-        if self.server.poll() is None:
-            self.stop()
-        self.home.cleanup()
 
     def connect(self):
         return socket.create_connection(("127.0.0.1", self.port), 10)
@@ -65,11 +62,8 @@ class Serve(unittest.TestCase):
     def test_jobs_that_come_at_once_are_all_kept_whole(self):
         jobs = [job(f"order {i}", 1 + i % 3) for i in range(20)]
         slow = [self.connect() for _ in range(5)]  # hold their connections meanwhile
-        threads = [threading.Thread(target=self.send, args=(data,)) for data in jobs]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join()
+        with concurrent.futures.ThreadPoolExecutor(20) as threads:
+            list(threads.map(self.send, jobs))
         page = self.page_with(20)
         for client in slow:
             client.close()

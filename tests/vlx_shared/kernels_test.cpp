@@ -76,9 +76,6 @@ TEST_F(Kernels, RowsAreEqual) {
       Compare(bytes, [&](auto& k, BYTE* b) { return k.Grey(b, width, b + at); });
       Compare(bytes, [&](auto& k, BYTE* b) { return k.PackLevels(b + at, width, b), 0; });
       Compare(bytes, [&](auto& k, BYTE* b) { return k.Pack(b, width, b + at), 0; });
-      const ColorMixture mixture(static_cast<Gdiplus::ARGB>(random()), round % 5 * 0.25);
-      Compare(bytes,
-              [&](auto& k, BYTE* b) { return k.Split(b, width, mixture, b + at, b + second); });
       const INT period = 1 + static_cast<INT>(random() % 70);
       std::vector<BYTE> thresholds;
       for (INT i = 0; i < period + kStripMargin; ++i) {
