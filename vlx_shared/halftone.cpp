@@ -95,7 +95,7 @@ void Halftone::Print(Gdiplus::Bitmap* page, LevelReader& reader,
 void Halftone::Dither(INT rows, bool hasGrey) {
   if (hasGrey && m_toneCurve) ApplyToneCurve(rows);
   if (m_screen) {
-    if (hasGrey) ApplyScreen(rows);
+    if (hasGrey && !(m_inks == 1 && m_screen->IsPlain())) ApplyScreen(rows);
   } else if (hasGrey) {
     ApplyDiffusion(rows);
   } else if (!m_stateIsClear) {

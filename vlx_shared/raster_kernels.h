@@ -10,6 +10,9 @@
 #include "platform/types.h"
 #include "vlx_shared/color_mixture.h"
 
+// A level from here on is white where nothing else decides: the middle of the greys.
+inline constexpr INT kMiddle = 128;
+
 // How many rows are worked on at once, and the pixels beside each row that a kernel may touch.
 inline constexpr INT kStripRows = 32;
 inline constexpr INT kStripMargin = 96;
@@ -92,8 +95,7 @@ struct RasterKernels {
                      const DiffusionRule& rule, const DiffusionState& blackState,
                      const DiffusionState& highlightState);
 
-  // A 1-bit row of count levels or pixels, white from the middle of the greys on; unused bits are
-  // 0.
+  // A 1-bit row of count levels or pixels, white from kMiddle on; unused bits are 0.
   void (*PackLevels)(const BYTE* levels, INT count, BYTE* bits);
   void (*Pack)(const BYTE* pixels, INT count, BYTE* bits);
 };

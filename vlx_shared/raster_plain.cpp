@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr INT kMiddle = 128;
-
 bool Grey(const BYTE* pixels, INT count, BYTE* levels) {
   bool grey = false;
   for (INT x = 0; x < count; ++x, pixels += 3) {

@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include "platform/fault.h"
-#include "vlx_shared/raster_kernels.h"
 
 namespace {
 
@@ -124,7 +123,7 @@ Tile TileOf(eBitmapDitherer ditherer, INT parameter) {
     case eBlueNoise:
       return Enlarge(BlueNoise(), sized(1, 1, 4));
     default:
-      return Tile{1, {static_cast<BYTE>(sized(128, 1, 255))}};
+      return Tile{1, {static_cast<BYTE>(sized(kMiddle, 1, 255))}};
   }
 }
 

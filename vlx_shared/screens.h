@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config/vlx_shared.h"
+#include "vlx_shared/raster_kernels.h"
 
 class Screen {
  public:
@@ -14,6 +15,8 @@ class Screen {
   Screen(eBitmapDitherer ditherer, INT parameter);
 
   INT Period() const { return m_side; }
+  // Whether the screen decides as RasterKernels::PackLevels does, so that one ink needs none.
+  bool IsPlain() const { return m_side == 1 && m_rows[0] == kMiddle; }
   // The thresholds of page row y, for RasterKernels::Screen.
   const BYTE* Row(INT y) const { return m_rows.data() + std::size_t(y % m_side) * m_strideBytes; }
 
