@@ -107,8 +107,9 @@ class Drawings : public GdiPlus {
     const bool fits = Number(0, 1) == 0, whole = fits || Number(0, 1) == 0;
     const INT turns = fits ? Number(0, 1) : Number(-1, 3);
     const INT x = fits ? 0 : Number(-30, 60), y = fits ? 0 : Number(-30, 60);
-    const INT dx = fits ? turns * source.height : Number(-60, 160);
-    const INT dy = fits ? 0 : Number(-60, 160);
+    const auto border = [this] { return Number(0, 2) == 0 ? Number(-2, 2) : 0; };
+    const INT dx = fits ? turns * source.height + border() : Number(-60, 160);
+    const INT dy = fits ? border() : Number(-60, 160);
     const Rect part = whole ? Rect{0, 0, source.width, source.height}
                             : Rect{Number(-20, 60), Number(-20, 60), Number(1, 150), Number(1, 99)};
     Graphics graphics(target.bitmap.get());
@@ -191,7 +192,7 @@ TEST_F(Drawings, ShowWhatTheyWouldShowIfMadeAtOnceOnEveryProcessor) {
     hwy::GetChosenTarget().Update(left & -left);
     Sheet sheets[5];
     for (Sheet& sheet : sheets) Make(sheet, sheets[0]);
-    for (int step = 0; step < 5000 && !HasFatalFailure(); ++step) {
+    for (int step = 0; step < 12000 && !HasFatalFailure(); ++step) {
       SCOPED_TRACE(hwy::TargetName(left & -left) + std::string(", step ") + std::to_string(step));
       const INT at = Number(0, 4);
       Sheet &sheet = sheets[at], &other = sheets[(at + Number(1, 4)) % 5];
