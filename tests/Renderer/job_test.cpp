@@ -92,13 +92,8 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
   EXPECT_TRUE(events[events.size() - 3].ends_with(kPlace));  // the placement keeps the paper's size
 }
 
-TEST(Jobs, LogTellsTheRoadOfAPage) {
-  const TempHome home;
-  const LoadedPlugin plugin;
-  Machine machine;
-  machine.bandPx = 10;
-  machine.devmode->dwColorMode = 2;
-  machine.Run("OVNSaEDvo");
+TEST_F(Job, LogTellsTheRoadOfAPage) {
+  machine.Run("SaE");
   std::string log;
   for (const std::string& line : home.LogLines()) log += line + "\n";
   for (std::size_t at; (at = log.find("=0x")) != log.npos;) {

@@ -1,38 +1,29 @@
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
-#include "tests/support/temp_home.h"
-#include "tests/torture/machine.h"
+#include "tests/Renderer/job.h"
 
 namespace {
 
 constexpr IID kIPrintOemUni = {
     0xC67EBBF1, 0x78BF, 0x11D1, {0x94, 0x80, 0x00, 0xA0, 0xC9, 0x06, 0x40, 0xB8}};
 
-class PluginObject : public ::testing::Test {
+class PluginObject : public Job {
  protected:
-  void Create() {
+  void SetUp() override {
     ASSERT_TRUE(machine.Do('O'));
     object = machine.Object();
   }
-  std::string LastLine() const {
-    const auto lines = home.LogLines();
-    return lines.empty() ? "" : lines.back();
-  }
-
-  TempHome home;
-  LoadedPlugin plugin;
-  Machine machine;
   IPrintOemUni2* object = nullptr;
 };
 
 TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
+  machine.Do('o');
   void* out = &machine;
   EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IClassFactory, nullptr), E_POINTER);
   EXPECT_EQ(machine.GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
             CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(LastLine(), "error\t\tDllGetClassObject: Class not available!");
+  EXPECT_EQ(LastLogLine(), "error\t\tDllGetClassObject: Class not available!");
   out = &machine;
   EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
@@ -52,14 +43,13 @@ TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
 }
 
 TEST_F(PluginObject, AnswersTwoInterfaces) {
-  Create();
   EXPECT_EQ(machine.CanUnloadNow(), S_FALSE);
   void* out = nullptr;
   EXPECT_EQ(object->QueryInterface(IID_IUnknown, &out), S_OK);
   EXPECT_EQ(object->Release(), 1u);
   EXPECT_EQ(object->QueryInterface(kIPrintOemUni, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(LastLine(),
+  EXPECT_EQ(LastLogLine(),
             "warning\tRendering\tCOemUni2::QueryInterface called with unknown iid "
             "C67EBBF178BF11D19480");
   const std::size_t lines = home.LogLines().size();
@@ -82,7 +72,6 @@ TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
       {5, 4, E_NOTIMPL, 99, 0, "info", " END (E_NOTIMPL)"},
       {2, 4, E_FAIL, 99, 87, "error", ": END (E_FAIL, unknown dwMode 2)"},
       {77, 3, E_FAIL, 99, 122, "error", " END (E_FAIL, cbSize too small or pBuffer is NULL)"}};
-  Create();
   for (const auto& row : rows) {
     DWORD value = 99, needed = 0;
     SetLastError(0);
@@ -90,7 +79,7 @@ TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
     EXPECT_EQ(needed, 4u);
     EXPECT_EQ(value, row.value) << row.mode;
     EXPECT_EQ(GetLastError(), row.lastError) << row.mode;
-    EXPECT_EQ(LastLine(),
+    EXPECT_EQ(LastLogLine(),
               row.level + ("\tRendering\tRenderer.COemUni2.GetInfo" + std::string(row.end)));
   }
   EXPECT_EQ(object->GetInfo(1, nullptr, 4, nullptr), E_FAIL);
@@ -98,7 +87,6 @@ TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
 }
 
 TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
-  Create();
   const std::pair<const char*, HRESULT> rows[] = {{"CommandCallback", S_OK},
                                                   {"FilterGraphics", S_OK},
                                                   {"ImageProcessing", S_OK},
@@ -118,11 +106,10 @@ TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
 
 TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   Machine other;
-  Create();
   BYTE raster[] = {'a', 'b', 'c'};
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
   EXPECT_EQ(object->PublishDriverInterface(object), E_FAIL);
-  EXPECT_EQ(LastLine(),
+  EXPECT_EQ(LastLogLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
             ">QueryInterface for IID_IPrintOemDriverUni failed)");
   EXPECT_EQ(object->PublishDriverInterface(machine.DriverHelper()), S_OK);
@@ -133,7 +120,7 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   machine.failWrite = 3;
   machine.writeFault = WriteFault::Short;
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
-  EXPECT_EQ(LastLine(),
+  EXPECT_EQ(LastLogLine(),
             "trace\tRendering\tRenderer.COemUni2.FilterGraphics END (S_FALSE, DrvWriteSpoolBuf "
             "failed)");
   EXPECT_EQ(machine.writes, (std::vector<std::string>{"abc", "", "abc"}));
@@ -142,7 +129,6 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
 }
 
 TEST_F(PluginObject, DeclinesWithTwoLines) {
-  Create();
   const std::size_t before = home.LogLines().size();
   INT result = 5;
   EXPECT_EQ(object->CommandCallback(nullptr, 1, 0, nullptr, &result), S_OK);

@@ -292,14 +292,11 @@ bool Machine::Do(char verb) {
     case 'i':
       m_position = (m_position + bandPx) % std::min(widthPx, heightPx);
       return BandAt(m_position);
-    case 'a':
-    case 'b':
-    case 'c':
-      return Page(verb);
     case 'r':
       return Reset();
+    default:
+      return verb < 'a' || verb > 'c' || Page(verb);
   }
-  return true;
 }
 
 void Machine::Run(std::string_view verbs) {
