@@ -98,24 +98,19 @@ TEST_F(Pages, FirstPageOpensWithBlocksAndErase) {
 }
 
 TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
-  struct Row {
-    const char* rotation;
-    DWORD (*picture)(LONG, LONG);
-    unsigned width, height;
-    const char* place;
-  };
-  const Row rows[] = {{"dwRotation=0", DotAt30And40, 90, 1, "100.00,45.00,180"},  // 5.00 mm
-                      {"dwRotation=1", DotAt30And40, 1, 200, "0.00,96.25,90"},    // 3.75 mm
-                      {"dwRotation=0", Paper, 90, 1, "100.00,50.00,180"},
-                      {"dwRotation=1", Paper, 1, 200, "0.00,100.00,90"}};
+  const std::tuple<std::string, DWORD (*)(LONG, LONG), unsigned, unsigned, std::string> rows[] = {
+      {"dwRotation=0", DotAt30And40, 90, 1, "100.00,45.00,180"},  // 40 rows are 5.00 mm
+      {"dwRotation=1", DotAt30And40, 1, 200, "0.00,96.25,90"},    // 30 columns are 3.75 mm
+      {"dwRotation=0", Paper, 90, 1, "100.00,50.00,180"},
+      {"dwRotation=1", Paper, 1, 200, "0.00,100.00,90"}};
   machine.publicDevmode.dmPaperWidth = 1000;
   machine.publicDevmode.dmPaperLength = 500;
   const auto placed = [this] { return machine.writes[machine.writes.size() - 3]; };
-  for (const Row& row : rows) {
-    Set("bCropToContent=1 " + std::string(row.rotation));
-    Print(90, 200, row.picture);
-    EXPECT_EQ(std::pair(Image().width, Image().height), std::pair(row.width, row.height));
-    EXPECT_TRUE(placed().ends_with("\r\nI:Image0;" + std::string(row.place) + ";0")) << placed();
+  for (const auto& [rotation, picture, width, height, place] : rows) {
+    Set("bCropToContent=1 " + rotation);
+    Print(90, 200, picture);
+    EXPECT_EQ(std::pair(Image().width, Image().height), std::pair(width, height));
+    EXPECT_TRUE(placed().ends_with("\r\nI:Image0;" + place + ";0")) << placed();
   }
   machine.publicDevmode.dmYResolution = 1;
   Set("dwRotation=2");

@@ -112,8 +112,8 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(LastLogLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
             ">QueryInterface for IID_IPrintOemDriverUni failed)");
-  EXPECT_EQ(object->PublishDriverInterface(machine.DriverHelper()), S_OK);
-  EXPECT_EQ(object->PublishDriverInterface(other.DriverHelper()), S_OK);
+  EXPECT_EQ(object->PublishDriverInterface(&machine), S_OK);
+  EXPECT_EQ(object->PublishDriverInterface(&other), S_OK);
   EXPECT_EQ(other.helperReferences, 0);
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_OK);
   EXPECT_EQ(object->FilterGraphics(nullptr, nullptr, 0), S_OK);

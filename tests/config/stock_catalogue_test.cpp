@@ -38,11 +38,10 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
             std::tuple(9000u, 6000u, 2u, 1u, u""));
   EXPECT_NE(empty.guid, GUID{});
   const StockItem& full = list.back();
-  EXPECT_EQ(full.dwDarkness, 7u);
-  EXPECT_EQ(full.dwUnprintableTop, 0x04030201u);
-  EXPECT_EQ(full.dwUnprintableLeft, 0u);    // 8 bytes are no number
-  EXPECT_EQ(full.dwRotation, 0x00000078u);  // four bytes are one, whatever their type
-  EXPECT_EQ(full.dwPaperWidth, 9000u);
+  // 8 bytes are no number, four are one, whatever their type.
+  EXPECT_EQ(std::tuple(full.dwDarkness, full.dwUnprintableTop, full.dwUnprintableLeft,
+                       full.dwRotation, full.dwPaperWidth),
+            std::tuple(7u, 0x04030201u, 0u, 0x00000078u, 9000u));
   EXPECT_EQ(full.guid, (GUID{10, 11, 12, {13, 14, 15, 16, 17, 18, 19, 20}}));
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/error.h"
+#include "tests/support/record.h"
 #include "tests/support/temp_home.h"
 
 namespace {
@@ -44,15 +45,12 @@ nCpValue = "1500um"
   OEMDEV devmode = {};
   settings.ApplyTo(devmode);
   EXPECT_EQ(settings.Page().paper.lengthUm, 40000);
-  EXPECT_EQ(devmode.dwPrintMethod, 1u);
-  EXPECT_STREQ(devmode.szModelCode, "K7\xE4");
-  EXPECT_EQ(devmode.crHighlightColor, 0x00332211u);
-  EXPECT_STREQ(devmode.szCustomText4, "\\x41");
-  EXPECT_EQ(devmode.nOptionSet2A4, -5);
-  EXPECT_EQ(devmode.guidSelectedStock.Data4[7], 11);
-  EXPECT_EQ(devmode.nCpValue, 1500);
-  EXPECT_EQ(devmode.dwSpeed, 150u);
-  EXPECT_EQ(devmode.dwGapDistance, 2000u);
+  OEMDEV expected = {};  // and nothing else
+  SetFields(expected,
+            "dwPrintMethod=1 szModelCode=K7\xE4 crHighlightColor=3351057 szCustomText4=\\x41 "
+            "nOptionSet2A4=-5 nCpValue=1500 dwSpeed=150 dwGapDistance=2000");
+  expected.guidSelectedStock = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+  EXPECT_EQ(std::memcmp(&devmode, &expected, sizeof devmode), 0);
   devmode.dwSpeed = 1;
   EXPECT_THROW(settings.CheckKept(devmode), HostError);
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include "platform/fault.h"
 
@@ -19,7 +20,7 @@
 
 namespace {
 
-thread_local int depth = 0;  // above 0: within the plug-in
+thread_local bool inPlugin = false;
 thread_local bool armed = false;
 Domain armedDomain = Domain::Calls;
 long failAt = 0;
@@ -27,13 +28,10 @@ bool failOnwards = false;
 long seen = 0;
 bool failed = false;
 
-std::set<std::string>& Names() {
-  static std::set<std::string> names;
-  return names;
-}
+std::set<std::string> names;
 
 bool Fails(Domain domain) {
-  if (!armed || depth <= 0 || domain != armedDomain) return false;
+  if (!armed || !inPlugin || domain != armedDomain) return false;
   ++seen;
   const bool hit = failOnwards ? seen >= failAt : seen == failAt;
   failed |= hit;
@@ -42,17 +40,15 @@ bool Fails(Domain domain) {
 
 bool CallFails(const char* call, void*) {
   if (!Fails(Domain::Calls)) return false;
-  const OutsidePlugin outside;
-  Names().insert(call);
+  const InPlugin outside(false);
+  names.insert(call);
   return true;
 }
 
 }  // namespace
 
-InsidePlugin::InsidePlugin() { ++depth; }
-InsidePlugin::~InsidePlugin() { --depth; }
-OutsidePlugin::OutsidePlugin() : m_depth(depth) { depth = 0; }
-OutsidePlugin::~OutsidePlugin() { depth = m_depth; }
+InPlugin::InPlugin(bool inside) : m_before(std::exchange(inPlugin, inside)) {}
+InPlugin::~InPlugin() { inPlugin = m_before; }
 
 void Arm(Domain domain, long n, bool onwards) {
   ForgetFailed();
@@ -71,8 +67,8 @@ void Disarm() {
 }
 
 bool HasFailed() { return failed; }
-const std::set<std::string>& Failed() { return Names(); }
-void ForgetFailed() { Names().clear(); }
+const std::set<std::string>& Failed() { return names; }
+void ForgetFailed() { names.clear(); }
 
 std::string Leak(long before) {
   const long blocks = LiveBlocks() - before;

@@ -7,17 +7,14 @@
 
 enum class Domain { Calls, Memory };
 
-// Marks the stretches in which the plug-in runs; a callback of the driver is outside again.
-struct InsidePlugin {
-  InsidePlugin();
-  ~InsidePlugin();
-};
-struct OutsidePlugin {
-  OutsidePlugin();
-  ~OutsidePlugin();
+// Marks a stretch in which the plug-in runs, or within one a callback of the driver.
+class InPlugin {
+ public:
+  explicit InPlugin(bool inside);
+  ~InPlugin();
 
  private:
-  int m_depth;
+  const bool m_before;
 };
 
 // From the n-th chance (1 is the first) one, or every further one, fails until Disarm.

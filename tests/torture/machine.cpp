@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <utility>
 
-#include "host/driver_helper.h"
 #include "platform/palette.h"
 #include "platform/spooler.h"
 #include "tests/support/record.h"
@@ -16,13 +15,10 @@
 
 namespace {
 
-HRESULT (*getClassObject)(REFCLSID, REFIID, void**) = nullptr;
-HRESULT (*canUnloadNow)() = nullptr;
-
 // Calls into the plug-in; only there do injected failures happen.
 template <typename Call>
 auto Inside(Call&& call) {
-  const InsidePlugin inside;
+  const InPlugin inside(true);
   return call();
 }
 template <typename Call>
@@ -40,47 +36,31 @@ DWORD PixelOf(char picture, LONG x, LONG y) {
 
 }  // namespace
 
-// The driver's helper interface; counts what the plug-in holds.
-struct Machine::Helper final : DriverHelper {
-  explicit Helper(Machine& owner) : machine(owner) {}
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    *ppv = nullptr;
-    if (riid != IID_IPrintOemDriverUni) return E_NOINTERFACE;
-    AddRef();
-    *ppv = static_cast<IPrintOemDriverUni*>(this);
-    return S_OK;
-  }
-  ULONG AddRef() override { return static_cast<ULONG>(++machine.helperReferences); }
-  ULONG Release() override { return static_cast<ULONG>(--machine.helperReferences); }
-  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override {
-    *written = machine.Write(bytes, size);
-    return S_OK;
-  }
+HRESULT Machine::QueryInterface(REFIID riid, void** ppv) {
+  *ppv = nullptr;
+  if (riid != IID_IPrintOemDriverUni) return E_NOINTERFACE;
+  AddRef();
+  *ppv = static_cast<IPrintOemDriverUni*>(this);
+  return S_OK;
+}
 
-  Machine& machine;
-};
+HRESULT Machine::DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) {
+  *written = Write(bytes, size);
+  return S_OK;
+}
 
 LoadedPlugin::LoadedPlugin() : m_module(dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL)) {
-  if (m_module == nullptr) {
-    std::fprintf(stderr, "%s\n", dlerror());
-    std::exit(2);
-  }
-  getClassObject = reinterpret_cast<decltype(getClassObject)>(dlsym(m_module, "DllGetClassObject"));
-  canUnloadNow = reinterpret_cast<decltype(canUnloadNow)>(dlsym(m_module, "DllCanUnloadNow"));
+  if (m_module == nullptr) throw std::runtime_error(dlerror());
+  const auto find = [this](auto& function, const char* name) {
+    function = reinterpret_cast<std::decay_t<decltype(function)>>(dlsym(m_module, name));
+  };
+  find(Machine::GetClassObject, "DllGetClassObject");
+  find(Machine::CanUnloadNow, "DllCanUnloadNow");
 }
 
 LoadedPlugin::~LoadedPlugin() { dlclose(m_module); }
 
-HRESULT Machine::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
-  return getClassObject(rclsid, riid, ppv);
-}
-
-HRESULT Machine::CanUnloadNow() { return canUnloadNow(); }
-
-IPrintOemDriverUni* Machine::DriverHelper() const { return m_helper.get(); }
-
-Machine::Machine()
-    : devmode(std::make_unique<OEMDEV>()), m_helper(std::make_unique<Helper>(*this)) {
+Machine::Machine() : devmode(std::make_unique<OEMDEV>()) {
   *devmode = {};
   devmode->header = {sizeof(OEMDEV), kOemDevSignature, kOemDevVersion};
   SetFields(*devmode,
@@ -93,7 +73,7 @@ Machine::Machine()
   m_procedures.DrvWriteSpoolBuf = WriteSpool;
   WCHAR printer[] = WTEXT("Label Printer");
   OpenPrinterW(printer, &m_printer, nullptr);
-  if (getClassObject(kClass, IID_IClassFactory, reinterpret_cast<void**>(&m_factory)) != S_OK) {
+  if (GetClassObject(kClass, IID_IClassFactory, reinterpret_cast<void**>(&m_factory)) != S_OK) {
     std::abort();
   }
 }
@@ -109,7 +89,7 @@ Machine::~Machine() {
 }
 
 DWORD Machine::Write(const void* bytes, DWORD size) {
-  const OutsidePlugin outside;
+  const InPlugin outside(false);
   writes.emplace_back(static_cast<const char*>(bytes), size);
   if (static_cast<long>(writes.size()) != failWrite) return size;
   if (writeFault == WriteFault::Raise) throw 1;
@@ -135,7 +115,7 @@ Machine& Machine::Of(SURFOBJ* pso) {
 }
 
 BOOL Machine::Note(const char* function) {
-  const OutsidePlugin outside;
+  const InPlugin outside(false);
   if (notesCalls) writes.emplace_back(function);
   return driverResult;
 }
@@ -275,7 +255,7 @@ bool Machine::Do(char verb) {
       return done;
     }
     case 'P':
-      return Succeeds([&] { return m_plugin->PublishDriverInterface(m_helper.get()); });
+      return Succeeds([&] { return m_plugin->PublishDriverInterface(this); });
     case 'F':
       return Succeeds([&] { return m_plugin->FilterGraphics(&m_device, raster, 5); });
     case 'S':

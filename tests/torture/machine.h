@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "config/oemdev.h"
-#include "platform/print_oem.h"
+#include "host/driver_helper.h"
 
 // What becomes of one spool write.
 enum class WriteFault { None, Nothing, Short, Raise };
@@ -27,7 +27,8 @@ class LoadedPlugin {
   void* m_module;
 };
 
-class Machine {
+// It is the driver's helper interface too.
+class Machine final : public DriverHelper {
  public:
   Machine();
   ~Machine();  // ends whatever still runs
@@ -36,10 +37,14 @@ class Machine {
 
   static constexpr CLSID kClass = {
       0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
-  static HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
-  static HRESULT CanUnloadNow();
+  static inline HRESULT (*GetClassObject)(REFCLSID rclsid, REFIID riid, void** ppv) = nullptr;
+  static inline HRESULT (*CanUnloadNow)() = nullptr;
   IPrintOemUni2* Object() const { return m_plugin; }
-  IPrintOemDriverUni* DriverHelper() const;
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override;
+  ULONG AddRef() override { return static_cast<ULONG>(++helperReferences); }
+  ULONG Release() override { return static_cast<ULONG>(--helperReferences); }
+  HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override;
 
   // O object, o its release, + a further reference,
   // V driver enabled, v disabled, N new device context, D disabled, L and U server lock and unlock,
@@ -90,7 +95,6 @@ class Machine {
   bool HasContext() const { return m_device.pdevOEM != nullptr; }
 
  private:
-  struct Helper;
   // Calls a hook with the surface. False when it failed, or was never handed out.
   template <typename Function, typename... Arguments>
   bool Hook(ULONG index, Arguments... arguments);
@@ -106,7 +110,6 @@ class Machine {
 
   IClassFactory* m_factory = nullptr;
   IPrintOemUni2* m_plugin = nullptr;
-  std::unique_ptr<Helper> m_helper;
   HANDLE m_printer = nullptr;
   DRVPROCS m_procedures = {};
   DEVOBJ m_device = {};

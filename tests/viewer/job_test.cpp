@@ -76,11 +76,8 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
   const std::string size = PageSetUp("4.00,5.00,5.00");
   const std::string head = kHeader + image + size;
   const std::string good = head + place + "A1\r\n";
-  const struct {
-    std::string job;
-    std::size_t line;
-    const char* text;  // of the only fault; null: none
-  } rows[] = {
+  // The line and the words of the only fault; null: none.
+  const std::tuple<std::string, std::size_t, const char*> rows[] = {
       {good, 0, nullptr},
       {good + "\x1B!whatever of the user's own\r\n", 0, nullptr},
       {kHeader + size + place + "A1\r\n", 8, "not downloaded"},
@@ -115,12 +112,12 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
            "I:Image0;6.00,0.00,0;0\r\nI:Image1;0.00,0.00,0;1\r\nA1\r\n",
        13, "1 mm right of the black"},
   };
-  for (const auto& row : rows) {
-    const viewer::LintResult result = viewer::LintJob(row.job, kDotAMm);
-    ASSERT_EQ(result.faults.size(), row.text != nullptr ? 1u : 0u) << row.job;
-    if (row.text == nullptr) continue;
-    EXPECT_NE(result.faults[0].text.find(row.text), std::string::npos) << result.faults[0].text;
-    EXPECT_EQ(result.faults[0].place.line, row.line) << result.faults[0].text;
+  for (const auto& [job, line, text] : rows) {
+    const viewer::LintResult result = viewer::LintJob(job, kDotAMm);
+    ASSERT_EQ(result.faults.size(), text != nullptr ? 1u : 0u) << job;
+    if (text == nullptr) continue;
+    EXPECT_NE(result.faults[0].text.find(text), std::string::npos) << result.faults[0].text;
+    EXPECT_EQ(result.faults[0].place.line, line) << result.faults[0].text;
   }
   const viewer::LintResult cut = viewer::LintJob((kHeader + image).substr(0, 60), kDotAMm);
   ASSERT_FALSE(cut.faults.empty());
@@ -204,11 +201,7 @@ TEST(Diff, ComparesPrintNotBytes) {
            place + ";0\r\n" + print;
   };
   const std::string a = job({"###", "#.."}, "1.00,1.00,0", "A1\r\n");
-  const struct {
-    std::string b;
-    std::uint64_t dots;
-    const char* text;
-  } rows[] = {
+  const std::tuple<std::string, std::uint64_t, const char*> rows[] = {
       {job({".....", ".###.", ".#..."}, "0.00,0.00,0", "A1\r\n"), 0, nullptr},
       {job({"..#", "###"}, "4.00,3.00,180", "A1\r\n"), 0, nullptr},
       {job({"###", "##."}, "1.00,1.00,0", "A1\r\n"), 1, "from 2, 2 to 3, 3 mm"},
@@ -216,15 +209,15 @@ TEST(Diff, ComparesPrintNotBytes) {
       {job({"###", "#.."}, "1.00,1.00,0", "A2\r\n"), 0, "copies: 1 and 2"},
       {job({"###", "#.."}, "1.00,1.00,0", "A1\r\nA1\r\n"), 0, "only the second"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [b, dots, text] : rows) {
     std::vector<viewer::LabelDiff> diffs;
-    const viewer::JobDiff result = viewer::DiffJobs(
-        a, row.b, kDotAMm, [&](const viewer::LabelDiff& d) { diffs.push_back(d); });
-    ASSERT_EQ(result.different, row.text != nullptr ? 1u : 0u);
-    if (row.text == nullptr) continue;
-    EXPECT_NE(diffs[0].texts.at(0).find(row.text), std::string::npos) << diffs[0].texts[0];
-    EXPECT_EQ(diffs[0].dots, row.dots);
-    EXPECT_EQ(diffs[0].png.empty(), row.dots == 0);
+    const viewer::JobDiff result =
+        viewer::DiffJobs(a, b, kDotAMm, [&](const viewer::LabelDiff& d) { diffs.push_back(d); });
+    ASSERT_EQ(result.different, text != nullptr ? 1u : 0u);
+    if (text == nullptr) continue;
+    EXPECT_NE(diffs[0].texts.at(0).find(text), std::string::npos) << diffs[0].texts[0];
+    EXPECT_EQ(diffs[0].dots, dots);
+    EXPECT_EQ(diffs[0].png.empty(), dots == 0);
   }
 }
 
