@@ -223,20 +223,6 @@ TEST_F(Drawings, ShowWhatTheyWouldShowIfMadeAtOnceOnEveryProcessor) {
   EXPECT_EQ(page, captured);  // a buffer is read only
 }
 
-TEST_F(GdiPlus, OnlyWhatIsKeptAsBitsIsReadAsBits) {
-  Bitmap page(33, 9, PixelFormat24bppRGB);
-  BitmapData data;
-  const auto lock = [&](UINT flags) {
-    return GdipBitmapLockBits(page.nativeImage, nullptr, flags, PixelFormat1bppIndexed, &data);
-  };
-  EXPECT_EQ(lock(ImageLockModeRead), InvalidParameter);  // it has colours
-  EXPECT_EQ(lock(ImageLockModeRead | ImageLockModeWrite), InvalidParameter);
-  EXPECT_EQ(lock(ImageLockModeWrite), Ok);
-  EXPECT_EQ(lock(ImageLockModeRead), Ok);
-  Lock(page);
-  EXPECT_EQ(lock(ImageLockModeRead), InvalidParameter);  // they may have been changed since
-}
-
 TEST_F(GdiPlus, EverySettingGivesTheSamePicture) {
   const TempHome home;
   ASSERT_EQ(std::u16string(Encoders()->MimeType), u"image/png");
