@@ -28,7 +28,6 @@ void FillHome(const TempHome& home);
 struct Outcome {
   std::vector<std::string> writes;
   std::string results;  // the verbs that failed
-  bool operator==(const Outcome&) const = default;
 };
 
 // A machine with the scenario's settings, not yet run.
