@@ -1,5 +1,6 @@
 #include <array>
 
+#include "config/process.h"
 #include "tests/Renderer/job.h"
 
 namespace {
@@ -7,6 +8,8 @@ namespace {
 class DeviceContext : public Job {
  protected:
   DeviceContext() {
+    CLogger::StopLogging(g_logClient);  // opened before there was a state folder
+    CLogger::StartLogging(g_logClient);
     machine.dpi = 300;
     machine.publicDevmode.dmPaperWidth = 1000;
     machine.publicDevmode.dmPaperLength = 600;
