@@ -52,7 +52,10 @@ TEST_F(Pdf, PagesAreDrawnAtTheDeviceResolution) {
     compare(second, 200, 100, 230, 140);
   }
   EXPECT_EQ(wrong, 0);
-  ASSERT_EQ(Run("- --name a.pdf -o {}c.job" + size + "<{}a.pdf"), 0) << Error();
+  // A pipe, in which nothing can be looked up, gives the same.
+  const std::string piped =
+      "cat " + home.Path("a.pdf") + " | '" VLX_PATH "' print - --name a.pdf -o ";
+  ASSERT_EQ(std::system((piped + home.Path("c.job") + size + ">/dev/null").c_str()), 0);
   EXPECT_EQ(Job("c.job"), job);
 }
 
