@@ -110,12 +110,12 @@ PLATFORM_API GpStatus WINAPI GdipGetImageHeight(GpImage* image, UINT* height);
 PLATFORM_API GpStatus WINAPI GdipGetImagePixelFormat(GpImage* image, PixelFormat* format);
 
 // Gives the bitmap's own pixels, in the bitmap's own format only. rect must be null (the whole
-// image). Locked for writing alone, what the pixels
-// were is lost: all of them must be written. A 24-bit bitmap can be written as 1-bit rows, for
-// writing alone; it is then black and white. Until its pixels are asked for it is kept so, and can
-// be read as 1-bit rows too. Write and UserInputBuf: the whole image is in the caller's buffer,
-// Scan0, whose Stride is that of rows padded to 4 bytes. It is copied when the bitmap is changed
-// next; until the bitmap is changed or disposed of, the buffer stays as it is.
+// image). Locked for writing alone, what the pixels were is lost: all of them must be written. A
+// 24-bit bitmap can be written as 1-bit rows, for writing alone; it is then black and white. Until
+// its pixels are asked for it is kept so, and can be read as 1-bit rows too. Write and
+// UserInputBuf: the whole image is in the caller's buffer, Scan0, whose Stride is that of rows
+// padded to 4 bytes. It is copied when the bitmap is changed next; until the bitmap is changed or
+// disposed of, the buffer stays as it is.
 PLATFORM_API GpStatus WINAPI GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags,
                                                 PixelFormat format, BitmapData* lockedBitmapData);
 PLATFORM_API GpStatus WINAPI GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData);
@@ -174,9 +174,11 @@ struct BytePlane {
   std::ptrdiff_t strideBytes;
 };
 
-// Reads rows of a 24-bit bitmap as what the reduction makes of them, in one plane or two: the first
-// row of each is the row top. A page that was drawn turned is read so without ever being turned as
-// pixels. The reduction sees each pixel of the rows at least once, in any order.
+// Reads rows of a 24-bit bitmap as what the reduction makes of them, in one plane or two with room
+// for the bitmap's width in each row; the first row of each is the row top. A page that was drawn
+// turned is read so without ever being turned as pixels. The reduction sees each pixel of the rows
+// at least once, in any order. Bound to the thread that the bitmap belongs to. InvalidParameter for
+// another format, rows that are not all of the bitmap, or another number of planes; OutOfMemory.
 PLATFORM_API GpStatus WINAPI PlatformReadPlanes(GpBitmap* bitmap, INT top, INT rows,
                                                 PixelReduction& reduction, const BytePlane* planes,
                                                 INT planeCount);

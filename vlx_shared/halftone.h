@@ -43,8 +43,8 @@ class Halftone {
   void Print(Gdiplus::Bitmap* page, LevelReader& reader, std::initializer_list<const Pixels*> dots);
 
  private:
-  // How many rows of levels are read at once. Where the page lies turned, few rows of it are many
-  // small pieces of memory.
+  // How many rows of levels are read at once, as many as the platform turns at a time: where the
+  // page lies turned, few rows of it are many small pieces of memory.
   static constexpr INT kRows = 4 * kStripRows;
 
   // A row of levels, which become dots (0 and 255).

@@ -1,7 +1,6 @@
 #include "vlx_shared/screens.h"
 
 #include <algorithm>
-#include <array>
 #include <compare>
 #include <cstdlib>
 

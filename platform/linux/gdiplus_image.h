@@ -1,8 +1,6 @@
 // The objects behind the GDI+ handles.
 #pragma once
 
-#include <cstdlib>
-
 #include "platform/gdiplus.h"
 #include "platform/linux/gdiplus_geometry.h"
 

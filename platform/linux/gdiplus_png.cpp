@@ -1,10 +1,9 @@
-// PNG files of bitmaps: the container here, the compression by RowDeflate where rows repeat, and by
-// libdeflate.
+// PNG files of bitmaps: the container here, the compression of dots by RowDeflate where rows repeat
+// and by LeastDeflate where bytes count, that of diffused greys and of colours by libdeflate.
 
 #include <libdeflate.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -36,6 +35,11 @@ constexpr MatchSearch kUsualSearch = {5, DeflateToken::kMostMatch, true};
 constexpr MatchSearch kFastSearch = {2, 32, false};
 constexpr int kFastLevel = 1;
 constexpr int kMostLevel = 12;
+
+// Of images in colour, where only a long search finds what repeats.
+int ColorLevel(PngSize wanted) {
+  return wanted == PngSize::Fast ? 6 : wanted == PngSize::Small ? kMostLevel : 9;
+}
 
 struct BlockFreer {
   void operator()(BYTE* block) const { FreeBlock(block); }
@@ -153,37 +157,40 @@ struct Compression {
   SIZE_T room;
 
   // All return the bytes written to out, which has room for the worst case; 0 without memory.
-  SIZE_T At(int level, SIZE_T most) const {
+  SIZE_T At(int level) const {
     const Kept<libdeflate_compressor> compressor(
         keptCompressors[level], [level] { return libdeflate_alloc_compressor(level); });
     if (compressor.Get() == nullptr) return 0;
-    return libdeflate_zlib_compress(compressor.Get(), rows.get(), bytes, out, most);
+    return libdeflate_zlib_compress(compressor.Get(), rows.get(), bytes, out, room);
   }
-
-  SIZE_T Fast() const { return At(kFastLevel, room); }
 
   // Where rows repeat, that is what there is to find; in diffused greys there is nothing, and a
   // search costs the most.
   SIZE_T Usual(const MatchSearch& search) const {
     const SIZE_T repeatBytes = RepeatBytes();
-    if (repeatBytes == 0 || bytes > HashChain::kMostBytes) return Fast();
-    const Kept<RowDeflate> rowDeflate(keptRowDeflate,
-                                      [] { return new (std::nothrow) RowDeflate(); });
+    if (repeatBytes == 0 || bytes > HashChain::kMostBytes) return At(kFastLevel);
+    const Kept<RowDeflate> rowDeflate(keptRowDeflate, [] { return new (std::nothrow) RowDeflate; });
     if (rowDeflate.Get() == nullptr) return 0;
     const SIZE_T size =
         rowDeflate.Get()->Compress(rows.get(), bytes, repeatBytes, search, out, room);
-    return size != 0 ? size : Fast();
+    return size != 0 ? size : At(kFastLevel);
   }
 
   // Now and then, as with noise, the most thorough search is not the one that finds most.
-  SIZE_T Least(bool isOneBit) const {
+  SIZE_T Least() const {
     const SIZE_T usual = Usual(kUsualSearch);
-    const SIZE_T least = isOneBit ? LeastOfDots(usual) : At(kMostLevel, usual);
+    if (usual == 0) return 0;
+    const SIZE_T least = LeastIn(usual);
     return least != 0 ? least : Usual(kUsualSearch);
   }
 
+  SIZE_T OfDots(PngSize wanted) const {
+    if (wanted == PngSize::Small) return Least();
+    return Usual(wanted == PngSize::Fast ? kFastSearch : kUsualSearch);
+  }
+
  private:
-  SIZE_T LeastOfDots(SIZE_T most) const {
+  SIZE_T LeastIn(SIZE_T most) const {
     if (rowBytes > DeflateToken::kMostDistance || bytes > HashChain::kMostBytes) return 0;
     const Kept<LeastDeflate> leastDeflate(keptLeastDeflate,
                                           [] { return new (std::nothrow) LeastDeflate; });
@@ -237,9 +244,7 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
   const Compression compression = {rows, bytes, rowBytes, data + 8, room};
   const PngSize wanted = SystemState()->pngSize;
   const SIZE_T compressed =
-      wanted == PngSize::Small
-          ? compression.Least(image.IsOneBit())
-          : compression.Usual(wanted == PngSize::Fast ? kFastSearch : kUsualSearch);
+      image.IsOneBit() ? compression.OfDots(wanted) : compression.At(ColorLevel(wanted));
   if (compressed == 0 || compressed > kMostChunkBytes) return OutOfMemory;
   BYTE* end = PutChunk(data, compressed);
   std::memcpy(end + 4, "IEND", 4);

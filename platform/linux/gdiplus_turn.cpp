@@ -2,8 +2,6 @@
 
 #include "platform/linux/gdiplus_turn.h"
 
-#include <algorithm>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/linux/gdiplus_turn.cpp"
 #include <hwy/foreach_target.h>

@@ -8,7 +8,7 @@ namespace Gdiplus {
 // A band of rows that is turned at a time, the first of them the lowest.
 struct TurnBand {
   static constexpr INT kRows = 16;
-  static constexpr INT kColumns = 128;  // of the rows of a page a second-level cache holds as many
+  static constexpr INT kColumns = 128;  // so many rows of a page fit into a second-level cache
   alignas(64) BYTE bytes[kRows][kColumns];
 };
 

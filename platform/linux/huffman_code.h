@@ -7,7 +7,7 @@
 
 #include "platform/types.h"
 
-// A Huffman code of at most kMost symbols.
+// A Huffman code of at most kMost symbols. Each of the two below makes it once.
 template <INT kMost>
 struct HuffmanCode {
   static constexpr INT kMostBits = 15;

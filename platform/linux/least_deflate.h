@@ -15,7 +15,7 @@ class LeastDeflate {
  public:
   // Writes at most HashChain::kMostBytes bytes of rows as a zlib stream (RFC 1950) and returns its
   // size; 0 when the room is too small. repeatBytes: how far back the rows are that most rows
-  // resemble, up to DeflateToken::kMostDistance.
+  // resemble, from 1 to DeflateToken::kMostDistance.
   SIZE_T Compress(const BYTE* rows, SIZE_T bytes, SIZE_T repeatBytes, BYTE* out, SIZE_T room);
 
  private:
