@@ -10,6 +10,7 @@
 #include "host/error.h"
 #include "host/file.h"
 #include "host/setting_value.h"
+#include "host/settings_text.h"
 
 namespace {
 
@@ -43,6 +44,14 @@ void Walk(const toml::table& table, const std::string& prefix, const Visit& visi
       visit(key, node);
     }
   }
+}
+
+std::string DithererName(WORD ditherer) {
+  for (const SettingKey& key : SettingKeys()) {
+    if (key.name == "colour.ditherer")
+      return WordOf(key, ditherer).value_or(std::to_string(ditherer));
+  }
+  return std::to_string(ditherer);
 }
 
 }  // namespace
@@ -157,4 +166,12 @@ void Settings::CheckKept(const OEMDEV& devmode) const {
     throw HostError(kExitSettings, "The plug-in does not take \"" + field.key +
                                        "\" = " + field.shown + ": the value is out of range");
   }
+  const auto threshold = m_fields.find(offsetof(OEMDEV, byDitherParam));
+  if (threshold == m_fields.end() || threshold->second.key != "colour.threshold") return;
+  if (devmode.wDitherer == 0) return;
+  throw HostError(kExitSettings,
+                  "\"colour.threshold\" = " + threshold->second.shown +
+                      " is for the ditherer \"threshold\", this one is " +
+                      DithererName(devmode.wDitherer) +
+                      ": add colour.ditherer = \"threshold\", or use colour.ditherer_parameter");
 }

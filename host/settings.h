@@ -35,7 +35,8 @@ class Settings {
 
   // Lays the settings over a record.
   void ApplyTo(OEMDEV& devmode) const;
-  // Throws HostError when the record does not hold what was set: the plug-in found it out of range.
+  // Throws HostError when the record does not hold what was set, because the plug-in found it out of
+  // range, or when colour.threshold was set and the record has another ditherer.
   void CheckKept(const OEMDEV& devmode) const;
 
  private:

@@ -74,15 +74,6 @@ std::string FixedFieldText(const OEMDEV& devmode, const OemDevField& field) {
   return Quoted(AnsiToUtf8(std::string(text, strnlen(text, field.size))));
 }
 
-std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value) {
-  std::istringstream pairs{std::string(key.words)};
-  for (std::string pair; pairs >> pair;) {
-    const std::size_t equals = pair.find('=');
-    if (std::stoll(pair.substr(equals + 1)) == value) return Quoted(pair.substr(0, equals));
-  }
-  return std::nullopt;
-}
-
 // The value as its friendly key writes it, none when the key does not allow it.
 std::optional<std::string> FriendlyValue(const SettingKey& key, const OemDevField& field,
                                          const OEMDEV& devmode) {
@@ -186,6 +177,15 @@ bool Differs(const OemDevField& field, const OEMDEV& devmode, const OEMDEV* base
 }
 
 }  // namespace
+
+std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value) {
+  std::istringstream pairs{std::string(key.words)};
+  for (std::string pair; pairs >> pair;) {
+    const std::size_t equals = pair.find('=');
+    if (std::stoll(pair.substr(equals + 1)) == value) return Quoted(pair.substr(0, equals));
+  }
+  return std::nullopt;
+}
 
 std::string SettingsText(const SettingsView& view) {
   Document document;

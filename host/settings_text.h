@@ -17,6 +17,9 @@ struct SettingsView {
 };
 std::string SettingsText(const SettingsView& view);
 
+// The word of a key with words that stands for the value, in quotes; none when no word does.
+std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value);
+
 // What may stand behind a friendly key: its words, separated by spaces, or "<what is expected>".
 std::string ExpectedValues(const SettingKey& key);
 std::string ExpectedValues(const OemDevField& field);

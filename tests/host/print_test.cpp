@@ -87,6 +87,7 @@ TEST_F(Print, FailureHasItsCodeAndLeavesNothing) {
        "--set paper.margin_right=8mm",
        4},
       {"{}page.pgm -o {}a.job --printer Nobody", 4},
+      {"{}page.pgm -o {}a.job --set colour.threshold=9 --paper 12x7mm --dpi 203", 4},
       {"{}page.pgm -o {}a.job --set devmode.dwSensorType=9 --paper 12x7mm --dpi 203", 4},
       {"{}page.pgm -o {}nowhere/a.job --paper 12x7mm --dpi 203", 5},
   };
