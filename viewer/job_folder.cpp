@@ -46,8 +46,8 @@ std::string Section(const std::string& name, const std::string& note, std::uint6
   const JobNotes& notes = view.Reader().Notes();
   std::string html = "<section class=\"job\"><h2><a href=\"" + name + ".html\">" +
                      Escaped(notes.name.empty() ? name : notes.name) +
-                     "</a></h2><p class=\"notes\">" + name + " · " +
-                     Counted(totals.labels, "label") + " · " + Counted(bytes, "byte");
+                     "</a></h2><p class=\"notes\">" + name + " · " + totals.Text() + " · " +
+                     Counted(bytes, "byte");
   if (!notes.created.empty()) html += " · " + Escaped(notes.created);
   html += "</p>";
   if (!note.empty()) html += "<p class=\"faults\">" + Escaped(note) + "</p>";
@@ -132,8 +132,7 @@ std::string JobFolder::Draw(const std::string& name, const std::string& note) {
                  ContactSheet(name, job.size(), view, totals, onSheet));
   m_sections.push_front(Section(name, more, job.size(), view, totals, inSection));
   if (m_sections.size() > kMostJobsOnPage) m_sections.pop_back();
-  std::string line =
-      name + ": " + Counted(totals.labels, "label") + ", " + Counted(job.size(), "byte");
+  std::string line = name + ": " + totals.Text() + ", " + Counted(job.size(), "byte");
   if (view.Reader().FaultCount() > 0) line += ", " + Counted(view.Reader().FaultCount(), "fault");
   return more.empty() ? line : line + "; " + more;
 }

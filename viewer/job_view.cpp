@@ -1,5 +1,7 @@
 #include "viewer/job_view.h"
 
+#include "viewer/contact_sheet.h"
+
 namespace viewer {
 
 JobView::JobView(std::string_view job, double dpi) : m_reader(job), m_dpi(dpi) {
@@ -23,6 +25,11 @@ void JobTotals::Add(const Label& label) {
   ++labels;
   copies += label.copies;
   cuts += label.cuts;
+}
+
+std::string JobTotals::Text() const {
+  return Counted(labels, "label") + ", " + Grouped(static_cast<std::uint64_t>(copies)) +
+         " with copies";
 }
 
 }  // namespace viewer

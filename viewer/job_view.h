@@ -44,6 +44,8 @@ struct JobTotals {
   std::int64_t cuts = 0;
 
   void Add(const Label& label);
+  // "2 labels, 4 with copies".
+  std::string Text() const;
 };
 
 }  // namespace viewer

@@ -121,11 +121,10 @@ class Viewing {
       return;
     }
     std::fprintf(m_options.sheet == "-" ? stderr : stdout,
-                 "%s: %s, %s with copies, %s dpi%s, %llu downloaded, %llu re-used\n",
+                 "%s: %s, %s dpi%s, %llu downloaded, %llu re-used\n",
                  m_options.sheet.empty() ? m_options.job.c_str() : m_options.sheet.c_str(),
-                 Counted(m_totals.labels, "label").c_str(),
-                 Grouped(static_cast<std::uint64_t>(m_totals.copies)).c_str(),
-                 Plain(m_view.Dpi()).c_str(), m_view.DpiIsGuessed() ? " (guessed)" : "",
+                 m_totals.Text().c_str(), Plain(m_view.Dpi()).c_str(),
+                 m_view.DpiIsGuessed() ? " (guessed)" : "",
                  static_cast<unsigned long long>(reader.Downloads()),
                  static_cast<unsigned long long>(reader.Reused()));
   }

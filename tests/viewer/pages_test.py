@@ -98,7 +98,7 @@ class Pages(unittest.TestCase):
             self.assertIn("Waiting", look(page, 1280)["text"])
             with socket.create_connection(("127.0.0.1", port)) as client, open(self.job, "rb") as job:
                 client.sendall(job.read())
-            self.assertIn("job-0001: 3 labels", server.stdout.readline())
+            self.assertIn("job-0001: 3 labels, 12 with copies", server.stdout.readline())
             facts = look(page, 1280)
             self.assertEqual(facts["text"].count("Label printer"), 1)
             self.check_labels(facts)
