@@ -33,7 +33,9 @@ TurnedBox TurnBox(const DotBox& box, const BitImage& image, int angle) {
 class Linter {
  public:
   Linter(std::string_view job, double dpi)
-      : m_reader(job), m_dpi(dpi > 0 ? dpi : GuessDpi(job).value_or(kDefaultDpi)) {}
+      : m_reader(job),
+        m_dpi(dpi > 0 ? dpi : GuessDpi(job).value_or(kDefaultDpi)),
+        m_guess(dpi > 0 ? "" : " at " + Plain(m_dpi) + " dpi (guessed; --dpi decides)") {}
 
   LintResult Run() {
     while (const std::optional<Label> label = m_reader.Next()) {
@@ -71,7 +73,7 @@ class Linter {
            "Image " + Printable(placement.name) + " prints " + std::to_string(count) + " dots (" +
                Plain(static_cast<double>(count) * kMmAnInch / m_dpi) + " mm) beyond the " + edge +
                " of the label of " + Plain(label.WidthMm()) + " x " + Plain(label.size->lengthMm) +
-               " mm: move it or send a larger label size");
+               " mm" + m_guess + ": move it or send a larger label size");
     }
   }
 
@@ -114,6 +116,7 @@ class Linter {
 
   JobReader m_reader;
   const double m_dpi;
+  const std::string m_guess;  // what to say of a resolution that nobody named
   std::vector<Fault> m_faults;
   std::uint64_t m_count = 0;
   std::pair<std::shared_ptr<const BitImage>, DotBox> m_boxes[4];
