@@ -9,6 +9,7 @@
 #include "host/error.h"
 #include "host/file.h"
 #include "host/page_reader.h"
+#include "host/printer.h"
 
 namespace {
 
@@ -149,6 +150,7 @@ OEMDEV MakeDevMode(LabelDriver& driver, const JobOptions& options, const Setting
 }
 
 Settings ReadSettings(const JobOptions& options) {
+  WarnOfSystemFile();
   Settings settings;
   if (!options.settingsFile.empty()) settings.ReadFile(options.settingsFile);
   for (const std::string& set : options.sets) settings.Set(set);

@@ -1,5 +1,6 @@
 #include "host/printer.h"
 
+#include <cstdio>
 #include <iterator>
 
 #include "host/error.h"
@@ -16,6 +17,12 @@ std::u16string DefaultName() {
 }
 
 }  // namespace
+
+void WarnOfSystemFile() {
+  const std::string complaint = PlatformSystemFileComplaint();
+  if (complaint.empty()) return;
+  std::fprintf(stderr, "%s; the whole file is ignored until that is mended\n", complaint.c_str());
+}
 
 Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
   if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;

@@ -5,6 +5,10 @@
 
 #include "platform/types.h"
 
+// Says on standard error that the system's file of printers is malformed and counts as missing; for
+// the beginning of a command that looks into it.
+void WarnOfSystemFile();
+
 class Printer {
  public:
   // Opens the printer of that name, the default one for an empty name. Throws HostError (settings)

@@ -75,6 +75,7 @@ void PrintStock(const StockItem& stock, bool first, bool selectable) {
 }
 
 int RunStocks(const StocksOptions& options) {
+  WarnOfSystemFile();
   const Printer printer(options.printer);
   StockList stocks;
   LoadStocksForPrinter(stocks, printer.Handle());

@@ -50,8 +50,15 @@ class WatchedFile {
     m_content = Parsed(path, text);
     m_path = path;
     m_status = status;
-    m_complaint.clear();
     return m_content;
+  }
+
+  // What is wrong with the file, "PATH: why"; empty when it is used or there is none. Throws as
+  // Get.
+  std::string Complaint() {
+    Get();
+    const std::lock_guard locked(m_mutex);
+    return m_complaint;
   }
 
  private:
@@ -72,10 +79,13 @@ class WatchedFile {
   }
   std::shared_ptr<const Content> Parsed(const std::string& path, const std::string& text) {
     try {
-      return std::make_shared<const Content>(m_parse(text));
+      auto content = std::make_shared<const Content>(m_parse(text));
+      m_complaint.clear();
+      return content;
     } catch (const std::bad_alloc&) {
       throw;  // no fault of the file's: it is read again at the next call
     } catch (const std::exception& error) {
+      m_complaint = path + ": " + error.what();
       ReportUnusableFile(path, error.what());
       return m_missing;
     }
@@ -87,6 +97,6 @@ class WatchedFile {
   std::mutex m_mutex;
   std::string m_path;
   struct stat m_status = {};
-  std::string m_complaint;  // about a file that could not be read at the last call
+  std::string m_complaint;  // about the file as the last call found it
   std::shared_ptr<const Content> m_content;
 };

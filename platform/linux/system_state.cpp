@@ -66,8 +66,17 @@ PngSize ReadPngSize(const toml::node& node) {
   Fail("png must be \"fast\", \"default\" or \"small\"", node);
 }
 
+toml::table ParseToml(const std::string& text) {
+  try {
+    return toml::parse(text);
+  } catch (const toml::parse_error& error) {
+    throw std::runtime_error("line " + std::to_string(error.source().begin.line) + ": " +
+                             std::string(error.description()));
+  }
+}
+
 SystemContent Parse(const std::string& text) {
-  const toml::table root = toml::parse(text);
+  const toml::table root = ParseToml(text);
   SystemContent content = WithoutFile();
   if (const toml::node* node = root.get("ansi_code_page")) {
     const auto value = node->value_exact<std::int64_t>();
@@ -91,6 +100,11 @@ SystemContent Parse(const std::string& text) {
     }
   }
   return content;
+}
+
+WatchedFile<SystemContent>& SystemFile() {
+  static WatchedFile<SystemContent> file("system.toml", WithoutFile(), Parse);
+  return file;
 }
 
 struct FileCloser {
@@ -129,7 +143,6 @@ std::string PlatformHomeFolder() {
 
 INT PlatformDotGainPercent() { return SystemState()->dotGainPercent; }
 
-std::shared_ptr<const SystemContent> SystemState() {
-  static WatchedFile<SystemContent> file("system.toml", WithoutFile(), Parse);
-  return file.Get();
-}
+std::string PlatformSystemFileComplaint() { return SystemFile().Complaint(); }
+
+std::shared_ptr<const SystemContent> SystemState() { return SystemFile().Get(); }

@@ -122,6 +122,7 @@ TEST_F(StateFiles, MalformedSystemFileCountsAsMissing) {
     EXPECT_TRUE(GetDefaultPrinterW(name, &size));
     EXPECT_EQ(std::u16string(name), u"Label Printer");
     EXPECT_EQ(home.LogLines().size(), ++lines) << file;
+    EXPECT_NE(PlatformSystemFileComplaint().find("system.toml: line "), std::string::npos) << file;
   }
 }
 
