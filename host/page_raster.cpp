@@ -51,6 +51,13 @@ bool IsWhite(const std::uint8_t* bytes, std::size_t size) {
 }
 
 void CheckPrintable(const DevicePage& device) {
+  if (device.physicalWidthPx < 0 || device.physicalHeightPx < 0) {
+    // Micrometres times dots per inch are counted in 32 bits.
+    const double mostMm = std::floor(2147483647.0 / device.dpi / 100) / 10;
+    throw HostError(kExitSettings, "The paper is too large for " + std::to_string(device.dpi) +
+                                       " dpi, where a side may have up to " + FormatMm(mostMm) +
+                                       " mm: choose a smaller --paper or --dpi");
+  }
   if (device.surfaceWidthPx > 0 && device.surfaceHeightPx > 0) return;
   throw HostError(
       kExitSettings,

@@ -4,6 +4,7 @@ namespace {
 
 using Kind = SettingKey::Kind;
 constexpr LONG kAny = 2147483647;
+constexpr LONG kFarUm = 3276700;  // no label is longer
 
 constexpr SettingKey kKeys[] = {
     {"paper.size", Kind::Paper, "", ""},
@@ -13,8 +14,8 @@ constexpr SettingKey kKeys[] = {
     {"paper.margin_right", Kind::Margin, "dwUnprintableRight", ""},
     {"paper.margin_top", Kind::Margin, "dwUnprintableTop", ""},
     {"paper.margin_bottom", Kind::Margin, "dwUnprintableBottom", ""},
-    {"paper.offset_x", Kind::Length, "nOffsetX", ""},
-    {"paper.offset_y", Kind::Length, "nOffsetY", ""},
+    {"paper.offset_x", Kind::Length, "nOffsetX", "", -kFarUm, kFarUm},
+    {"paper.offset_y", Kind::Length, "nOffsetY", "", -kFarUm, kFarUm},
     {"paper.gap", Kind::Margin, "dwGapDistance", ""},
     {"paper.sensor", Kind::Words, "dwSensorType", "e=0 l0=1 l1=2 l2=3 x0=4 x1=5"},
     {"paper.rotation", Kind::Words, "dwRotation", "0=0 90=1 180=2 270=3"},

@@ -119,8 +119,14 @@ std::vector<BYTE> SettingValue::AsKey(const SettingKey& key, const OemDevField& 
       return BytesOf(Flag(), field.size);
     case SettingKey::Kind::Words:
       return BytesOf(Word(key), field.size);
-    case SettingKey::Kind::Length:
-      return BytesOf(ParseLengthUm(Text(), m_key), field.size);
+    case SettingKey::Kind::Length: {
+      const LONG lengthUm = ParseLengthUm(Text(), m_key);
+      if (!key.Bears(lengthUm)) {
+        Refuse("a length from " + FormatLength(key.least) + " to " + FormatLength(key.most) +
+               " is expected");
+      }
+      return BytesOf(lengthUm, field.size);
+    }
     case SettingKey::Kind::Margin: {
       const LONG lengthUm = ParseLengthUm(Text(), m_key);
       if (lengthUm < 0) Refuse("a length that is not negative is expected");

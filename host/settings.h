@@ -35,8 +35,8 @@ class Settings {
 
   // Lays the settings over a record.
   void ApplyTo(OEMDEV& devmode) const;
-  // Throws HostError when the record does not hold what was set, because the plug-in found it out of
-  // range, or when colour.threshold was set and the record has another ditherer.
+  // Throws HostError when the record does not hold what was set, because the plug-in found it out
+  // of range, or when colour.threshold was set and the record has another ditherer.
   void CheckKept(const OEMDEV& devmode) const;
 
  private:
@@ -58,8 +58,10 @@ struct SettingKey {
   Kind kind;
   std::string_view field;  // of the private devmode; empty for a page setting
   std::string_view words;  // "word=value word=value" for Kind::Words
-  LONG least = 0;          // for Kind::Number
+  LONG least = 0;          // for numbers, and lengths in um unless both are 0
   LONG most = 0;
+
+  bool Bears(std::int64_t um) const { return most == 0 || (um >= least && um <= most); }
 };
 std::span<const SettingKey> SettingKeys();
 

@@ -96,6 +96,7 @@ std::optional<std::string> FriendlyValue(const SettingKey& key, const OemDevFiel
       if (number > 0x7FFFFFFF) return std::nullopt;
       return LengthText(number);
     case Kind::Length:
+      if (!key.Bears(number)) return std::nullopt;
       return LengthText(number);
     case Kind::Color:
       if (number > 0xFFFFFF) return std::nullopt;

@@ -65,6 +65,7 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
       {"print.crop=1", "true or false is expected"},
       {"paper.gap=3", "a text is expected"},
       {"paper.gap=-3mm", "not negative"},
+      {"paper.offset_y=-3276.8mm", "a length from -3276.7mm to 3276.7mm is expected"},
       {"devmode.nCpValue=3", "write a length with its unit"},
       {"colour.highlight=red", "#RRGGBB"},
       {"paper.stock=1", "a text is expected"},
