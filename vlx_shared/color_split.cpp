@@ -13,9 +13,10 @@ class InkLevels final : public LevelReader {
 
  private:
   bool Levels(const BYTE* pixels, INT count, BYTE* const* levels) override {
-    return BestKernels().Split(pixels, count, m_mixture, levels[0], levels[1]);
+    return m_kernels.Split(pixels, count, m_mixture, levels[0], levels[1]);
   }
 
+  const RasterKernels& m_kernels = BestKernels();
   const ColorMixture m_mixture;
 };
 

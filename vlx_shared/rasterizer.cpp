@@ -9,8 +9,10 @@ namespace {
 
 class GreyLevels final : public LevelReader {
   bool Levels(const BYTE* pixels, INT count, BYTE* const* levels) override {
-    return BestKernels().Grey(pixels, count, levels[0]);
+    return m_kernels.Grey(pixels, count, levels[0]);
   }
+
+  const RasterKernels& m_kernels = BestKernels();
 };
 
 }  // namespace
