@@ -11,8 +11,8 @@
 
 #include "host/error.h"
 #include "host/page_reader.h"
-#include "platform/linux/least_deflate.h"
-#include "platform/linux/row_deflate.h"
+#include "platform/linux/gdiplus/least_deflate.h"
+#include "platform/linux/gdiplus/row_deflate.h"
 
 extern "C" const char* __asan_default_options() {
   return "allocator_may_return_null=1:max_allocation_size_mb=64";

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 
-#include "platform/linux/registry_file.h"
+#include "platform/linux/registry/registry_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {

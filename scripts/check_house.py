@@ -80,7 +80,7 @@ def self_test():
     bad = {
         "commands/a.cpp": '#include "imaging/crop.h"',
         "imaging/b.cpp": "#include <unistd.h>",
-        "Renderer/c.cpp": '#include "platform/linux/unicode.h"',
+        "Renderer/c.cpp": '#include "platform/linux/text/unicode.h"',
         "host/d.cpp": '#include "config/vlx_shared.h"',
         "vlx_shared/e.cpp": '#include "tests/support/device.h"',
         "platform/f.h": '#include "config/oemdev.h"',

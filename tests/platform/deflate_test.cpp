@@ -9,8 +9,8 @@
 #include <random>
 #include <string>
 
-#include "platform/linux/least_deflate.h"
-#include "platform/linux/row_deflate.h"
+#include "platform/linux/gdiplus/least_deflate.h"
+#include "platform/linux/gdiplus/row_deflate.h"
 
 namespace {
 

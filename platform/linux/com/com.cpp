@@ -1,0 +1,212 @@
+// Memory streams and identifiers.
+
+#include "platform/com.h"
+
+#include <sys/random.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "platform/fault.h"
+#include "platform/linux/system/block.h"
+#include "platform/synch.h"
+
+namespace {
+
+constexpr DWORD kStreamType = 2;  // STGTY_STREAM
+constexpr ULARGE_INTEGER kLargestStream = 0x7FFFFFFF;
+
+class MemoryStream final : public IStream {
+ public:
+  MemoryStream() = default;
+  MemoryStream(const MemoryStream&) = delete;
+  MemoryStream& operator=(const MemoryStream&) = delete;
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    if (ppv == nullptr) return E_POINTER;
+    *ppv = nullptr;
+    if (riid != IID_IUnknown && riid != IID_ISequentialStream && riid != IID_IStream) {
+      return E_NOINTERFACE;
+    }
+    *ppv = static_cast<IStream*>(this);
+    AddRef();
+    return S_OK;
+  }
+  ULONG AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_cRef)); }
+  ULONG Release() override {
+    const LONG count = InterlockedDecrement(&m_cRef);
+    if (count == 0) delete this;
+    return static_cast<ULONG>(count);
+  }
+
+  HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
+    if (pcbRead != nullptr) *pcbRead = 0;
+    if (pv == nullptr) return STG_E_INVALIDPOINTER;
+    if (PlatformShouldFail("IStream::Read")) return E_OUTOFMEMORY;
+    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
+    const auto count = static_cast<ULONG>(std::min<ULARGE_INTEGER>(cb, left));
+    if (count != 0) std::memcpy(pv, m_bytes + m_position, count);
+    m_position += count;
+    if (pcbRead != nullptr) *pcbRead = count;
+    return S_OK;
+  }
+  HRESULT Write(const void* pv, ULONG cb, ULONG* pcbWritten) override {
+    if (pcbWritten != nullptr) *pcbWritten = 0;
+    if (pv == nullptr) return STG_E_INVALIDPOINTER;
+    if (PlatformShouldFail("IStream::Write") || !Reach(m_position + cb)) return STG_E_MEDIUMFULL;
+    if (cb != 0) std::memcpy(m_bytes + m_position, pv, cb);
+    m_position += cb;
+    if (pcbWritten != nullptr) *pcbWritten = cb;
+    return S_OK;
+  }
+  HRESULT Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin, ULARGE_INTEGER* plibNewPosition) override {
+    if (PlatformShouldFail("IStream::Seek")) return E_OUTOFMEMORY;
+    LARGE_INTEGER base = 0;
+    if (dwOrigin == STREAM_SEEK_CUR) base = static_cast<LARGE_INTEGER>(m_position);
+    if (dwOrigin == STREAM_SEEK_END) base = static_cast<LARGE_INTEGER>(m_size);
+    LARGE_INTEGER target = 0;
+    if (dwOrigin > STREAM_SEEK_END || __builtin_add_overflow(base, dlibMove, &target) ||
+        target < 0) {
+      return STG_E_INVALIDFUNCTION;
+    }
+    m_position = static_cast<ULARGE_INTEGER>(target);
+    if (plibNewPosition != nullptr) *plibNewPosition = m_position;
+    return S_OK;
+  }
+  HRESULT SetSize(ULARGE_INTEGER libNewSize) override {
+    if (!Reach(libNewSize)) return STG_E_MEDIUMFULL;
+    m_size = libNewSize;
+    return S_OK;
+  }
+  HRESULT CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,
+                 ULARGE_INTEGER* pcbWritten) override {
+    if (pstm == nullptr) return STG_E_INVALIDPOINTER;
+    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
+    const auto count = static_cast<ULONG>(std::min(cb, left));
+    ULONG written = 0;
+    static constexpr BYTE kNothing = 0;
+    const HRESULT hr = pstm->Write(count == 0 ? &kNothing : m_bytes + m_position, count, &written);
+    m_position += count;
+    if (pcbRead != nullptr) *pcbRead = count;
+    if (pcbWritten != nullptr) *pcbWritten = written;
+    return hr;
+  }
+  HRESULT Commit(DWORD) override { return S_OK; }
+  HRESULT Revert() override { return S_OK; }
+  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+    return STG_E_INVALIDFUNCTION;
+  }
+  HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+    return STG_E_INVALIDFUNCTION;
+  }
+  HRESULT Stat(STATSTG* pstatstg, DWORD) override {
+    if (pstatstg == nullptr) return STG_E_INVALIDPOINTER;
+    if (PlatformShouldFail("IStream::Stat")) return E_OUTOFMEMORY;
+    *pstatstg = {};
+    pstatstg->type = kStreamType;
+    pstatstg->cbSize = m_size;
+    return S_OK;
+  }
+  HRESULT Clone(IStream** ppstm) override {
+    if (ppstm != nullptr) *ppstm = nullptr;
+    return E_NOTIMPL;
+  }
+
+ private:
+  ~MemoryStream() { FreeBlock(m_bytes); }
+
+  // Makes the content at least that long; what is new is zero.
+  bool Reach(ULARGE_INTEGER size) {
+    if (size > kLargestStream) return false;
+    if (size <= m_size) return true;
+    if (size > m_room) {
+      const ULARGE_INTEGER room = m_bytes == nullptr ? size : size + size / 2;
+      auto* larger = static_cast<BYTE*>(AllocateBlock(room, false));
+      if (larger == nullptr) return false;
+      if (m_bytes != nullptr) std::memcpy(larger, m_bytes, m_size);
+      FreeBlock(m_bytes);
+      m_bytes = larger;
+      m_room = room;
+    }
+    std::memset(m_bytes + m_size, 0, size - m_size);
+    m_size = size;
+    return true;
+  }
+
+  LONG m_cRef = 1;
+  BYTE* m_bytes = nullptr;  // a block
+  ULARGE_INTEGER m_size = 0;
+  ULARGE_INTEGER m_room = 0;
+  ULARGE_INTEGER m_position = 0;
+};
+
+int HexDigit(WCHAR c) {
+  if (c >= u'0' && c <= u'9') return c - u'0';
+  if (c >= u'a' && c <= u'f') return c - u'a' + 10;
+  if (c >= u'A' && c <= u'F') return c - u'A' + 10;
+  return -1;
+}
+
+// Reads digits hexadecimal digits at *text and moves past them.
+template <typename Number>
+bool ReadHex(LPCWSTR& text, int digits, Number* number) {
+  DWORD value = 0;
+  for (int i = 0; i < digits; ++i) {
+    const int digit = HexDigit(*text);
+    if (digit < 0) return false;
+    value = value << 4 | static_cast<DWORD>(digit);
+    ++text;
+  }
+  *number = static_cast<Number>(value);
+  return true;
+}
+
+bool ReadChar(LPCWSTR& text, WCHAR expected) {
+  if (*text != expected) return false;
+  ++text;
+  return true;
+}
+
+bool ReadGuid(LPCWSTR text, GUID* guid) {
+  if (!ReadChar(text, u'{') || !ReadHex(text, 8, &guid->Data1) || !ReadChar(text, u'-') ||
+      !ReadHex(text, 4, &guid->Data2) || !ReadChar(text, u'-') || !ReadHex(text, 4, &guid->Data3) ||
+      !ReadChar(text, u'-')) {
+    return false;
+  }
+  for (int i = 0; i < 8; ++i) {
+    if (i == 2 && !ReadChar(text, u'-')) return false;
+    if (!ReadHex(text, 2, &guid->Data4[i])) return false;
+  }
+  return ReadChar(text, u'}') && *text == 0;
+}
+
+}  // namespace
+
+HRESULT CreateStreamOnHGlobal(HGLOBAL hGlobal, BOOL fDeleteOnRelease, IStream** ppstm) {
+  if (ppstm == nullptr) return E_INVALIDARG;
+  *ppstm = nullptr;
+  if (hGlobal != nullptr || !fDeleteOnRelease) return E_INVALIDARG;
+  if (PlatformShouldFail("CreateStreamOnHGlobal")) return E_OUTOFMEMORY;
+  *ppstm = new (std::nothrow) MemoryStream;
+  return *ppstm == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+HRESULT CoCreateGuid(GUID* pguid) {
+  if (pguid == nullptr) return E_INVALIDARG;
+  *pguid = {};
+  if (PlatformShouldFail("CoCreateGuid") ||
+      getrandom(pguid, sizeof *pguid, 0) != static_cast<ssize_t>(sizeof *pguid)) {
+    return E_FAIL;
+  }
+  pguid->Data3 = static_cast<WORD>((pguid->Data3 & 0x0FFF) | 0x4000);
+  pguid->Data4[0] = static_cast<BYTE>((pguid->Data4[0] & 0x3F) | 0x80);
+  return S_OK;
+}
+
+HRESULT CLSIDFromString(LPCWSTR lpsz, CLSID* pclsid) {
+  if (pclsid == nullptr) return E_INVALIDARG;
+  GUID guid = {};
+  const bool read = lpsz != nullptr && ReadGuid(lpsz, &guid);
+  *pclsid = read ? guid : GUID{};
+  return read ? S_OK : CO_E_CLASSSTRING;
+}

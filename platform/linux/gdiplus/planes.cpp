@@ -1,0 +1,118 @@
+// Reading a page as bytes that the caller makes of its pixels.
+
+#include <hwy/cache_control.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/fault.h"
+#include "platform/linux/gdiplus/image.h"
+#include "platform/linux/gdiplus/turn.h"
+
+namespace Gdiplus {
+
+namespace {
+
+constexpr INT kMostPlanes = 2;
+constexpr INT kCacheLineBytes = 64;
+
+// The rows that are read, and where their bytes go.
+struct Reading {
+  INT top;
+  INT bottom;
+  PixelReduction& reduction;
+  const BytePlane* planes;
+  INT planeCount;
+
+  BYTE* At(INT plane, INT x, INT y) const {
+    return planes[plane].first + (y - top) * planes[plane].strideBytes + x;
+  }
+};
+
+// Fetches pixels that are read soon: rows lie too far apart for the processor to foresee.
+void Fetch(const BYTE* pixels, INT count) {
+  for (INT i = 0; i < 3 * count; i += kCacheLineBytes) hwy::Prefetch(pixels + i);
+}
+
+// Some columns of the source, which become rows, from the bottom up: so these grow to the right.
+void TurnColumns(const GpImage& source, const Area& part, INT toLeft, INT toTop,
+                 const Reading& reading) {
+  TurnBand bands[kMostPlanes];
+  const INT left = static_cast<INT>(part.left);
+  const INT columns = static_cast<INT>(part.right) - left;
+  for (INT bottom = static_cast<INT>(part.bottom); bottom > part.top; bottom -= TurnBand::kRows) {
+    const INT count = std::min(TurnBand::kRows, bottom - static_cast<INT>(part.top));
+    for (INT i = 0; i < count; ++i) {
+      const INT y = bottom - 1 - i;
+      if (y >= TurnBand::kRows) Fetch(source.Row(y - TurnBand::kRows) + 3 * left, columns);
+      BYTE* const row[kMostPlanes] = {bands[0].bytes[i], bands[1].bytes[i]};
+      reading.reduction.Reduce(source.Row(y) + 3 * left, columns, row);
+    }
+    const INT x = toLeft + static_cast<INT>(part.bottom) - bottom;
+    for (INT plane = 0; plane < reading.planeCount; ++plane) {
+      TurnClockwise(bands[plane], count, columns,
+                    {reading.At(plane, x, toTop), reading.planes[plane].strideBytes});
+    }
+  }
+}
+
+// The bytes of what lies under a drawing.
+void FillRows(const GpImage& image, const Reading& reading) {
+  const ARGB color = image.Color();
+  const BYTE pixel[3] = {static_cast<BYTE>(color), static_cast<BYTE>(color >> 8),
+                         static_cast<BYTE>(color >> 16)};
+  BYTE bytes[kMostPlanes];
+  BYTE* const to[kMostPlanes] = {bytes, bytes + 1};
+  reading.reduction.Reduce(pixel, 1, to);
+  for (INT plane = 0; plane < reading.planeCount; ++plane) {
+    for (INT y = reading.top; y < reading.bottom; ++y) {
+      std::memset(reading.At(plane, 0, y), bytes[plane], image.width);
+    }
+  }
+}
+
+// A page that is still to be turned is never turned as pixels: its bytes are fewer.
+void ReadTurned(const GpImage& image, const Reading& reading) {
+  const Drawing& drawing = image.WaitingDrawing();
+  const Area rows = {0, reading.top, image.width, reading.bottom};
+  const Area target = Intersect(drawing.Target(), rows);
+  if (!target.Contains(rows)) FillRows(image, reading);
+  if (target.IsEmpty()) return;
+  for (std::int64_t top = target.top; top < target.bottom; top += TurnBand::kColumns) {
+    const std::int64_t bottom = std::min(top + TurnBand::kColumns, target.bottom);
+    TurnColumns(*drawing.source,
+                drawing.place.Inverse().Of({target.left, top, target.right, bottom}),
+                static_cast<INT>(target.left), static_cast<INT>(top), reading);
+  }
+}
+
+void ReadRows(const PixelRows& rows, INT width, const Reading& reading) {
+  for (INT y = reading.top; y < reading.bottom; ++y) {
+    BYTE* to[kMostPlanes] = {};
+    for (INT plane = 0; plane < reading.planeCount; ++plane) to[plane] = reading.At(plane, 0, y);
+    reading.reduction.Reduce(rows.Row(y - reading.top), width, to);
+  }
+}
+
+}  // namespace
+
+GpStatus PlatformReadPlanes(GpBitmap* bitmap, INT top, INT rows, PixelReduction& reduction,
+                            const BytePlane* planes, INT planeCount) {
+  const bool possible = bitmap != nullptr && !bitmap->IsOneBit() && top >= 0 && rows > 0 &&
+                        rows <= bitmap->height - top && planeCount > 0 && planeCount <= kMostPlanes;
+  if (!possible) return InvalidParameter;
+  if (PlatformShouldFail("PlatformReadPlanes")) return OutOfMemory;
+  const Reading reading = {top, top + rows, reduction, planes, planeCount};
+  const bool waits = bitmap->GetContent() == GpImage::Content::Drawing;
+  if (waits && bitmap->WaitingDrawing().place.IsClockwiseTurn()) {
+    ReadTurned(*bitmap, reading);
+  } else if (waits) {
+    ReadRows(bitmap->DrawnRows(top, top + rows), bitmap->width, reading);
+  } else {
+    bitmap->MakePixels();
+    ReadRows({bitmap->Row(top), bitmap->strideBytes}, bitmap->width, reading);
+  }
+  return Ok;
+}
+
+}  // namespace Gdiplus

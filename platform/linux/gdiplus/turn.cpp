@@ -1,0 +1,92 @@
+// The quarter turn in blocks of 16 x 16 bytes, one in every 16 bytes of a vector.
+
+#include "platform/linux/gdiplus/turn.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/linux/gdiplus/turn.cpp"
+#include <hwy/foreach_target.h>
+// After foreach_target.
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Gdiplus::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE
+
+bool TurnBlocks(const TurnBand&, INT, const PixelRows&) { return false; }
+
+#else
+
+constexpr INT kBlock = TurnBand::kRows;
+using Bytes = hn::FixedTag<uint8_t, HWY_MAX_BYTES >= 64 ? 64 : HWY_MAX_BYTES>;
+using Vector = hn::Vec<Bytes>;
+
+// Interleaves rows i and i + 8, four times over: byte x of row i becomes byte i of row x.
+HWY_INLINE void Transpose(Vector (&rows)[kBlock]) {
+  const Bytes bytes;
+#pragma GCC unroll 4
+  for (INT step = 0; step < 4; ++step) {
+    Vector next[kBlock];
+#pragma GCC unroll 8
+    for (INT i = 0; i < kBlock / 2; ++i) {
+      next[2 * i] = hn::InterleaveLower(bytes, rows[i], rows[i + kBlock / 2]);
+      next[2 * i + 1] = hn::InterleaveUpper(bytes, rows[i], rows[i + kBlock / 2]);
+    }
+#pragma GCC unroll 16
+    for (INT i = 0; i < kBlock; ++i) rows[i] = next[i];
+  }
+}
+
+// Stores the 16 bytes of every block of a vector, each block so many rows below the one before;
+// nothing from row number rows on.
+template <class Tag>
+HWY_INLINE void StoreBlocks(Tag tag, hn::Vec<Tag> blocks, INT rows, BYTE* to,
+                            std::ptrdiff_t strideBytes) {
+  if constexpr (hn::MaxLanes(tag) == kBlock) {
+    if (rows > 0) hn::StoreU(blocks, tag, to);
+  } else {
+    const hn::Half<Tag> half;
+    constexpr INT kHalf = static_cast<INT>(hn::MaxLanes(half));
+    StoreBlocks(half, hn::LowerHalf(half, blocks), rows, to, strideBytes);
+    StoreBlocks(half, hn::UpperHalf(half, blocks), rows - kHalf, to + kHalf * strideBytes,
+                strideBytes);
+  }
+}
+
+bool TurnBlocks(const TurnBand& band, INT columns, const PixelRows& target) {
+  const Bytes bytes;
+  constexpr INT kStep = static_cast<INT>(hn::MaxLanes(bytes));
+  for (INT x = 0; x < columns; x += kStep) {
+    Vector rows[kBlock];
+#pragma GCC unroll 16
+    for (INT i = 0; i < kBlock; ++i) rows[i] = hn::Load(bytes, band.bytes[i] + x);
+    Transpose(rows);
+#pragma GCC unroll 16
+    for (INT i = 0; i < kBlock; ++i) {
+      StoreBlocks(bytes, rows[i], columns - x - i, target.Row(x + i), target.strideBytes);
+    }
+  }
+  return true;
+}
+
+#endif
+
+}  // namespace Gdiplus::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Gdiplus {
+
+HWY_EXPORT(TurnBlocks);
+
+void TurnClockwise(const TurnBand& band, INT count, INT columns, const PixelRows& target) {
+  if (count == TurnBand::kRows && HWY_DYNAMIC_DISPATCH(TurnBlocks)(band, columns, target)) return;
+  for (INT x = 0; x < columns; ++x) {
+    for (INT i = 0; i < count; ++i) target.Row(x)[i] = band.bytes[i][x];
+  }
+}
+
+}  // namespace Gdiplus
+#endif

@@ -1,0 +1,25 @@
+#include "platform/fault.h"
+
+#include <atomic>
+
+#include "platform/linux/system/fault_state.h"
+
+namespace {
+
+std::atomic<PlatformFaultHook> hook{nullptr};
+void* hookContext = nullptr;  // changed only while no platform call runs
+
+}  // namespace
+
+void PlatformSetFaultHook(PlatformFaultHook newHook, void* context) {
+  hook.store(nullptr);
+  hookContext = context;
+  hook.store(newHook);
+}
+
+bool PlatformShouldFail(const char* call) {
+  const PlatformFaultHook current = hook.load(std::memory_order_relaxed);
+  return current != nullptr && current(call, hookContext);
+}
+
+bool FaultsArmed() { return hook.load(std::memory_order_relaxed) != nullptr; }
