@@ -10,7 +10,7 @@
 #include <new>
 
 #include "host/error.h"
-#include "host/page_reader.h"
+#include "host/pages/page_reader.h"
 #include "platform/linux/gdiplus/least_deflate.h"
 #include "platform/linux/gdiplus/row_deflate.h"
 

@@ -1,6 +1,6 @@
 // Settings files: taken, or refused with an error that names the fault.
 
-#include "host/settings.h"
+#include "host/settings/settings.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -4,9 +4,9 @@
 #include <cstdio>
 
 #include "config/stock_catalogue.h"
+#include "host/driver/printer.h"
 #include "host/error.h"
-#include "host/length.h"
-#include "host/printer.h"
+#include "host/settings/length.h"
 #include "host/unicode.h"
 #include "platform/system_file.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "common/error.h"
-#include "host/job.h"
+#include "tools/job_options.h"
 #include "viewer/files.h"
 #include "viewer/job_view.h"
 

@@ -6,12 +6,12 @@
 
 #include "common/command.h"
 #include "common/error.h"
-#include "host/driver.h"
-#include "host/print_command.h"
-#include "host/settings_command.h"
+#include "host/driver/driver.h"
 #include "host/stocks_command.h"
 #include "platform/version.h"
 #include "tools/preview_command.h"
+#include "tools/print_command.h"
+#include "tools/settings_command.h"
 #include "tools/usage.h"
 #include "viewer/commands.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/error.h"
-#include "host/page_raster.h"
+#include "host/pages/page_raster.h"
 #include "tests/support/png_image.h"
 #include "tests/support/temp_home.h"
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "config/oemdev.h"
-#include "host/driver_helper.h"
+#include "host/driver/driver_helper.h"
 
 // What becomes of one spool write.
 enum class WriteFault { None, Nothing, Short, Raise };

@@ -1,4 +1,4 @@
-#include "host/page_reader.h"
+#include "host/pages/page_reader.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "host/error.h"
-#include "host/pdf_pages.h"
+#include "host/pages/pdf_pages.h"
 
 namespace {
 

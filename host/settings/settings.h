@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "config/oemdev_fields.h"
-#include "host/length.h"
+#include "host/settings/length.h"
 
 // What the public devmode and the driver take.
 struct PageSettings {

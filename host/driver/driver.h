@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "config/oemdev.h"
-#include "host/module.h"
-#include "host/page_raster.h"
-#include "host/printer.h"
-#include "host/settings.h"
-#include "host/spool.h"
+#include "host/driver/module.h"
+#include "host/driver/printer.h"
+#include "host/pages/page_raster.h"
+#include "host/settings/settings.h"
+#include "host/targets/spool.h"
 #include "platform/print_oem.h"
 
 // Throws HostError (internal) when the plug-in refuses a call, and what the spool threw.

@@ -1,4 +1,4 @@
-#include "host/length.h"
+#include "host/settings/length.h"
 
 #include <charconv>
 #include <cmath>

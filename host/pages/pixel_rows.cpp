@@ -1,4 +1,4 @@
-#include "host/pixel_rows.h"
+#include "host/pages/pixel_rows.h"
 
 #include <array>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "host/job.h"
+#include "tools/job_options.h"
 
 #include <unistd.h>
 
@@ -6,10 +6,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "host/driver/printer.h"
 #include "host/error.h"
 #include "host/file.h"
-#include "host/page_reader.h"
-#include "host/printer.h"
+#include "host/pages/page_reader.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/pdf_pages.h"
+#include "host/pages/pdf_pages.h"
 
 #include <fcntl.h>
 #include <signal.h>

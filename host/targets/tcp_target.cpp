@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "host/error.h"
-#include "host/spool.h"
+#include "host/targets/spool.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/setting_value.h"
+#include "host/settings/setting_value.h"
 
 #include <cstring>
 #include <sstream>

@@ -1,11 +1,11 @@
-#include "host/page_raster.h"
+#include "host/pages/page_raster.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
 #include "host/error.h"
-#include "host/length.h"
+#include "host/settings/length.h"
 
 #define STB_IMAGE_RESIZE_IMPLEMENTATION
 #define STB_IMAGE_RESIZE_STATIC

@@ -1,4 +1,4 @@
-#include "host/settings.h"
+#include "host/settings/settings.h"
 
 #include <toml++/toml.h>
 
@@ -9,8 +9,8 @@
 #include "common/nearest.h"
 #include "host/error.h"
 #include "host/file.h"
-#include "host/setting_value.h"
-#include "host/settings_text.h"
+#include "host/settings/setting_value.h"
+#include "host/settings/settings_text.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <png.h>
 
 #include "host/error.h"
-#include "host/page_reader.h"
+#include "host/pages/page_reader.h"
 
 namespace {
 

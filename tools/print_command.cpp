@@ -1,9 +1,9 @@
-#include "host/print_command.h"
+#include "tools/print_command.h"
 
 #include <cstdio>
 
 #include "host/error.h"
-#include "host/job.h"
+#include "tools/job_options.h"
 
 namespace {
 

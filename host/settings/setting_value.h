@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/settings.h"
+#include "host/settings/settings.h"
 
 // Every reader throws HostError (settings) with the key, the value and what is expected.
 class SettingValue {

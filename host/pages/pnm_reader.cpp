@@ -4,8 +4,8 @@
 #include <cctype>
 
 #include "host/error.h"
-#include "host/page_reader.h"
-#include "host/pixel_rows.h"
+#include "host/pages/page_reader.h"
+#include "host/pages/pixel_rows.h"
 
 namespace {
 

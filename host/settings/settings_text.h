@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "host/settings.h"
+#include "host/settings/settings.h"
 
 // A TOML document with every setting by its friendly key, and what has none by its field in
 // [devmode]; a comment behind each names the field, its offset in the record and its unit. page:

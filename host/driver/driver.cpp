@@ -1,13 +1,13 @@
 // Loading, device contexts and documents; the bands are in banding.cpp.
 
-#include "host/driver.h"
+#include "host/driver/driver.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
 
-#include "host/driver_helper.h"
+#include "host/driver/driver_helper.h"
 #include "host/error.h"
 #include "host/unicode.h"
 #include "platform/palette.h"

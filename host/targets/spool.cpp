@@ -1,4 +1,4 @@
-#include "host/spool.h"
+#include "host/targets/spool.h"
 
 #include <unistd.h>
 

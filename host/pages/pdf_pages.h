@@ -4,7 +4,7 @@
 
 #include <sys/types.h>
 
-#include "host/page_reader.h"
+#include "host/pages/page_reader.h"
 
 class PdfPages {
  public:

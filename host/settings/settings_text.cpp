@@ -1,4 +1,4 @@
-#include "host/settings_text.h"
+#include "host/settings/settings_text.h"
 
 #include <algorithm>
 #include <cmath>

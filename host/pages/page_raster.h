@@ -2,7 +2,7 @@
 // anything of the page is lost.
 #pragma once
 
-#include "host/page_reader.h"
+#include "host/pages/page_reader.h"
 #include "platform/driver.h"
 
 // A device's page in pixels, as the page is seen (a landscape page is wider than high).

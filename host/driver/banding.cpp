@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/driver.h"
+#include "host/driver/driver.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/module.h"
+#include "host/driver/module.h"
 
 #include <dlfcn.h>
 

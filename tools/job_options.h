@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/driver.h"
-#include "host/settings.h"
-#include "host/spool.h"
+#include "host/driver/driver.h"
+#include "host/settings/settings.h"
+#include "host/targets/spool.h"
 
 struct JobOptions {
   std::vector<std::string> files;

@@ -1,12 +1,12 @@
-#include "host/settings_command.h"
+#include "tools/settings_command.h"
 
 #include <cstdio>
 #include <cstring>
 
-#include "host/driver.h"
+#include "host/driver/driver.h"
 #include "host/error.h"
-#include "host/job.h"
-#include "host/settings_text.h"
+#include "host/settings/settings_text.h"
+#include "tools/job_options.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/printer.h"
+#include "host/driver/printer.h"
 
 #include <cstdio>
 #include <iterator>
