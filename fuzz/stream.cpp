@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <new>
 
-#include "viewer/contact_sheet.h"
-#include "viewer/explain.h"
-#include "viewer/label_json.h"
-#include "viewer/lint.h"
+#include "viewer/reports/contact_sheet.h"
+#include "viewer/reports/explain.h"
+#include "viewer/reports/label_json.h"
+#include "viewer/reports/lint.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "common/error.h"
 #include "tools/job_options.h"
+#include "viewer/drawing/job_view.h"
 #include "viewer/files.h"
-#include "viewer/job_view.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "tools/print_command.h"
 #include "tools/settings_command.h"
 #include "tools/usage.h"
-#include "viewer/commands.h"
+#include "viewer/commands/commands.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <chrono>
 
 #include "tests/support/png_image.h"
-#include "viewer/diff.h"
-#include "viewer/explain.h"
-#include "viewer/job_view.h"
-#include "viewer/lint.h"
+#include "viewer/drawing/job_view.h"
+#include "viewer/reports/diff.h"
+#include "viewer/reports/explain.h"
+#include "viewer/reports/lint.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <random>
 
 #include "tests/host/vlx_process.h"
-#include "viewer/job_view.h"
+#include "viewer/drawing/job_view.h"
 
 namespace {
 

@@ -1,0 +1,93 @@
+// vlx diff: where two jobs print differently.
+
+#include <cstdio>
+
+#include "common/error.h"
+#include "viewer/commands/commands.h"
+#include "viewer/commands/options.h"
+#include "viewer/files.h"
+#include "viewer/reports/contact_sheet.h"
+#include "viewer/reports/diff.h"
+#include "viewer/reports/label_json.h"
+
+namespace {
+
+using namespace viewer;
+using Json = nlohmann::ordered_json;
+
+struct DiffOptions {
+  std::string a, b, folder;
+  double dpi = 0;
+  bool json = false;
+};
+
+constexpr const char* kDiffNotes =
+    R"(Compared is what lands on the labels, not the bytes of the images. A picture shows what both
+print in grey, only the first in blue, only the second in orange, the other colour in purple.
+
+Examples:
+  vlx diff before.job after.job
+  vlx diff before.job after.job -o differences --dpi 300
+
+Exit codes: 0 both print the same, 1 they do not, 2 usage, 3 job unreadable,
+5 output cannot be written)";
+
+// Writes the picture of a difference and returns its path, empty when there is none.
+std::string SavePicture(const DiffOptions& options, const LabelDiff& diff) {
+  if (options.folder.empty() || diff.png.empty()) return "";
+  char name[40];
+  std::snprintf(name, sizeof name, "/diff-%04llu.png",
+                static_cast<unsigned long long>(diff.number));
+  WriteWholeFile(options.folder + name, diff.png);
+  return options.folder + name;
+}
+
+Json ToJson(const LabelDiff& diff, const std::string& path) {
+  Json json = {{"label", diff.number}, {"differences", diff.texts}, {"dots", diff.dots}};
+  if (diff.dots > 0) {
+    json["box_dots"] = {diff.box.left, diff.box.top, diff.box.right, diff.box.bottom};
+  }
+  if (!path.empty()) json["file"] = path;
+  return json;
+}
+
+int Diff(const DiffOptions& options) {
+  const std::string a = ReadJobFile(options.a), b = ReadJobFile(options.b);
+  if (!options.folder.empty()) MakeFolder(options.folder);
+  Json labels = Json::array();
+  const JobDiff result = DiffJobs(a, b, options.dpi, [&](const LabelDiff& diff) {
+    const std::string path = SavePicture(options, diff);
+    if (options.json) {
+      labels.push_back(ToJson(diff, path));
+      return;
+    }
+    for (const std::string& text : diff.texts) {
+      std::printf("label %llu: %s\n", static_cast<unsigned long long>(diff.number), text.c_str());
+    }
+    if (!path.empty()) std::printf("  %s\n", path.c_str());
+  });
+  if (options.json) {
+    PrintJson({{"dpi", result.dpi},
+               {"labels", result.labels},
+               {"different", result.different},
+               {"labels_that_differ", std::move(labels)}});
+  } else {
+    std::printf("%s of %s differ at %s dpi\n", Grouped(result.different).c_str(),
+                Counted(result.labels, "label").c_str(), Plain(result.dpi).c_str());
+  }
+  return result.different == 0 ? kExitDone : kExitFound;
+}
+
+}  // namespace
+
+Command AddDiffCommand(CLI::App& program) {
+  const auto options = std::make_shared<DiffOptions>();
+  CLI::App* diff = program.add_subcommand("diff", "Tell where two jobs print differently");
+  diff->add_option("A", options->a, "Job file, - for standard input")->required();
+  diff->add_option("B", options->b, "Job file")->required();
+  diff->add_option("-o,--output", options->folder, "Folder for pictures of the differences");
+  AddDpiOption(*diff, options->dpi);
+  diff->add_flag("--json", options->json, "For programs");
+  diff->footer(kDiffNotes);
+  return {diff, [options] { return Diff(*options); }};
+}

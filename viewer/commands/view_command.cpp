@@ -1,0 +1,160 @@
+// vlx view: a job's labels as pictures and as a contact sheet.
+
+#include <cstdio>
+
+#include "common/error.h"
+#include "viewer/commands/commands.h"
+#include "viewer/commands/options.h"
+#include "viewer/files.h"
+#include "viewer/reports/contact_sheet.h"
+#include "viewer/reports/label_json.h"
+
+namespace {
+
+using namespace viewer;
+
+struct ViewOptions {
+  std::string job;
+  std::string folder;
+  std::string sheet;
+  double dpi = 0;
+  std::string highlight;
+  bool asFed = false;
+  bool json = false;
+};
+
+constexpr const char* kViewNotes =
+    R"(The job itself says no resolution: without --dpi it is guessed from page images that fill
+the label, else it is 300. Pictures stand upright, as they are read; --as-fed leaves them as they
+leave the printer, its first row on top.
+
+Examples:
+  vlx view label.job -o pictures
+  vlx view label.job --sheet label.html
+  vlx print label.png -o - | vlx view - --sheet label.html
+
+Exit codes: 0 done, 2 usage, 3 job unreadable or without labels, 5 output cannot be written)";
+
+class Viewing {
+ public:
+  Viewing(const ViewOptions& options, const std::string& job)
+      : m_options(options),
+        m_job(job),
+        m_view(job, options.dpi),
+        m_highlight(options.highlight.empty() ? kDefaultHighlight : ReadColour(options.highlight)),
+        m_stem(JobStem(options.job)) {
+    // Asked for nothing in particular, the pictures go where the user is.
+    m_folder = !options.folder.empty()                  ? options.folder
+               : options.sheet.empty() && !options.json ? "."
+                                                        : "";
+    if (!m_folder.empty()) MakeFolder(m_folder);
+  }
+
+  int Run() {
+    while (std::optional<DrawnLabel> drawn = m_view.Next()) Show(std::move(*drawn));
+    if (m_totals.labels == 0) {
+      throw CommandError(kExitInput, "The job " + m_options.job +
+                                         " prints no label: vlx lint tells what is wrong with it");
+    }
+    if (!m_options.sheet.empty()) {
+      WriteWholeFile(m_options.sheet,
+                     ContactSheet(m_stem, m_job.size(), m_view, m_totals, m_strip));
+    }
+    Report();
+    return kExitDone;
+  }
+
+ private:
+  void Show(DrawnLabel drawn) {
+    m_totals.Add(drawn.label);
+    if (m_options.asFed) drawn.turn = 0;
+    std::string png;
+    const bool onSheet = !m_options.sheet.empty() && m_totals.labels <= kMostLabelsOnSheet;
+    if (drawn.picture && (onSheet || !m_folder.empty())) {
+      png = PicturePng(Turn(*drawn.picture, drawn.turn), m_view.Dpi(), m_highlight);
+    }
+    std::string path;
+    if (drawn.picture && !m_folder.empty()) {
+      char number[32];
+      std::snprintf(number, sizeof number, "-%04llu.png",
+                    static_cast<unsigned long long>(drawn.label.number));
+      path = m_folder == "." ? m_stem + number : m_folder + "/" + m_stem + number;
+      WriteWholeFile(path, png);
+    }
+    if (!drawn.picture) {
+      std::fprintf(stderr, "Label %llu is not drawn: %s\n",
+                   static_cast<unsigned long long>(drawn.label.number), drawn.why.c_str());
+    }
+    if (!m_options.sheet.empty()) m_strip.Add(drawn, png);
+    if (m_options.json) {
+      m_labels.push_back(ToJson(drawn));
+      if (!path.empty()) m_labels.back()["file"] = path;
+    } else if (!path.empty()) {
+      const double length = drawn.label.size->lengthMm;
+      std::printf("%s: %s x %s mm, %s\n", path.c_str(), Plain(drawn.label.WidthMm()).c_str(),
+                  Plain(length).c_str(),
+                  drawn.label.copies == 1
+                      ? "1 copy"
+                      : (std::to_string(drawn.label.copies) + " copies").c_str());
+    }
+  }
+
+  void Report() {
+    const JobReader& reader = m_view.Reader();
+    if (reader.FaultCount() > 0) {
+      std::fprintf(stderr, "%s in this job; vlx lint lists what a printer would stumble over\n",
+                   Counted(reader.FaultCount(), "fault").c_str());
+    }
+    if (m_options.json) {
+      nlohmann::ordered_json json = ToJson(reader.Notes());
+      json["bytes"] = m_job.size();
+      json["dpi"] = m_view.Dpi();
+      json["dpi_guessed"] = m_view.DpiIsGuessed();
+      json["downloads"] = reader.Downloads();
+      json["reused"] = reader.Reused();
+      json["copies"] = m_totals.copies;
+      json["cuts"] = m_totals.cuts;
+      json["labels"] = std::move(m_labels);
+      json["faults"] = nlohmann::ordered_json::array();
+      for (const Fault& fault : reader.Faults()) json["faults"].push_back(ToJson(fault));
+      PrintJson(json);
+      return;
+    }
+    std::fprintf(m_options.sheet == "-" ? stderr : stdout,
+                 "%s: %s, %s dpi%s, %llu downloaded, %llu re-used\n",
+                 m_options.sheet.empty() ? m_options.job.c_str() : m_options.sheet.c_str(),
+                 m_totals.Text().c_str(), Plain(m_view.Dpi()).c_str(),
+                 m_view.DpiIsGuessed() ? " (guessed)" : "",
+                 static_cast<unsigned long long>(reader.Downloads()),
+                 static_cast<unsigned long long>(reader.Reused()));
+  }
+
+  const ViewOptions& m_options;
+  const std::string& m_job;
+  JobView m_view;
+  const Colour m_highlight;
+  const std::string m_stem;
+  std::string m_folder;
+  JobTotals m_totals;
+  LabelStrip m_strip;
+  nlohmann::ordered_json m_labels = nlohmann::ordered_json::array();
+};
+
+}  // namespace
+
+Command AddViewCommand(CLI::App& program) {
+  const auto options = std::make_shared<ViewOptions>();
+  CLI::App* view = program.add_subcommand("view", "Draw what a job prints");
+  view->add_option("JOB", options->job, "Job file, - for standard input")->required();
+  view->add_option("-o,--output", options->folder, "Folder for the pictures, a PNG a label");
+  view->add_option("--sheet", options->sheet, "HTML file for a contact sheet of all labels");
+  AddDpiOption(*view, options->dpi);
+  view->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");
+  view->add_flag("--as-fed", options->asFed, "Leave labels as they come out of the printer");
+  view->add_flag("--json", options->json, "Describe job and labels for programs");
+  view->footer(kViewNotes);
+  return {view, [options] {
+            const std::string job = ReadJobFile(options->job);
+            return Viewing(*options, job).Run();
+          }};
+}

@@ -1,0 +1,54 @@
+#include <algorithm>
+#include <cmath>
+
+#include "viewer/drawing/drawing.h"
+
+namespace viewer {
+
+namespace {
+
+constexpr double kUsual[] = {203, 300, 600, 200, 400, 406, 305, 609, 152, 1200};
+constexpr int kLeastDpi = 100;
+constexpr int kMostDpi = 1200;
+constexpr int kLabelsLookedAt = 20;
+
+// Whether so many dots fill a length at a resolution; pages are cut to whole dots.
+bool Fills(std::uint32_t dots, double mm, double dpi) {
+  return std::abs(dots - mm * dpi / kMmAnInch) < 1.0;
+}
+
+std::optional<double> GuessFrom(const Label& label) {
+  for (const Placement& placement : label.placements) {
+    if (!placement.image) continue;
+    const bool sideways = placement.angle == 90 || placement.angle == 270;
+    const std::uint32_t across = sideways ? placement.image->height : placement.image->width;
+    const std::uint32_t along = sideways ? placement.image->width : placement.image->height;
+    const auto fillsAll = [&](double dpi) {
+      return Fills(across, label.WidthMm(), dpi) && Fills(along, label.size->lengthMm, dpi);
+    };
+    const auto fillsAcross = [&](double dpi) { return Fills(across, label.WidthMm(), dpi); };
+    // A page image of the label's very size tells any resolution, one cropped along it a usual one.
+    const auto whole = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAll);
+    if (whole != std::end(kUsual)) return *whole;
+    const double dpi = std::round(across * kMmAnInch / label.WidthMm());
+    if (dpi >= kLeastDpi && dpi <= kMostDpi && fillsAll(dpi)) return dpi;
+    const auto cropped = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAcross);
+    if (cropped != std::end(kUsual)) return *cropped;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<double> GuessDpi(std::string_view job) {
+  JobReader reader(job);
+  for (int i = 0; i < kLabelsLookedAt; ++i) {
+    const std::optional<Label> label = reader.Next();
+    if (!label) break;
+    if (!label->size || label->WidthMm() <= 0) continue;
+    if (const std::optional<double> dpi = GuessFrom(*label)) return dpi;
+  }
+  return std::nullopt;
+}
+
+}  // namespace viewer

@@ -1,0 +1,138 @@
+// What a job prints: the printer's memory of images, fields and label size, worked through command
+// by command, one label at a time.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "viewer/image/bit_image.h"
+#include "viewer/image/png.h"
+#include "viewer/language/command.h"
+#include "viewer/language/stream_reader.h"
+
+namespace viewer {
+
+inline constexpr double kMmAnInch = 25.4;
+
+struct LabelSize {
+  std::string sensor;
+  double offsetXMm = 0;
+  double offsetYMm = 0;
+  double lengthMm = 0;  // in the direction of the feed
+  double pitchMm = 0;   // from label to label
+  double widthMm = 0;   // across; with two colours both halves, side by side
+};
+
+// An image on a label.
+struct Placement {
+  std::string field;
+  std::string name;
+  double xMm =
+      0;  // of the image's first dot, x to the right and y downwards from the label's corner
+  double yMm = 0;
+  int angle = 0;                          // 0, 90, 180 or 270 degrees to the left
+  std::shared_ptr<const BitImage> image;  // null: it cannot be drawn
+  std::uint64_t downloadBytes = 0;        // of its PNG file, 0 when the printer held it already
+  bool recalled = false;                  // placed by R
+  bool bothSides = false;                 // the same again is sent for the label's other side
+  Place place;
+};
+
+struct Label {
+  std::uint64_t number = 0;  // from 1
+  std::optional<LabelSize> size;
+  bool twoColours = false;
+  std::vector<Placement> placements;
+  std::int64_t copies = 1;
+  std::int64_t cuts = 0;    // made while its copies are printed
+  bool cutAtEnd = false;    // one of them after the last copy
+  std::uint64_t bytes = 0;  // of the job, since the print line before
+  Place place;              // of its print line
+
+  double WidthMm() const { return !size ? 0 : twoColours ? size->widthMm / 2 : size->widthMm; }
+};
+
+// What the comment lines at the start say, as text for people.
+struct JobNotes {
+  std::string created;
+  std::string driverVersion;
+  std::string model;
+  std::string name;
+};
+
+class JobReader {
+ public:
+  // The job must outlive the reader.
+  explicit JobReader(std::string_view job) : m_job(job), m_stream(job) {}
+
+  // The next label that is printed, none after the last.
+  std::optional<Label> Next();
+
+  // So far; complete after the last label.
+  const std::vector<Fault>& Faults() const { return m_faults; }
+  std::uint64_t FaultCount() const { return m_faultCount; }  // all, also those beyond the list
+  const JobNotes& Notes() const { return m_notes; }
+  std::uint64_t Downloads() const { return m_downloads; }
+  std::uint64_t Reused() const { return m_reused; }
+
+ private:
+  struct StoredImage {
+    std::string_view png;
+    std::shared_ptr<const BitImage> decoded;
+    std::string fault;  // why it cannot be decoded
+    bool placed = false;
+    bool bothSides = false;
+    Place place;
+  };
+  struct FieldOnLabel {
+    double xMm, yMm;
+    int angle;
+  };
+
+  bool Take(const Piece& piece);  // true: a label is ready
+  void TakeData(const Piece& piece);
+  bool TakeLine(const Line& line, const Piece& piece);
+  void TakeComment(std::string_view text);
+  void TakeOptions(const Line& line);
+  void TakeLabelSize(const Line& line, Place place);
+  void Erase();
+  void PlaceImage(std::string_view field, const FieldOnLabel& where, std::string_view name,
+                  bool recalled, Place place);
+  void DefineField(const Line& line, Place place);
+  void RecallField(const Line& line, Place place);
+  std::shared_ptr<const BitImage> Decode(StoredImage& stored);
+  void FinishLabel(const Line& line, const Piece& piece);
+  void CountCuts();
+  void Finish();
+  void Note(Place place, std::string text);
+  void NoteNeverPlaced(const std::string& name, const StoredImage& stored);
+
+  const std::string_view m_job;
+  StreamReader m_stream;
+  JobNotes m_notes;
+  std::vector<Fault> m_faults;
+  std::uint64_t m_faultCount = 0;
+
+  // The printer's memory.
+  std::map<std::string, StoredImage, std::less<>> m_images;
+  std::map<std::string, FieldOnLabel, std::less<>> m_fields;
+  std::optional<std::string> m_download;  // name of the image whose data comes next
+  std::uint64_t m_decodedDots = 0;        // held in m_images
+  std::int64_t m_cutEvery = 0;            // labels between cuts, 0: none
+  std::int64_t m_sinceCut = 0;
+  bool m_cutAfter = false;
+
+  Label m_label;  // under work
+  std::uint64_t m_labelDots = 0;
+  std::uint64_t m_labelStart = 0;
+  std::uint64_t m_downloads = 0;
+  std::uint64_t m_reused = 0;
+  bool m_finished = false;
+};
+
+}  // namespace viewer
