@@ -1,14 +1,14 @@
-// A job through the plug-in as a driver runs it: the loaded module, its binary interface, bands cut
-// beforehand, a spooler that keeps the last image of each page.
+// A job through the plug-in as it is measured: bands cut beforehand, and a spooler that keeps the
+// images of the last page only.
 #pragma once
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bench/page.h"
-#include "config/oemdev.h"
-#include "platform/print_oem.h"
+#include "tests/driver/driver.h"
 
 struct JobSettings {
   bool landscape = true;  // the page is turned on its way
@@ -21,9 +21,9 @@ struct JobSettings {
 class Job {
  public:
   // Opens the plug-in and a document on the default printer. The pages are sent in turn. Throws
-  // std::runtime_error when the plug-in refuses.
+  // std::runtime_error if the plug-in refuses.
   Job(const JobSettings& settings, const std::vector<Raster>& pages);
-  ~Job();
+  ~Job() { m_driver.EndDocument(); }
   Job(const Job&) = delete;
   Job& operator=(const Job&) = delete;
 
@@ -38,28 +38,17 @@ class Job {
   std::span<const std::string> Images() const { return {m_images.data(), m_imageCount}; }
 
  private:
-  struct Band {
-    std::vector<BYTE> pixels;
-    BITMAPINFOHEADER header;
-    IPPARAMS parameters;
+  struct Strip {
+    Raster raster;
+    POINT offset;
+    bool blank;
   };
-  static std::vector<Band> Cut(const Raster& page, const JobSettings& settings);
-  void StartDocument();
-  template <typename Function>
-  Function Hook(ULONG index) const;
-  DWORD Write(const char* bytes, DWORD size);
+  static std::vector<Strip> Cut(const Raster& page, const JobSettings& settings);
+  void Keep(std::string_view bytes);
 
-  void* m_module = nullptr;
-  IPrintOemUni2* m_plugin = nullptr;
-  HANDLE m_printer = nullptr;
-  DEVMODEW m_publicDevmode = {};
-  OEMDEV m_devmode = {};
-  DRVPROCS m_procedures = {};
-  DEVOBJ m_device = {};
-  DRVENABLEDATA m_hooks = {};
-  DEVINFO m_devInfo = {};
-  SURFOBJ m_surface = {};
-  std::vector<std::vector<Band>> m_pages;
+  Plugin m_plugin;
+  Driver m_driver;
+  std::vector<std::vector<Strip>> m_pages;
   std::size_t m_nextPage = 0;
   std::vector<std::string> m_images;
   std::size_t m_imageCount = 0;

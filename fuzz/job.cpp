@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tests/driver/script.h"
 #include "tests/torture/faults.h"
-#include "tests/torture/machine.h"
 
 namespace {
 
@@ -33,29 +33,28 @@ class Input {
 
 constexpr std::size_t kMostVerbs = 64;
 
-void ChangeRecords(Input& input, Machine& machine) {
+void ChangeRecords(Input& input, Driver& driver) {
   for (BYTE count = input.Take<BYTE>() % 16; count > 0; --count) {
     const WORD offset = input.Take<WORD>();
     const DWORD value = input.Take<DWORD>();
-    // A block that names a file reads whatever the machine holds; those have tests of their own.
     if (offset <= sizeof(OEMDEV) - sizeof value) {
-      std::memcpy(reinterpret_cast<BYTE*>(machine.devmode.get()) + offset, &value, sizeof value);
+      std::memcpy(reinterpret_cast<BYTE*>(driver.devmode.get()) + offset, &value, sizeof value);
     } else {
-      SHORT* fields[] = {&machine.publicDevmode.dmOrientation, &machine.publicDevmode.dmPaperWidth,
-                         &machine.publicDevmode.dmPaperLength, &machine.publicDevmode.dmCopies,
-                         &machine.publicDevmode.dmYResolution, &machine.publicDevmode.dmCollate};
+      DEVMODEW& devmode = driver.publicDevmode;
+      SHORT* fields[] = {&devmode.dmOrientation, &devmode.dmPaperWidth,  &devmode.dmPaperLength,
+                         &devmode.dmCopies,      &devmode.dmYResolution, &devmode.dmCollate};
       *fields[offset % std::size(fields)] = static_cast<SHORT>(value);
     }
   }
 }
 
-void OddBand(Input& input, Machine& machine) {
+void OddBand(Input& input, Driver& driver) {
   const LONG width = input.Take<LONG>(), height = input.Take<LONG>();
   const WORD size = input.Take<WORD>();
-  machine.bandFormat = input.Take<BYTE>();
+  driver.bandFormat = input.Take<BYTE>();
   const POINT at = {input.Take<LONG>(), input.Take<LONG>()};
-  machine.OddBand(width, height, size, at, input.Take<BYTE>() & 1);
-  machine.bandFormat = 5;
+  SendOddBand(driver, width, height, size, at, input.Take<BYTE>() & 1);
+  driver.bandFormat = 5;
 }
 
 }  // namespace
@@ -66,7 +65,7 @@ extern "C" const char* __asan_default_options() {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   setenv("VLX_HOME", "/nonexistent", 1);
-  static const LoadedPlugin plugin;
+  static const Plugin plugin;
   return 0;
 }
 
@@ -75,25 +74,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static_cast<void>(loaded);
   Input input(data, size);
   {
-    Machine machine;
-    machine.widthPx = 24;
-    machine.heightPx = 12;
+    Driver driver;
+    driver.widthPx = 24;
+    driver.heightPx = 12;
     const BYTE fault = input.Take<BYTE>();
     const WORD chance = input.Take<WORD>();
-    ChangeRecords(input, machine);
-    machine.Run("OVN");
+    ChangeRecords(input, driver);
+    driver.Open();
     if (fault & 1) Arm(fault & 2 ? Domain::Memory : Domain::Calls, 1 + chance % 512, fault & 4);
     for (std::size_t i = 0; i < kMostVerbs && !input.Ended(); ++i) {
       const char verb = input.Take<char>();
-      if (verb == 'B' && machine.objectReferences > 0) {
-        OddBand(input, machine);
+      if (verb == 'B' && driver.objectReferences > 0) {
+        OddBand(input, driver);
       } else {
-        machine.Do(verb);
+        DoVerb(driver, verb);
       }
     }
     Disarm();
     ForgetFailed();
   }
-  if (Machine::CanUnloadNow() != S_OK) std::abort();
+  if (Plugin::CanUnloadNow() != S_OK) std::abort();
   return 0;
 }

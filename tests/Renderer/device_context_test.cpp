@@ -1,23 +1,20 @@
 #include <array>
 
-#include "config/process.h"
-#include "tests/Renderer/job.h"
+#include "tests/driver/job_test.h"
 
 namespace {
 
-class DeviceContext : public Job {
+class DeviceContext : public JobTest {
  protected:
   DeviceContext() {
-    CLogger::StopLogging(g_logClient);  // opened before there was a state folder
-    CLogger::StartLogging(g_logClient);
-    machine.dpi = 300;
-    machine.publicDevmode.dmPaperWidth = 1000;
-    machine.publicDevmode.dmPaperLength = 600;
+    driver.dpi = 300;
+    driver.publicDevmode.dmPaperWidth = 1000;
+    driver.publicDevmode.dmPaperLength = 600;
   }
   // What a new context makes of the driver's information: size, resolution, physical size, offset.
   std::array<LONG, 8> Geometry() {
-    machine.Run("N");
-    const GDIINFO& info = machine.info;
+    EXPECT_TRUE(driver.EnableDevice());
+    const GDIINFO& info = driver.info;
     return {static_cast<LONG>(info.ulHorzSize),
             static_cast<LONG>(info.ulVertSize),
             static_cast<LONG>(info.ulHorzRes),
@@ -44,9 +41,9 @@ class DeviceContext : public Job {
 
 TEST_F(DeviceContext, GeometryIsFittedAndLogged) {
   Set("dwUnprintableLeft=2000 dwUnprintableRight=1000 dwUnprintableBottom=500");
-  machine.given.ulHorzSize = static_cast<ULONG>(-97199);  // within 199 micrometres
-  machine.given.ulVertSize = static_cast<ULONG>(-59300);  // 200 off
-  machine.given.szlPhysSize = {1183, 711};
+  driver.given.ulHorzSize = static_cast<ULONG>(-97199);  // within 199 micrometres
+  driver.given.ulVertSize = static_cast<ULONG>(-59300);  // 200 off
+  driver.given.szlPhysSize = {1183, 711};
   EXPECT_EQ(Geometry(), (std::array<LONG, 8>{-97199, -59500, 1146, 703, 1183, 708, 23, 0}));
   EXPECT_EQ(PaperLines(4),
             (Events{"trace: DM.PaperSize=0, DM.PaperWidth=1000, DM.PaperLength=600",
@@ -58,7 +55,7 @@ TEST_F(DeviceContext, GeometryIsFittedAndLogged) {
 }
 
 TEST_F(DeviceContext, LandscapeTurnsPaperAndMargins) {
-  machine.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+  driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   Set("dwUnprintableLeft=2000 dwUnprintableRight=1000 dwUnprintableBottom=500");
   // Turned: left 0, right 500, top 1000, bottom 2000.
   EXPECT_EQ(Geometry(), (std::array<LONG, 8>{-59500, -97000, 703, 1146, 708, 1181, 0, 11}));
@@ -76,10 +73,10 @@ TEST_F(DeviceContext, SelectedStockGivesTheMargins) {
       "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Veltrix Printer "
       "Driver\\UI\\VLXLabel\\LabelPrinter\\Stocks\\A]\n\"DisplayName\"=\"Gl\xC3\xA4nzend\"\n\"Id\"="
       "\"{00000001-0002-0003-0405-060708090a0b}\"\n\"UnprintableLeft\"=dword:00001388\n");
-  machine.devmode->guidSelectedStock = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+  driver.devmode->guidSelectedStock = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
   EXPECT_EQ(Geometry()[6], 59);
   EXPECT_EQ(PaperLines(3)[0], "trace: using paper 'Gl\xC3\xA4nzend' for GDIINFO");
-  machine.devmode->guidSelectedStock.Data1 = 9;
+  driver.devmode->guidSelectedStock.Data1 = 9;
   EXPECT_EQ(Geometry()[6], 59);
   EXPECT_EQ(PaperLines(3)[0],
             "warning: no paper selected. using first defined paper 'Gl\xC3\xA4nzend' for GDIINFO");

@@ -1,80 +1,91 @@
-#include "tests/Renderer/job.h"
+#include "tests/driver/job_test.h"
 
 namespace {
+
+class Job : public JobTest {};
 
 const std::string kSetup = "mm\r\nzO\r\nJ\r\nH100,0,T,R0\r\nSl0;0.00,0.00,30.00,33.00,50.00";
 const std::string kPlace = "\r\nI:Image0;50.00,30.00,180;0";
 
 TEST_F(Job, PagesGoOutOneHookLate) {
-  machine.publicDevmode.dmCopies = 3;
-  EXPECT_TRUE(machine.Do('S'));
+  driver.publicDevmode.dmCopies = 3;
+  EXPECT_TRUE(driver.StartDocument());
   EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc"}));
-  EXPECT_TRUE(machine.Do('a'));
+  EXPECT_TRUE(driver.PrintPage('a'));
   EXPECT_EQ(Take(), (Events{"DrvStartPage", "DrvSendPage"}));
-  EXPECT_TRUE(machine.Do('a'));
+  EXPECT_TRUE(driver.PrintPage('a'));
   const Events download = {"dPNG;0\r\n\x1B:", "<png 60x40 1-bit>",
                            "\x1B"
                            "end-of-data\r\n"};
   EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", download[0], download[1], download[2], kSetup + kPlace,
                             "\r\nA3\r\n", "DrvStartPage", "DrvSendPage"}));
-  EXPECT_TRUE(machine.Do('E'));
+  EXPECT_TRUE(driver.EndDocument());
   EXPECT_EQ(Take(), (Events{download[0], download[1], download[2], kSetup + kPlace, "\r\nA3\r\n",
                             "DrvEndDoc"}));
-  EXPECT_TRUE(machine.Do('S'));  // the next document opens like the first
-  EXPECT_TRUE(machine.Do('E'));
+  EXPECT_TRUE(driver.StartDocument());  // the next document opens like the first
+  EXPECT_TRUE(driver.EndDocument());
   EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "\r\nA3\r\n", "DrvEndDoc"}));
 }
 
 TEST_F(Job, AbortWritesNothingMore) {
-  machine.Run("Sa");
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
   Take();
-  EXPECT_TRUE(machine.Do('X'));
+  EXPECT_TRUE(driver.AbortDocument());
   EXPECT_EQ(Take(), Events{"DrvEndDoc"});
-  machine.driverResult = FALSE;
-  EXPECT_FALSE(machine.Do('S'));
-  EXPECT_FALSE(machine.Do('a'));
-  EXPECT_FALSE(machine.Do('X'));
+  driver.answers = {
+      {INDEX_DrvStartDoc, FALSE}, {INDEX_DrvStartPage, FALSE}, {INDEX_DrvEndDoc, FALSE}};
+  EXPECT_FALSE(driver.StartDocument());
+  EXPECT_FALSE(driver.PrintPage('a'));
+  EXPECT_FALSE(driver.AbortDocument());
 }
 
 TEST_F(Job, UnchangedImagesAreReused) {
-  machine.devmode->dwColorMode = 2;
-  machine.devmode->dwSetupOnFirstPageOnly = 1;
-  machine.Run("Saa");
+  driver.devmode->dwColorMode = 2;
+  driver.devmode->dwSetupOnFirstPageOnly = 1;
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
+  EXPECT_TRUE(driver.PrintPage('a'));
   const Events first = Take();
   EXPECT_EQ(std::count(first.begin(), first.end(), "<png 60x40 1-bit>"), 2);
-  machine.Run("b");
+  EXPECT_TRUE(driver.PrintPage('b'));
   EXPECT_EQ(Take(),
             (Events{"\r\nR Image0;0\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));
-  machine.Run("c");
+  EXPECT_TRUE(driver.PrintPage('c'));
   EXPECT_EQ(Take(), (Events{"\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));
-  machine.Run("a");
+  EXPECT_TRUE(driver.PrintPage('a'));
   EXPECT_EQ(Take()[0], "dPNG;1\r\n\x1B:");
-  machine.Run("E");  // the printer still holds the highlight of two pages ago
+  EXPECT_TRUE(driver.EndDocument());  // the printer still holds the highlight of two pages ago
   const Events last = Take();
   EXPECT_EQ(last[0], "dPNG;1\r\n\x1B:");
   EXPECT_EQ(std::count(last.begin(), last.end(), "<png 60x40 1-bit>"), 1);
 }
 
 TEST_F(Job, SettingsOfAPageAreThoseOfItsStart) {
-  machine.Run("Sa");
-  machine.devmode->dwSpeed = 55;
-  machine.publicDevmode.dmPaperWidth = 400;
-  machine.Run("a");
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
+  driver.devmode->dwSpeed = 55;
+  driver.publicDevmode.dmPaperWidth = 400;
+  EXPECT_TRUE(driver.PrintPage('a'));
   Events events = Take();
   EXPECT_EQ(events[events.size() - 4], kSetup + kPlace);
-  machine.Run("E");
+  EXPECT_TRUE(driver.EndDocument());
   events = Take();
   EXPECT_NE(events[3].find("H55,"), std::string::npos);
   EXPECT_NE(events[3].find("I:Image0;40.00,"), std::string::npos);
 }
 
 TEST_F(Job, ResetCarriesTheDocumentOver) {
-  machine.devmode->dwColorMode = 2;
-  machine.Run("SaabE");
-  Events without = machine.Writes();
-  machine.writes.clear();
-  machine.Run("SaarbE");
-  Events with = machine.Writes();
+  driver.devmode->dwColorMode = 2;
+  EXPECT_TRUE(driver.PrintDocument("aab"));
+  Events without = Take();
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
+  EXPECT_TRUE(driver.PrintPage('a'));
+  EXPECT_TRUE(driver.ResetDevice());
+  EXPECT_TRUE(driver.PrintPage('b'));
+  EXPECT_TRUE(driver.EndDocument());
+  Events with = Take();
   EXPECT_EQ(std::erase(without, "DrvStartDoc"), 1u);
   EXPECT_EQ(std::erase(with, "DrvStartDoc"), 2u);
   EXPECT_EQ(with, without);
@@ -85,15 +96,15 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
                  "[[printer]]\nname = \"label printer\"\ndriver = \"Klein\"\n[printer.label]\n"
                  "min_width_um = 60000\nmax_width_um = 70099\nmin_length_um = 10000\n"
                  "max_length_um = 20000\n");
-  machine.Run("SaE");
+  EXPECT_TRUE(driver.PrintDocument("a"));
   const Events events = Take();
   EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
   EXPECT_NE(events[events.size() - 3].find(",20.00,23.00,60.00"), std::string::npos);
   EXPECT_TRUE(events[events.size() - 3].ends_with(kPlace));  // the placement keeps the paper's size
 }
 
-TEST_F(Job, LogTellsTheRoadOfAPage) {
-  machine.Run("SaE");
+TEST_F(Job, LogFollowsThePage) {
+  EXPECT_TRUE(driver.PrintDocument("a"));
   std::string log;
   for (const std::string& line : home.LogLines()) log += line + "\n";
   for (std::size_t at; (at = log.find("=0x")) != log.npos;) {

@@ -1,49 +1,47 @@
-#include <dlfcn.h>
-
-#include "tests/Renderer/job.h"
+#include "tests/driver/job_test.h"
 
 namespace {
 
 constexpr IID kIPrintOemUni = {
     0xC67EBBF1, 0x78BF, 0x11D1, {0x94, 0x80, 0x00, 0xA0, 0xC9, 0x06, 0x40, 0xB8}};
 
-class PluginObject : public Job {
+class PluginObject : public JobTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(machine.Do('O'));
-    object = machine.Object();
+    ASSERT_TRUE(driver.CreateObject());
+    object = driver.Object();
   }
   IPrintOemUni2* object = nullptr;
 };
 
 TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
-  machine.Do('o');
-  void* out = &machine;
-  EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IClassFactory, nullptr), E_POINTER);
-  EXPECT_EQ(machine.GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
+  driver.ReleaseObject();
+  void* out = &driver;
+  EXPECT_EQ(Plugin::GetClassObject(Plugin::kClass, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(Plugin::GetClassObject(IID_IClassFactory, IID_IClassFactory, &out),
             CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(LastLogLine(), "error\t\tDllGetClassObject: Class not available!");
-  out = &machine;
-  EXPECT_EQ(machine.GetClassObject(Machine::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
+  out = &driver;
+  EXPECT_EQ(Plugin::GetClassObject(Plugin::kClass, IID_IPrintOemUni2, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(machine.CanUnloadNow(), S_OK);
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
 
   IClassFactory* factory = nullptr;
   ASSERT_EQ(
-      machine.GetClassObject(Machine::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
+      Plugin::GetClassObject(Plugin::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
       S_OK);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-  out = &machine;
+  out = &driver;
   EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IClassFactory, &out), E_NOINTERFACE);
-  EXPECT_EQ(machine.CanUnloadNow(), S_OK);
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
   EXPECT_EQ(factory->Release(), 0u);
 }
 
 TEST_F(PluginObject, AnswersTwoInterfaces) {
-  EXPECT_EQ(machine.CanUnloadNow(), S_FALSE);
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_FALSE);
   void* out = nullptr;
   EXPECT_EQ(object->QueryInterface(IID_IUnknown, &out), S_OK);
   EXPECT_EQ(object->Release(), 1u);
@@ -57,7 +55,7 @@ TEST_F(PluginObject, AnswersTwoInterfaces) {
       0x4E4A7747, 0xBC76, 0x4AED, {0xAC, 0xC8, 0xC7, 0x6A, 0xF2, 0x2A, 0xAD, 0x43}};
   EXPECT_EQ(object->QueryInterface(kQuiet, &out), E_NOINTERFACE);
   EXPECT_EQ(home.LogLines().size(), lines);
-  EXPECT_TRUE(machine.Do('o'));
+  EXPECT_TRUE(driver.ReleaseObject());
 }
 
 TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
@@ -105,27 +103,26 @@ TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
 }
 
 TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
-  Machine other;
+  Driver other;
   BYTE raster[] = {'a', 'b', 'c'};
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
   EXPECT_EQ(object->PublishDriverInterface(object), E_FAIL);
   EXPECT_EQ(LastLogLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
             ">QueryInterface for IID_IPrintOemDriverUni failed)");
-  EXPECT_EQ(object->PublishDriverInterface(&machine), S_OK);
+  EXPECT_EQ(object->PublishDriverInterface(&driver), S_OK);
   EXPECT_EQ(object->PublishDriverInterface(&other), S_OK);
   EXPECT_EQ(other.helperReferences, 0);
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_OK);
   EXPECT_EQ(object->FilterGraphics(nullptr, nullptr, 0), S_OK);
-  machine.failWrite = 3;
-  machine.writeFault = WriteFault::Short;
+  driver.FailWriteNumber(1, WriteFault::Short);
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
   EXPECT_EQ(LastLogLine(),
             "trace\tRendering\tRenderer.COemUni2.FilterGraphics END (S_FALSE, DrvWriteSpoolBuf "
             "failed)");
-  EXPECT_EQ(machine.writes, (std::vector<std::string>{"abc", "", "abc"}));
-  machine.Do('o');
-  EXPECT_EQ(machine.helperReferences, 0);
+  EXPECT_EQ(driver.writes, (std::vector<std::string>{"abc", "", "abc"}));
+  driver.ReleaseObject();
+  EXPECT_EQ(driver.helperReferences, 0);
 }
 
 TEST_F(PluginObject, DeclinesWithTwoLines) {
@@ -145,15 +142,18 @@ TEST_F(PluginObject, DeclinesWithTwoLines) {
 
 TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
   {
-    const LoadedPlugin plugin;
-    Machine machine;
-    machine.Run("OVN");
-    EXPECT_EQ(Machine::CanUnloadNow(), S_FALSE);
-    machine.Run("Dvo");
-    EXPECT_EQ(machine.results, "");
-    EXPECT_EQ(Machine::CanUnloadNow(), S_OK);
+    const Plugin plugin;
+    Driver driver;
+    EXPECT_TRUE(driver.CreateObject());
+    EXPECT_TRUE(driver.EnableDriver());
+    EXPECT_TRUE(driver.EnableDevice());
+    EXPECT_EQ(Plugin::CanUnloadNow(), S_FALSE);
+    EXPECT_TRUE(driver.DisableDevice());
+    EXPECT_TRUE(driver.DisableDriver());
+    EXPECT_TRUE(driver.ReleaseObject());
+    EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
   }
-  EXPECT_EQ(dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  EXPECT_FALSE(Plugin::IsLoaded());
 }
 
 }  // namespace

@@ -3,21 +3,21 @@
 #include <set>
 
 #include "platform/fault.h"
-#include "tests/Renderer/job.h"
+#include "tests/driver/job_test.h"
 
 namespace {
 
-class Pages : public Job {
+class Pages : public JobTest {
  protected:
   ~Pages() override { PlatformSetFaultHook(nullptr, nullptr); }
 
   // A document of one page, of that size and those colours.
   void Print(LONG width, LONG height, const std::function<DWORD(LONG, LONG)>& picture) {
-    machine.widthPx = width;
-    machine.heightPx = height;
-    machine.paint = picture;
-    machine.writes.clear();
-    machine.Run("SaE");
+    driver.widthPx = width;
+    driver.heightPx = height;
+    driver.paint = picture;
+    driver.writes.clear();
+    EXPECT_TRUE(driver.PrintDocument("a"));
   }
 };
 
@@ -51,20 +51,24 @@ TEST_F(Pages, PageWithoutColourModeIsNotSent) {
 
 TEST_F(Pages, ShortBufferIsCompletedWithWhite) {
   Set("wDitherer=0");
-  machine.Run("Sp");
-  machine.OddBand(12, 9, 36 * 4, {0, 0}, false);  // four rows of nine
-  machine.Run("sE");
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.StartPage());
+  SendOddBand(driver, 12, 9, 36 * 4, {0, 0}, false);  // four rows of nine
+  EXPECT_TRUE(driver.SendPage());
+  EXPECT_TRUE(driver.EndDocument());
   std::vector<unsigned char> grey(12 * 9, 255);
   std::fill(grey.begin(), grey.begin() + 12 * 4, 0);
   EXPECT_EQ(Image().grey, grey);
 }
 
 TEST_F(Pages, FailedStageEndsThePage) {
-  machine.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+  driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   // Page copy, borders, orientation, both split planes, both 1-bit images.
   for (int n = 1; n <= 7; ++n) {
     Set("dwColorMode=2 dwUnprintableTop=1000 dwSpeed=100");
-    machine.Run("NSa");
+    EXPECT_TRUE(driver.EnableDevice());
+    EXPECT_TRUE(driver.StartDocument());
+    EXPECT_TRUE(driver.PrintPage('a'));
     Set("dwSpeed=55");
     Take();
     int left = n;
@@ -74,26 +78,28 @@ TEST_F(Pages, FailedStageEndsThePage) {
                  --*static_cast<int*>(context) == 0;
         },
         &left);
-    EXPECT_FALSE(machine.Do('p'));
+    EXPECT_FALSE(driver.StartPage());
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_EQ(Take(), Events{"DrvStartPage"}) << n;
     // The page that comes has been prepared all the same.
-    for (const char verb : {'i', 's', 'E'}) EXPECT_TRUE(machine.Do(verb));
+    EXPECT_TRUE(driver.SendBand());
+    EXPECT_TRUE(driver.SendPage());
+    EXPECT_TRUE(driver.EndDocument());
     const Events last = Take();
     EXPECT_EQ(last[last.size() - 3].find("H55,") != std::string::npos, n > 3) << n;
   }
 }
 
 TEST_F(Pages, FirstPageOpensWithBlocksAndErase) {
-  SetBlock(*machine.devmode, 0, kBlockPlain, "zero");
-  SetBlock(*machine.devmode, 2, kBlockInline, "two");
-  machine.Run("SaaE");
+  SetBlock(*driver.devmode, 0, kBlockPlain, "zero");
+  SetBlock(*driver.devmode, 2, kBlockInline, "two");
+  EXPECT_TRUE(driver.PrintDocument("aa"));
   const Events events = Take();
   EXPECT_EQ((Events{events.begin() + 4, events.begin() + 8}),
             (Events{"zero\r\n", "two\r\n", "eIMG;*\r\n", "dPNG;0\r\n\x1B:"}));
   EXPECT_EQ(std::count(events.begin(), events.end(), "two\r\n"), 1);
-  machine.devmode->wCustomType0 = kBlockInline;
-  machine.Run("SaE");
+  driver.devmode->wCustomType0 = kBlockInline;
+  EXPECT_TRUE(driver.PrintDocument("a"));
   EXPECT_EQ(Take()[4], "two\r\n");
 }
 
@@ -103,16 +109,16 @@ TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
       {"dwRotation=1", DotAt30And40, 1, 200, "0.00,96.25,90"},    // 30 columns are 3.75 mm
       {"dwRotation=0", Paper, 90, 1, "100.00,50.00,180"},
       {"dwRotation=1", Paper, 1, 200, "0.00,100.00,90"}};
-  machine.publicDevmode.dmPaperWidth = 1000;
-  machine.publicDevmode.dmPaperLength = 500;
-  const auto placed = [this] { return machine.writes[machine.writes.size() - 3]; };
+  driver.publicDevmode.dmPaperWidth = 1000;
+  driver.publicDevmode.dmPaperLength = 500;
+  const auto placed = [this] { return driver.writes[driver.writes.size() - 3]; };
   for (const auto& [rotation, picture, width, height, place] : rows) {
     Set("bCropToContent=1 " + rotation);
     Print(90, 200, picture);
     EXPECT_EQ(std::pair(Image().width, Image().height), std::pair(width, height));
     EXPECT_TRUE(placed().ends_with("\r\nI:Image0;" + place + ";0")) << placed();
   }
-  machine.publicDevmode.dmYResolution = 1;
+  driver.publicDevmode.dmYResolution = 1;
   Set("dwRotation=2");
   Print(90, 200, DotAt30And40);
   EXPECT_TRUE(placed().ends_with("\r\nI:Image0;0.00,1016.00,0;0")) << placed();

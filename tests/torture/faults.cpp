@@ -6,9 +6,9 @@
 #include <cerrno>
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 #include "platform/fault.h"
+#include "tests/driver/plugin.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define SANITIZED 1
@@ -20,7 +20,6 @@
 
 namespace {
 
-thread_local bool inPlugin = false;
 thread_local bool armed = false;
 Domain armedDomain = Domain::Calls;
 long failAt = 0;
@@ -31,7 +30,7 @@ bool failed = false;
 std::set<std::string> names;
 
 bool Fails(Domain domain) {
-  if (!armed || !inPlugin || domain != armedDomain) return false;
+  if (!armed || !InPlugin::Now() || domain != armedDomain) return false;
   ++seen;
   const bool hit = failOnwards ? seen >= failAt : seen == failAt;
   failed |= hit;
@@ -46,9 +45,6 @@ bool CallFails(const char* call, void*) {
 }
 
 }  // namespace
-
-InPlugin::InPlugin(bool inside) : m_before(std::exchange(inPlugin, inside)) {}
-InPlugin::~InPlugin() { inPlugin = m_before; }
 
 void Arm(Domain domain, long n, bool onwards) {
   ForgetFailed();

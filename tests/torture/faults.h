@@ -7,16 +7,6 @@
 
 enum class Domain { Calls, Memory };
 
-// Marks a stretch in which the plug-in runs, or within one a callback of the driver.
-class InPlugin {
- public:
-  explicit InPlugin(bool inside);
-  ~InPlugin();
-
- private:
-  const bool m_before;
-};
-
 // From the n-th chance (1 is the first) one, or every further one, fails until Disarm.
 void Arm(Domain domain, long n, bool onwards);
 void Disarm();

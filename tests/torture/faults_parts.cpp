@@ -82,7 +82,7 @@ class FaultRun {
     Run(scenario, home);  // what is kept for the process's life is made here
     m_good = Run(scenario, home);
     m_report.Try(scenario.name);
-    if (!m_good.results.empty()) m_report.Find("the job fails by itself");
+    if (!m_good.failed.empty()) m_report.Find("the job fails by itself");
   }
 
   // Ends with the run that is through before that many chances.
@@ -93,9 +93,9 @@ class FaultRun {
       std::filesystem::resize_file(m_home.Path("log.txt"), 0);
       const long before = LiveBlocks();
       {
-        const auto machine = Prepare(m_scenario, m_home);
+        const auto driver = Prepare(m_scenario, m_home);
         Arm(m_domain, n, onwards);
-        const Outcome job = Run(*machine, m_scenario);
+        const Outcome job = Run(*driver, m_scenario, m_home);
         Disarm();
         if (!HasFailed()) return m_report.Find(Difference(m_good, job));
         Judge(job, onwards);
@@ -109,7 +109,7 @@ class FaultRun {
 
  private:
   void Judge(const Outcome& job, bool onwards) {
-    if (Machine::CanUnloadNow() != S_OK) m_report.Find("an object is left");
+    if (Plugin::CanUnloadNow() != S_OK) m_report.Find("an object is left");
     if (job.writes == m_good.writes) return;
     if (!DownloadsAreWhole(job.writes)) m_report.Find("a download is written in part");
     std::ifstream file(m_home.Path("log.txt"), std::ios::binary);
@@ -120,7 +120,7 @@ class FaultRun {
       m_report.Find(std::to_string(changed) + " writes are changed (" + FailedNames() + ")");
     }
     const std::string_view told = "END (0|= 0 &&|E_FAIL|page image";
-    if (changed == 0 && !mayChange && job.results.empty() && !HasLine(log, told)) {
+    if (changed == 0 && !mayChange && job.failed.empty() && !HasLine(log, told)) {
       m_report.Find("a write is missing and nothing tells so (" + FailedNames() + ")");
     }
     if (m_domain == Domain::Calls && !onwards) {
@@ -188,10 +188,9 @@ void FailEachWrite(Report& report, const TempHome& home, int) {
     for (const WriteFault fault : {WriteFault::Nothing, WriteFault::Short, WriteFault::Raise}) {
       for (std::size_t k = 1; k <= good.writes.size(); ++k) {
         report.Try(std::string(scenario.name) + ", write " + std::to_string(k) + " fails");
-        const auto machine = Prepare(scenario, home);
-        machine->failWrite = static_cast<long>(k);
-        machine->writeFault = fault;
-        report.Find(Difference(good, Run(*machine, scenario)));
+        const auto driver = Prepare(scenario, home);
+        driver->FailWriteNumber(static_cast<long>(k), fault);
+        report.Find(Difference(good, Run(*driver, scenario, home)));
       }
     }
   }

@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
     if (wanted == known.name) part = &known;
   }
   setenv("VLX_LOG_LEVEL", part == nullptr ? "error" : part->logLevel, 1);
-  const LoadedPlugin plugin;
+  const Plugin plugin;
   if (wanted == "streams") {
     PrintStreams(home);
     return 0;

@@ -23,11 +23,11 @@ struct Model {
   bool headerSent = false;
   std::size_t headers = 0;
 
-  void Follow(char verb, const Machine& machine, bool hadContext, bool done) {
-    if (verb == 'P' && machine.objectReferences > 0) published = true;
-    if (verb == 'v' || machine.objectReferences == 0) published = false;
-    if (verb == 'N' || verb == 'D' || machine.objectReferences == 0) headerSent = false;
-    if (!hadContext) return;
+  void Follow(char verb, const Driver& driver, bool hadDevice, bool done) {
+    if (verb == 'P' && driver.objectReferences > 0) published = true;
+    if (verb == 'v' || driver.objectReferences == 0) published = false;
+    if (verb == 'N' || verb == 'D' || driver.objectReferences == 0) headerSent = false;
+    if (!hadDevice) return;
     if (verb == 'S' && done) {
       headers += headerSent ? 0 : 1;
       headerSent = true;
@@ -36,14 +36,14 @@ struct Model {
   }
 };
 
-std::string Disagreement(const Machine& machine, const Model& model) {
-  const bool inUse = machine.objectReferences > 0 || machine.locks > 0;
-  if (Machine::CanUnloadNow() != (inUse ? S_FALSE : S_OK)) return "DllCanUnloadNow is wrong";
-  if (machine.helperReferences != (model.published ? 1 : 0)) {
-    return std::to_string(machine.helperReferences) + " references to the helper are held";
+std::string Disagreement(const Driver& driver, const Model& model) {
+  const bool inUse = driver.objectReferences > 0 || driver.locks > 0;
+  if (Plugin::CanUnloadNow() != (inUse ? S_FALSE : S_OK)) return "DllCanUnloadNow is wrong";
+  if (driver.helperReferences != (model.published ? 1 : 0)) {
+    return std::to_string(driver.helperReferences) + " references to the helper are held";
   }
   const auto headers = static_cast<std::size_t>(
-      std::count_if(machine.writes.begin(), machine.writes.end(),
+      std::count_if(driver.writes.begin(), driver.writes.end(),
                     [](const auto& w) { return w.starts_with(";Created"); }));
   return headers == model.headers ? "" : std::to_string(headers) + " headers are written";
 }
@@ -51,11 +51,11 @@ std::string Disagreement(const Machine& machine, const Model& model) {
 void RandomOrder(Report& report, unsigned seed) {
   constexpr std::string_view kVerbs = "OVNSSpiiisabcrEXEDvo+oLUPPFNSaE";
   std::mt19937 random(seed);
-  Machine machine;
-  machine.widthPx = 24;
-  machine.heightPx = 16;
-  machine.devmode->dwColorMode = 1 + random() % 2;
-  machine.publicDevmode.dmOrientation = static_cast<SHORT>(1 + random() % 2);
+  Driver driver;
+  driver.widthPx = 24;
+  driver.heightPx = 16;
+  driver.devmode->dwColorMode = 1 + random() % 2;
+  driver.publicDevmode.dmOrientation = static_cast<SHORT>(1 + random() % 2);
   Model model;
   std::string verbs = "O";
   for (unsigned length = 5 + random() % 60; length > 0; --length) {
@@ -63,10 +63,10 @@ void RandomOrder(Report& report, unsigned seed) {
   }
   report.Try("order " + std::to_string(seed) + " " + verbs);
   for (const char verb : verbs) {
-    const bool hadContext = machine.HasContext();
-    const bool done = machine.Do(verb);
-    model.Follow(verb, machine, hadContext, done);
-    const std::string wrong = Disagreement(machine, model);
+    const bool hadDevice = driver.HasDevice();
+    const bool done = DoVerb(driver, verb);
+    model.Follow(verb, driver, hadDevice, done);
+    const std::string wrong = Disagreement(driver, model);
     if (!wrong.empty()) return report.Find(std::string(1, verb) + ": " + wrong);
   }
 }
@@ -110,13 +110,13 @@ void AtOnce(int count, const std::function<void(int)>& work) {
 // A job of its own for each of the threads.
 Outcome JobOfThread(int thread, const TempHome& home) {
   const auto scenarios = Scenarios();
-  const Scenario& scenario = scenarios[thread % scenarios.size()];
-  const auto machine = Prepare(scenario, home);
-  machine->devmode->dwSpeed = 50u + static_cast<DWORD>(thread);
-  machine->jobId = static_cast<DWORD>(thread);
-  machine->beforeFirst = nullptr;
-  machine->widthPx = 140 + 8 * thread;
-  return Run(*machine, scenario);
+  Scenario scenario = scenarios[thread % scenarios.size()];
+  scenario.start = nullptr;
+  const auto driver = Prepare(scenario, home);
+  driver->devmode->dwSpeed = 50u + static_cast<DWORD>(thread);
+  driver->jobId = static_cast<DWORD>(thread);
+  driver->widthPx = 140 + 8 * thread;
+  return Run(*driver, scenario, home);
 }
 
 }  // namespace
@@ -146,36 +146,35 @@ void ManyAtOnce(Report& report, const TempHome& home, int share) {
   const int cycles = 100 * share;
   AtOnce(8, [&](int) {
     for (int cycle = 0; cycle < cycles; ++cycle) {
-      Machine machine;
-      machine.Run("LOVvoU");
-      failed += machine.results.empty() ? 0 : 1;
+      Driver driver;
+      failed += RunScript(driver, "LOVvoU").empty() ? 0 : 1;
     }
   });
   report.Try("start and stop");
   report.tried += 8L * cycles - 1;
-  if (failed != 0 || Machine::CanUnloadNow() != S_OK) report.Find("a cycle leaves something");
+  if (failed != 0 || Plugin::CanUnloadNow() != S_OK) report.Find("a cycle leaves something");
 }
 
 void SoakPages(Report& report, const TempHome&, int share) {
-  Machine machine;
-  machine.widthPx = 812;  // 4 x 6 inches at 203 dots an inch
-  machine.heightPx = 1218;
-  machine.bandPx = 128;
-  machine.devmode->dwColorMode = 2;
-  machine.Run("OVNS");
+  Driver driver;
+  driver.widthPx = 812;  // 4 x 6 inches at 203 dots an inch
+  driver.heightPx = 1218;
+  driver.bandPx = 128;
+  driver.devmode->dwColorMode = 2;
+  std::string failed = RunScript(driver, "OVNS");
   Soak(report, "page ", 100L * share, [&](long page) {
-    machine.Run(std::string(1, "abc"[page % 3]));
-    machine.writes.clear();
+    failed += RunScript(driver, std::string(1, "abc"[page % 3]));
+    driver.writes.clear();
   });
-  machine.Run("E");
-  if (!machine.results.empty()) report.Find("a page fails");
+  failed += RunScript(driver, "E");
+  if (!failed.empty()) report.Find("a page fails");
 }
 
 void SoakDocuments(Report& report, const TempHome& home, int share) {
   const auto scenarios = Scenarios();
   for (const Scenario& scenario : scenarios) Run(scenario, home);
   Soak(report, "document ", 20L * share, [&](long i) {
-    if (!Run(scenarios[i % scenarios.size()], home).results.empty()) report.Find("the job fails");
+    if (!Run(scenarios[i % scenarios.size()], home).failed.empty()) report.Find("the job fails");
   });
 }
 
@@ -192,7 +191,7 @@ void PrintStreams(const TempHome& home) {
   }
 }
 
-// One fault for each of the machines that look for them.
+// One fault for each of the checks that look for them.
 void Plant(Report& report, const TempHome& home, const std::string& fault) {
   volatile int zero = 0;
   volatile float large = 1e20f;
@@ -230,10 +229,10 @@ void Plant(Report& report, const TempHome& home, const std::string& fault) {
     if (!DownloadsAreWhole(job.writes)) report.Find("a download is written in part");
   }
   if (fault == "reference") {
-    Machine machine;
-    machine.Do('O');
-    machine.objectReferences = 0;
-    report.Find(Disagreement(machine, {}));
-    machine.objectReferences = 1;
+    Driver driver;
+    driver.CreateObject();
+    driver.objectReferences = 0;
+    report.Find(Disagreement(driver, {}));
+    driver.objectReferences = 1;
   }
 }

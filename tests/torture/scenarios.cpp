@@ -9,30 +9,28 @@
 
 namespace {
 
-void Landscape(Machine& machine, const TempHome&) {
-  machine.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+void Landscape(Driver& driver, const TempHome&) {
+  driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
 }
-void SetBlocks(Machine& machine, WORD kind, const std::string& text) {
-  for (int k = 0; k < kCustomBlockCount; ++k) SetBlock(*machine.devmode, k, kind, text);
+void SetBlocks(Driver& driver, WORD kind, const std::string& text) {
+  for (int k = 0; k < kCustomBlockCount; ++k) SetBlock(*driver.devmode, k, kind, text);
 }
-void FileBlocks(Machine& machine, const TempHome& home) {
-  SetBlocks(machine, kBlockFile, home.Path("block.txt"));
+void FileBlocks(Driver& driver, const TempHome& home) {
+  SetBlocks(driver, kBlockFile, home.Path("block.txt"));
 }
-void TextBlocks(Machine& machine, const TempHome&) {
-  SetBlocks(machine, kBlockInline, "No. {n}\\x41\\e");
-  SetFields(*machine.devmode, "wCustomType2=2 wCustomType4=3 wCustomType6=0");
+void TextBlocks(Driver& driver, const TempHome&) {
+  SetBlocks(driver, kBlockInline, "No. {n}\\x41\\e");
+  SetFields(*driver.devmode, "wCustomType2=2 wCustomType4=3 wCustomType6=0");
 }
-void Diagnostics(Machine& machine, const TempHome& home) {
-  machine.beforeFirst = [folder = home.Path("images")] {
-    setenv("VLX_SAVE_BITMAPS", folder.c_str(), 1);
-  };
+void SaveStages(const TempHome& home) {
+  setenv("VLX_SAVE_BITMAPS", home.Path("images").c_str(), 1);
 }
-void Palette(Machine& machine, const TempHome&) {
-  machine.bandFormat = 2;
-  machine.paletteColors = 16;
+void Palette(Driver& driver, const TempHome&) {
+  driver.bandFormat = 2;
+  driver.paletteColors = 16;
 }
-void Options(Machine& machine, const TempHome&) {
-  auto* bytes = reinterpret_cast<BYTE*>(machine.devmode.get());
+void Options(Driver& driver, const TempHome&) {
+  auto* bytes = reinterpret_cast<BYTE*>(driver.devmode.get());
   for (const OemDevField& field : OemDevFields()) {
     const LONG value = field.kind == OemDevKind::Flag ? 1 : 1234;
     const bool set = field.kind == OemDevKind::Flag || field.kind == OemDevKind::Length;
@@ -42,12 +40,10 @@ void Options(Machine& machine, const TempHome&) {
   }
 }
 // The state files are read anew in the middle of the job.
-void ChangedFiles(Machine& machine, const TempHome& home) {
-  machine.beforeFirst = [registry = home.Path("registry.reg"), system = home.Path("system.toml")] {
-    for (const std::string& path : {registry, system}) {
-      utimensat(AT_FDCWD, path.c_str(), nullptr, 0);
-    }
-  };
+void TouchFiles(const TempHome& home) {
+  for (const char* name : {"registry.reg", "system.toml"}) {
+    utimensat(AT_FDCWD, home.Path(name).c_str(), nullptr, 0);
+  }
 }
 
 constexpr const char* kNoFile = "a file that cannot be read is an empty block";
@@ -68,10 +64,10 @@ constexpr Scenario kScenarios[] = {
     {"reset", "SaarbE", "dwColorMode=2"},
     {"reset within a page", "SapirbE"},
     {"abort", "SaaXSaE", "dwColorMode=2"},
-    {"diagnostic images", "SaE", kCropColumns, Diagnostics, kNoCrop},
+    {"diagnostic images", "SaE", kCropColumns, nullptr, kNoCrop, SaveStages},
     {"palette", "SaE", "", Palette},
     {"options", "SabE", "", Options, kNoCrop},
-    {"changed state files", "SaE", "", ChangedFiles, kNoState},
+    {"changed state files", "SaE", "", nullptr, kNoState, TouchFiles},
 };
 
 }  // namespace
@@ -91,25 +87,26 @@ void FillHome(const TempHome& home) {
       "\n\"UnprintableLeft\"=dword:000003e8\n\"UnprintableTop\"=dword:000001f4\n");
 }
 
-std::unique_ptr<Machine> Prepare(const Scenario& scenario, const TempHome& home) {
-  auto machine = std::make_unique<Machine>();
-  SetFields(*machine->devmode, scenario.fields);
-  if (scenario.prepare != nullptr) scenario.prepare(*machine, home);
-  return machine;
+std::unique_ptr<Driver> Prepare(const Scenario& scenario, const TempHome& home) {
+  auto driver = std::make_unique<Driver>();
+  SetFields(*driver->devmode, scenario.fields);
+  if (scenario.prepare != nullptr) scenario.prepare(*driver, home);
+  return driver;
 }
 
-Outcome Run(Machine& machine, const Scenario& scenario) {
-  machine.Run("OVPN" + std::string(scenario.document) + "Dvo");
-  unsetenv("VLX_SAVE_BITMAPS");
-  return {machine.Writes(), machine.results};
+Outcome Run(Driver& driver, const Scenario& scenario, const TempHome& home) {
+  if (scenario.start != nullptr) scenario.start(home);
+  const std::string failed = RunScript(driver, "OVPN" + std::string(scenario.document) + "Dvo");
+  if (scenario.start != nullptr) unsetenv("VLX_SAVE_BITMAPS");
+  return {WithoutTime(driver.writes), failed};
 }
 
 Outcome Run(const Scenario& scenario, const TempHome& home) {
-  return Run(*Prepare(scenario, home), scenario);
+  return Run(*Prepare(scenario, home), scenario, home);
 }
 
 std::string Difference(const Outcome& expected, const Outcome& found) {
-  if (expected.results != found.results) return "the failed calls are \"" + found.results + "\"";
+  if (expected.failed != found.failed) return "the failed calls are \"" + found.failed + "\"";
   if (expected.writes.size() != found.writes.size()) {
     return std::to_string(found.writes.size()) + " writes instead of " +
            std::to_string(expected.writes.size());

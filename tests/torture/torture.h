@@ -1,5 +1,5 @@
-// Whole jobs that between them take every road through the plug-in, what a job came to, and the
-// parts of the torture run that they are for.
+// Jobs that between them reach every path of the plug-in, the outcome of a job, and the parts of
+// the torture run.
 #pragma once
 
 #include <memory>
@@ -7,17 +7,19 @@
 #include <string>
 #include <vector>
 
+#include "tests/driver/script.h"
 #include "tests/support/temp_home.h"
 #include "tests/torture/faults.h"
-#include "tests/torture/machine.h"
 
 struct Scenario {
   const char* name;
   const char* document;     // verbs between the enabled device context and its end
   const char* fields = "";  // of the record, as SetFields takes them
-  void (*prepare)(Machine& machine, const TempHome& home) = nullptr;
-  // Why its commands, not only its images, may read otherwise when there is no memory; else null.
+  void (*prepare)(Driver& driver, const TempHome& home) = nullptr;
+  // Why a lack of memory may change its commands and not only its images; null if it may not.
   const char* degrades = nullptr;
+  // Changes files or the environment just before the job; not for jobs on several threads.
+  void (*start)(const TempHome& home) = nullptr;
 };
 
 std::span<const Scenario> Scenarios();
@@ -27,13 +29,13 @@ void FillHome(const TempHome& home);
 
 struct Outcome {
   std::vector<std::string> writes;
-  std::string results;  // the verbs that failed
+  std::string failed;  // the verbs that failed
 };
 
-// A machine with the scenario's settings, not yet run.
-std::unique_ptr<Machine> Prepare(const Scenario& scenario, const TempHome& home);
+// A driver with the scenario's settings, before its first call.
+std::unique_ptr<Driver> Prepare(const Scenario& scenario, const TempHome& home);
 // Runs the whole job from the object's creation to its release.
-Outcome Run(Machine& machine, const Scenario& scenario);
+Outcome Run(Driver& driver, const Scenario& scenario, const TempHome& home);
 Outcome Run(const Scenario& scenario, const TempHome& home);
 
 // The first difference of two outcomes as text, empty when there is none.
