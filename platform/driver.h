@@ -127,16 +127,19 @@ struct DEVOBJ {
   PVOID pdevOEM;  // the plug-in's device state
   HANDLE hEngine;
   HANDLE hPrinter;
+  HANDLE hOEM;  // the driver's handle of the plug-in
   PDEVMODEW pPublicDM;
   PVOID pOEMDM;  // the private devmode
   PDRVPROCS pDrvProcs;
 };
 static_assert(offsetof(DEVOBJ, pdevOEM) == 8);
+static_assert(offsetof(DEVOBJ, hEngine) == 16);
 static_assert(offsetof(DEVOBJ, hPrinter) == 24);
-static_assert(offsetof(DEVOBJ, pPublicDM) == 32);
-static_assert(offsetof(DEVOBJ, pOEMDM) == 40);
-static_assert(offsetof(DEVOBJ, pDrvProcs) == 48);
-static_assert(sizeof(DEVOBJ) == 56);
+static_assert(offsetof(DEVOBJ, hOEM) == 32);
+static_assert(offsetof(DEVOBJ, pPublicDM) == 40);
+static_assert(offsetof(DEVOBJ, pOEMDM) == 48);
+static_assert(offsetof(DEVOBJ, pDrvProcs) == 56);
+static_assert(sizeof(DEVOBJ) == 64);
 
 using PDEVOEM = PVOID;
 

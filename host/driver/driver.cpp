@@ -169,8 +169,13 @@ void LabelDriver::Open(const std::string& printerName, const PageSettings& page,
   name.copy(m_publicDevmode.dmDeviceName, std::size(m_publicDevmode.dmDeviceName) - 1);
   m_devmode = devmode;
   m_procedures.DrvWriteSpoolBuf = WriteSpoolBuf;
-  m_device = {sizeof m_device,  nullptr,    this,         m_printer->Handle(),
-              &m_publicDevmode, &m_devmode, &m_procedures};
+  m_device = {};
+  m_device.dwSize = sizeof m_device;
+  m_device.hEngine = this;
+  m_device.hPrinter = m_printer->Handle();
+  m_device.pPublicDM = &m_publicDevmode;
+  m_device.pOEMDM = &m_devmode;
+  m_device.pDrvProcs = &m_procedures;
   m_surfaceObject.dhpdev = &m_device;
 
   Check(m_plugin->EnableDriver(0x10000, sizeof m_hooks, &m_hooks), "EnableDriver");
