@@ -70,6 +70,31 @@ TEST(JobReading, CutsFollowCountAndEnd) {
   EXPECT_EQ(cuts, "0 2 1| 0 1| ");
 }
 
+// The printer keeps one image 0: what a label of one colour downloads replaces the highlight.
+TEST(Lint, FindsAFieldWhoseImageWasOverwritten) {
+  const std::string black = Download("1", kArrow), red = Download("0", kArrow);
+  const std::string two = PageSetUp("4.00,5.00,10.00", "O H0.00\r\n");
+  const std::string both = "I:Image0;5.00,0.00,0;0\r\nI:Image1;0.00,0.00,0;1\r\nA1\r\n";
+  const std::string one = PageSetUp("4.00,5.00,5.00") + "I:Image0;0.00,0.00,0;0\r\nA1\r\n";
+  const std::string first = kHeader + red + black + two + both;
+  // The line of the only fault; 0: none.
+  const std::pair<std::string, std::size_t> rows[] = {
+      {first + red + one + two + both, 31},
+      {first + red + one + red + two + both, 0},   // sent again
+      {first + red + two + both + two + both, 0},  // a newer highlight, twice
+      {first + red + one + two + "I:Image1;0.00,0.00,0;1\r\nA1\r\n", 0},  // without highlight
+      {first + one + one, 0},
+  };
+  for (const auto& [job, line] : rows) {
+    const viewer::LintResult result = viewer::LintJob(job, kDotAMm);
+    ASSERT_EQ(result.count, line != 0 ? 1u : 0u) << job;
+    if (line == 0) continue;
+    EXPECT_EQ(result.faults[0].place.line, line) << result.faults[0].text;
+    EXPECT_NE(result.faults[0].text.find("image 0 again"), std::string::npos);
+    EXPECT_NE(result.faults[0].text.find("download of line 17:"), std::string::npos);
+  }
+}
+
 TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
   const std::string image = Download("0", kArrow);
   const std::string place = "I:Image0;0.00,0.00,0;0\r\n";

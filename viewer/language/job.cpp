@@ -184,13 +184,21 @@ void JobReader::DefineField(const Line& line, Place place) {
     if (image != m_images.end()) image->second.placed = true;
     return;
   }
-  const FieldOnLabel where = {line.Number(1), line.Number(2), angle};
-  if (m_fields.size() < kMostFields || m_fields.contains(line.Text(0))) {
-    m_fields[std::string(line.Text(0))] = where;
-  } else {
+  FieldOnLabel unkept = {line.Number(1), line.Number(2), angle, {}};
+  auto field = m_fields.find(line.Text(0));
+  if (field == m_fields.end() && m_fields.size() < kMostFields) {
+    field = m_fields.emplace(line.Text(0), unkept).first;
+  }
+  if (field == m_fields.end()) {
     Note(place, "Field " + Printable(line.Text(0)) + " is one more than the " +
                     std::to_string(kMostFields) + " that are kept: use fewer names");
+    PlaceImage(line.Text(0), unkept, line.Text(4), false, place);
+    return;
   }
+  FieldOnLabel& where = field->second;
+  where.xMm = unkept.xMm;
+  where.yMm = unkept.yMm;
+  where.angle = angle;
   PlaceImage(line.Text(0), where, line.Text(4), false, place);
 }
 
@@ -204,7 +212,7 @@ void JobReader::RecallField(const Line& line, Place place) {
   PlaceImage(line.Text(0), field->second, line.Text(1), true, place);
 }
 
-void JobReader::PlaceImage(std::string_view field, const FieldOnLabel& where, std::string_view name,
+void JobReader::PlaceImage(std::string_view field, FieldOnLabel& where, std::string_view name,
                            bool recalled, Place place) {
   const auto entry = m_images.find(name);
   if (entry == m_images.end()) {
@@ -225,7 +233,13 @@ void JobReader::PlaceImage(std::string_view field, const FieldOnLabel& where, st
   placement.place = place;
   // What was downloaded for this label came after the print line of the one before.
   if (stored.place.offset >= m_labelStart) placement.downloadBytes = stored.png.size();
-  if (placement.downloadBytes == 0) ++m_reused;
+  Filling& filled = where.filled[m_label.twoColours ? 1 : 0];
+  const Filling now = {placement.name, stored.place.offset};
+  if (placement.downloadBytes == 0) {
+    ++m_reused;
+    NoteOverwritten(field, filled, now, stored, place);
+  }
+  filled = now;
   stored.placed = true;
   if (!stored.fault.empty()) Note(stored.place, Named(name) + " " + stored.fault);
   stored.fault.clear();
@@ -238,6 +252,18 @@ void JobReader::PlaceImage(std::string_view field, const FieldOnLabel& where, st
   }
   if (name == "1") m_label.twoColours = true;  // the background of two colours
   m_label.placements.push_back(std::move(placement));
+}
+
+// A field that is filled with the same image again means the picture that it showed before. If the
+// name was downloaded and printed anew in between, say by a label of one colour among labels of
+// two, the label shows that other picture.
+void JobReader::NoteOverwritten(std::string_view field, const Filling& before, const Filling& now,
+                                const StoredImage& stored, Place place) {
+  if (before.name != now.name || before.download == now.download || !stored.placed) return;
+  Note(place, "Field " + Printable(field) + " is filled with image " + Printable(now.name) +
+                  " again, but that image was overwritten by the download of line " +
+                  std::to_string(stored.place.line) +
+                  ": the label shows the newer one; download the right one again before");
 }
 
 std::shared_ptr<const BitImage> JobReader::Decode(StoredImage& stored) {

@@ -87,11 +87,17 @@ class JobReader {
     std::string fault;  // why it cannot be decoded
     bool placed = false;
     bool bothSides = false;
-    Place place;
+    Place place;  // of its data; no two downloads share one
+  };
+  // What a field showed on the last label that filled it.
+  struct Filling {
+    std::string name;
+    std::size_t download = 0;  // offset of the image's data
   };
   struct FieldOnLabel {
     double xMm, yMm;
     int angle;
+    Filling filled[2];  // on labels of one and of two colours
   };
 
   bool Take(const Piece& piece);  // true: a label is ready
@@ -101,8 +107,10 @@ class JobReader {
   void TakeOptions(const Line& line);
   void TakeLabelSize(const Line& line, Place place);
   void Erase();
-  void PlaceImage(std::string_view field, const FieldOnLabel& where, std::string_view name,
-                  bool recalled, Place place);
+  void PlaceImage(std::string_view field, FieldOnLabel& where, std::string_view name, bool recalled,
+                  Place place);
+  void NoteOverwritten(std::string_view field, const Filling& before, const Filling& now,
+                       const StoredImage& stored, Place place);
   void DefineField(const Line& line, Place place);
   void RecallField(const Line& line, Place place);
   std::shared_ptr<const BitImage> Decode(StoredImage& stored);
