@@ -2,6 +2,7 @@
 // Interfaces have no virtual destructor: the slot order is the binary contract.
 #pragma once
 
+#include "platform/com_ptr.h"
 #include "platform/types.h"
 
 inline constexpr IID IID_IUnknown = {
@@ -98,28 +99,3 @@ PLATFORM_API HRESULT STDAPICALLTYPE CoCreateGuid(GUID* pguid);
 // Reads the registry form "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}", letters in either case.
 // Anything else: CO_E_CLASSSTRING, *pclsid all zero.
 PLATFORM_API HRESULT STDAPICALLTYPE CLSIDFromString(LPCWSTR lpsz, CLSID* pclsid);
-
-// Owns one reference to a COM object. Put() gives the address for an out-pointer.
-template <typename Interface>
-class ComPtr {
- public:
-  ComPtr() = default;
-  ComPtr(const ComPtr&) = delete;
-  ComPtr& operator=(const ComPtr&) = delete;
-  ~ComPtr() { Reset(); }
-
-  Interface* Get() const { return m_p; }
-  Interface* operator->() const { return m_p; }
-  explicit operator bool() const { return m_p != nullptr; }
-  Interface** Put() {
-    Reset();
-    return &m_p;
-  }
-  void Reset() {
-    if (m_p != nullptr) m_p->Release();
-    m_p = nullptr;
-  }
-
- private:
-  Interface* m_p = nullptr;
-};

@@ -12,12 +12,6 @@ inline constexpr IID IID_IPrintOemDriverUni = {
 struct UNIFONTOBJ;
 struct FINVOCATION;
 struct OEMMEMORYUSAGE;
-struct STROBJ;
-struct FONTOBJ;
-struct CLIPOBJ;
-struct BRUSHOBJ;
-using HGLYPH = ULONG;
-using MIX = ULONG;
 
 struct IPrintOemCommon : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetInfo(DWORD dwMode, PVOID pBuffer, DWORD cbSize,
