@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing; does nothing when none is. Without an argument those
-# that vlx is built with; tests, torture or pictures: those that need more, too.
+# that vlx is built with; tests, torture, windows or pictures: those that need more, too.
 set -euo pipefail
 
 packages=(
@@ -8,6 +8,7 @@ packages=(
   libdeflate-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
   libgtest-dev python3 binutils poppler-utils
 )
+windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
 tests=(zint zbar-tools dmtx-utils chromium)
 torture=(clang clang-tidy libclang-rt-14-dev locales)
 pictures=(chromium imagemagick fonts-dejavu-core)
@@ -16,8 +17,9 @@ case "${1:-}" in
   "") ;;
   tests) packages+=("${tests[@]}") ;;
   torture) packages+=("${tests[@]}" "${torture[@]}") ;;
+  windows) packages+=("${windows[@]}") ;;
   pictures) packages+=("${pictures[@]}") ;;
-  *) echo "There is no group of packages $1; the groups are tests, torture, pictures" >&2; exit 2 ;;
+  *) echo "There is no group of packages $1; the groups are tests, torture, windows, pictures" >&2; exit 2 ;;
 esac
 
 missing=()

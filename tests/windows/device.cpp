@@ -155,7 +155,7 @@ bool Device::SendRows(const BYTE* rows, LONG widthPx, LONG heightPx, const POINT
   parameters.dwSize = sizeof parameters;
   parameters.ptOffset = {at.x, at.y};
   parameters.bBlankBand =
-      std::all_of(rows, rows + header.biSizeImage, [](BYTE byte) { return byte == 0xFF; });
+      std::all_of(rows, rows + header.biSizeImage, [](BYTE value) { return value == 0xFF; });
   PBYTE result = nullptr;
   return SUCCEEDED(m_plugin->ImageProcessing(&object, const_cast<PBYTE>(rows), &header, nullptr,
                                              kBand24Bits, &parameters, &result)) &&

@@ -183,6 +183,8 @@ def documents():
     yield document("reset", labels(["mixed"] * 3), Record(dwColorMode=2), PAPER,
                    between={2: ["public:" + LANDSCAPE, "reset"], 3: ["public:" + PAPER, "reset"]})
     yield document("abort", labels(["mixed", "crisp"]), None, PAPER, end="end:1")
+    yield document("two-documents", labels(["mixed", "mixed"]), Record(dwColorMode=2), PAPER,
+                   between={2: ["end", "start:Second"]})
     yield document("title", labels(["crisp"]), None, PAPER,
                    title="Prei%u00DFe 10 %u20AC %u65E5 f%u00FCr alle")
     yield document("merge", labels(["crisp"]), Record(dwSensorType=9, wDitherer=77, dwColorMode=5),

@@ -1,0 +1,2 @@
+// winddi.h includes this header, which the compiler's headers lack, and uses nothing of it.
+#pragma once

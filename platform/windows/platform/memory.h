@@ -1,0 +1,4 @@
+// Local and global memory blocks: all of it in windows.h.
+#pragma once
+
+#include "platform/types.h"

@@ -1,0 +1,4 @@
+// The registry: all of it in windows.h.
+#pragma once
+
+#include "platform/types.h"
