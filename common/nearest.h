@@ -1,4 +1,4 @@
-// The known name that somebody meant who mistyped it.
+// Finds the known name closest to a mistyped one.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-// How many letters have to be added, taken out or changed to turn one text into the other.
+// The number of letters to insert, delete or replace to turn one text into the other.
 inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
@@ -22,7 +22,7 @@ inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
-// The first of the nearest names, empty when there is no name.
+// The closest name, the first of several; empty if there are no names.
 inline std::string Nearest(std::string_view text, const std::vector<std::string>& names) {
   const auto nearest = std::min_element(
       names.begin(), names.end(), [text](const std::string& one, const std::string& other) {

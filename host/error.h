@@ -1,4 +1,4 @@
-// The errors of the driver's side.
+// The errors of the host: a fact, a remedy and the exit code of a command that is stopped by it.
 #pragma once
 
 #include "common/error.h"

@@ -3,22 +3,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
+#include "common/file.h"
 #include "host/error.h"
-
-namespace {
-
-struct Closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-}  // namespace
 
 std::string ReadWholeFile(const std::string& path, const std::string& what) {
   std::string content;
   errno = 0;
-  const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "rbe"));
+  const FilePtr file(std::fopen(path.c_str(), "rbe"));
   if (file != nullptr) {
     char buffer[4096];
     for (std::size_t size; (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0;) {

@@ -1,7 +1,8 @@
-// Files that are read as a whole.
+// Reads small files.
 #pragma once
 
 #include <string>
 
-// The content of a file. Throws HostError (input) that names what it is, its path and the reason.
+// The whole content of a file. Throws HostError (input) that names what the file is, its path and
+// the reason. what: as "settings file".
 std::string ReadWholeFile(const std::string& path, const std::string& what);

@@ -75,7 +75,9 @@ void PrintStock(const StockItem& stock, bool first, bool selectable) {
 }
 
 int RunStocks(const StocksOptions& options) {
-  WarnOfSystemFile();
+  if (const std::string warning = SystemFileWarning(); !warning.empty()) {
+    std::fprintf(stderr, "%s\n", warning.c_str());
+  }
   const Printer printer(options.printer);
   StockList stocks;
   LoadStocksForPrinter(stocks, printer.Handle());

@@ -1,4 +1,4 @@
-// Texts of the platform as UTF-8, in which the command line speaks.
+// Converts between the platform's texts and UTF-8, which the host uses.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 std::u16string Widened(const std::string& utf8);
 std::string Narrowed(const std::u16string& text);
 
-// Text of a record, in the system's ANSI code page.
+// text: from a record, in the system's ANSI code page.
 std::string AnsiToUtf8(const std::string& text);
 
 // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}"

@@ -1,13 +1,12 @@
-// A job from files to the spool: what the commands that print have in common.
+// The options that the printing commands share.
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "host/driver/driver.h"
-#include "host/settings/settings.h"
-#include "host/targets/spool.h"
+#include "host/label_job.h"
 
 struct JobOptions {
   std::vector<std::string> files;
@@ -18,8 +17,8 @@ struct JobOptions {
   std::string printer;
   std::string paper;
   std::string orientation;
-  int dpi = 0;  // 0: not given, as for copies
-  int copies = 0;
+  int dpi = 0;     // 0: not given
+  int copies = 0;  // 0: not given
   bool collate = false;
   std::string fit = "none";
   std::string name;
@@ -30,21 +29,23 @@ struct JobOptions {
 void AddJobOptions(CLI::App& command, JobOptions& options);
 void AddSetOption(CLI::App& command, std::vector<std::string>& sets);
 
-// The settings that the options amount to. Throws HostError.
+// The settings file, --set and the other options on top of each other. Throws HostError.
 Settings ReadSettings(const JobOptions& options);
 
-// A file with a raw settings record, as it is. Throws HostError (input).
-std::vector<BYTE> ReadDevModeFile(const std::string& path);
+// A file with a raw settings record. Throws HostError (input).
+DevModeRecord ReadDevModeFile(const std::string& path);
 
-// The record for the plug-in: the options' record or the default, with the settings laid over it.
-// Throws HostError (settings) for what the plug-in does not take.
-OEMDEV MakeDevMode(LabelDriver& driver, const JobOptions& options, const Settings& settings);
+// A job as the options describe it. Throws HostError.
+JobRequest MakeRequest(const JobOptions& options, const Settings& settings);
 
-struct JobResult {
+struct PrintedFiles {
   std::size_t pages;
   OEMDEV devmode;  // that the plug-in worked with
 };
 
-// Sends the pages of the files through the plug-in into the spool. Nothing is written before the
-// first page is ready; the spool is not finished. Throws HostError.
-JobResult RunJob(const JobOptions& options, const Settings& settings, Spool& spool);
+// Prints the files' pages; the spool is not finished. On a terminal the progress is shown. Throws
+// HostError.
+PrintedFiles PrintFiles(const JobOptions& options, const JobRequest& request, Spool& spool);
+
+// Prints a warning that system.toml is ignored, if it is.
+void WarnOfSystemFile();

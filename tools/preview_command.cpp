@@ -15,7 +15,7 @@ constexpr const char* kPreviewExamples = R"(Examples:
   vlx preview labels.pdf -o pictures --settings two-colour.toml
   vlx preview photo.png -o seen.png --set colour.ditherer=threshold
 
-The pages go through the real plug-in; its job is then drawn as the virtual printer reads it.
+The real plug-in renders the pages; the virtual printer then draws its job.
 Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
 5 picture cannot be written, 70 internal)";
 
@@ -24,8 +24,8 @@ struct PreviewOptions {
   std::string output;
 };
 
-// The job in memory: it is small beside its pages.
-class MemoryTarget final : public SpoolTarget {
+// Keeps the job in memory: it is small compared with its pages.
+class MemoryTarget final : public JobTarget {
  public:
   explicit MemoryTarget(std::string& job) : m_job(job) {}
   void Write(std::string_view bytes) override { m_job += bytes; }
@@ -35,7 +35,7 @@ class MemoryTarget final : public SpoolTarget {
   std::string& m_job;
 };
 
-// One picture, or one a label in a folder.
+// Writes one picture file, or a folder with a picture for each label.
 class Pictures {
  public:
   explicit Pictures(const PreviewOptions& options)
@@ -50,8 +50,8 @@ class Pictures {
     ++m_count;
     if (m_single) {
       if (m_count > 1) {
-        throw CommandError(kExitUsage, "There are several labels and one picture, " + m_output +
-                                           ": name a folder with -o");
+        throw CommandError(kExitUsage, "There are several labels for one picture, " + m_output,
+                           "name a folder with -o");
       }
       m_first = png;
       return;
@@ -85,20 +85,19 @@ int RunPreview(const PreviewOptions& options) {
   const Settings settings = ReadSettings(options.job);
   Pictures pictures(options);
   std::string job;
-  std::vector<std::unique_ptr<SpoolTarget>> targets;
-  targets.push_back(std::make_unique<MemoryTarget>(job));
-  Spool spool(std::move(targets));
-  const JobResult result = RunJob(options.job, settings, spool);
+  Spool spool(std::make_unique<MemoryTarget>(job));
+  const PrintedFiles printed = PrintFiles(options.job, MakeRequest(options.job, settings), spool);
 
   const double dpi = settings.Page().dpi;
-  const int pageTurn = settings.Page().landscape ? 90 : 0;  // such pages go out turned clockwise
+  const int pageTurn =
+      settings.Page().landscape ? 90 : 0;  // landscape pages are printed turned clockwise
   viewer::JobView view(job, dpi);
   while (const std::optional<viewer::DrawnLabel> drawn = view.Next()) {
     if (!drawn->picture) {
       throw CommandError(kExitSettings, "The label cannot be drawn: " + drawn->why);
     }
     pictures.Add(viewer::PicturePng(viewer::Turn(*drawn->picture, (drawn->turn + pageTurn) % 360),
-                                    dpi, InkOf(result.devmode)));
+                                    dpi, InkOf(printed.devmode)));
   }
   pictures.Finish();
   std::fprintf(options.output == "-" ? stderr : stdout, "%s: %s\n", options.output.c_str(),
@@ -111,10 +110,11 @@ int RunPreview(const PreviewOptions& options) {
 Command PreviewCommand(CLI::App& program) {
   const auto options = std::make_shared<PreviewOptions>();
   CLI::App* preview =
-      program.add_subcommand("preview", "Draw what pages would look like, without paper");
+      program.add_subcommand("preview", "Draw what the printed labels will look like");
   preview
-      ->add_option("-o,--output", options->output,
-                   "Picture (.png, or - for standard output), or a folder for a PNG a label")
+      ->add_option(
+          "-o,--output", options->output,
+          "Picture (.png, or - for standard output), or a folder for one picture per label")
       ->required();
   AddJobOptions(*preview, options->job);
   preview->footer(kPreviewExamples);

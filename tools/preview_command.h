@@ -1,4 +1,4 @@
-// The command `vlx preview`: the pages as the printer would print them, without paper.
+// The command `vlx preview`: draws what the printer would print.
 #pragma once
 
 #include "common/command.h"

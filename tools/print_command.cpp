@@ -3,6 +3,8 @@
 #include <cstdio>
 
 #include "host/error.h"
+#include "host/targets/file_target.h"
+#include "tools/interrupted_files.h"
 #include "tools/job_options.h"
 
 namespace {
@@ -20,17 +22,19 @@ Exit codes: 0 done, 2 usage, 3 input unreadable, 4 settings conflict,
 struct PrintOptions {
   JobOptions job;
   std::string output;
-  std::string tcp;
+  std::string to;
   bool timing = false;
 };
 
-std::vector<std::unique_ptr<SpoolTarget>> OpenTargets(const PrintOptions& options) {
-  if (options.output.empty() && options.tcp.empty()) {
-    throw HostError(kExitUsage, "Say where the job goes: -o FILE, -o - or --to tcp://HOST");
+std::vector<std::unique_ptr<JobTarget>> OpenTargets(const PrintOptions& options) {
+  if (options.output.empty() && options.to.empty()) {
+    throw HostError(kExitUsage, "The job has no target", "add -o FILE, -o - or --to tcp://HOST");
   }
-  std::vector<std::unique_ptr<SpoolTarget>> targets;
-  if (!options.output.empty()) targets.push_back(OpenFileTarget(options.output));
-  if (!options.tcp.empty()) targets.push_back(OpenTcpTarget(options.tcp));
+  std::vector<std::unique_ptr<JobTarget>> targets;
+  if (!options.output.empty()) {
+    targets.push_back(OpenFileTarget(options.output, InterruptedFiles()));
+  }
+  if (!options.to.empty()) targets.push_back(OpenTarget(options.to));
   return targets;
 }
 
@@ -38,7 +42,7 @@ void ReportJob(const PrintOptions& options, std::size_t pages, Spool& spool) {
   const bool toOutput = options.output == "-";
   const std::string target =
       options.output.empty() || toOutput
-          ? (options.tcp.empty() ? std::string("standard output") : options.tcp)
+          ? (options.to.empty() ? std::string("standard output") : options.to)
           : options.output;
   std::FILE* report = toOutput ? stderr : stdout;
   std::fprintf(report, "%s: %s\n", target.c_str(), spool.Cost().Line().c_str());
@@ -50,12 +54,12 @@ int RunPrint(const PrintOptions& options) {
   Spool spool(OpenTargets(options));
   std::size_t pages = 0;
   try {
-    pages = RunJob(options.job, settings, spool).pages;
+    pages = PrintFiles(options.job, MakeRequest(options.job, settings), spool).pages;
     spool.Finish();
   } catch (const HostError& error) {
-    // What a printer on the network has got cannot be taken back.
-    if (options.tcp.empty() || spool.Cost().Bytes() == 0 || error.Code() == kExitPartlySent) throw;
-    throw HostError(kExitPartlySent, std::string(error.what()) + "; a part of the job was sent");
+    // What a network printer has received cannot be taken back.
+    if (options.to.empty() || spool.Cost().Bytes() == 0 || error.Code() == kExitPartlySent) throw;
+    throw HostError(kExitPartlySent, error.Fact() + "; a part of the job was sent", error.Remedy());
   }
   ReportJob(options, pages, spool);
   return kExitDone;
@@ -68,7 +72,7 @@ Command PrintCommand(CLI::App& program) {
   CLI::App* print =
       program.add_subcommand("print", "Print images and PDF files through the printer driver");
   print->add_option("-o,--output", options->output, "File for the job, - for standard output");
-  print->add_option("--to", options->tcp, "Network printer, tcp://HOST[:9100]");
+  print->add_option("--to", options->to, "Network printer, tcp://HOST[:9100]");
   AddJobOptions(*print, options->job);
   print->add_flag("--timing", options->timing, "Show where the time of the job went");
   print->footer(kPrintExamples);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "host/driver/driver.h"
+#include "host/driver/module.h"
 #include "host/error.h"
 #include "host/settings/settings_text.h"
 #include "tools/job_options.h"
@@ -16,7 +17,7 @@ constexpr const char* kSettingsExamples = R"(Examples:
   vlx settings devmode saved.bin
   vlx settings keys
 
-What show and devmode print is a settings file again.)";
+The output of show and devmode is a settings file.)";
 
 struct ShowOptions {
   std::string file;
@@ -33,39 +34,40 @@ int Show(const ShowOptions& options) {
   JobOptions job;
   job.settingsFile = options.file;
   job.sets = options.sets;
+  WarnOfSystemFile();
   const Settings settings = ReadSettings(job);
-  Spool nowhere({});
+  Spool nowhere;
   LabelDriver driver(FindPlugin(), nowhere);
-  const OEMDEV devmode = MakeDevMode(driver, job, settings);
+  const OEMDEV devmode = driver.MakeDevMode(settings, std::nullopt);
   const PageSettings page = settings.Page(), basePage;
   const OEMDEV base = driver.DefaultDevMode();
   Print({&page, devmode, options.changed ? &basePage : nullptr, options.changed ? &base : nullptr});
   return kExitDone;
 }
 
-// A field that the plug-in does not take as it stands in the record.
-void TellRepairs(const OEMDEV& stored, const OEMDEV& taken) {
+// Names the fields that the plug-in has repaired.
+void ReportRepairs(const OEMDEV& stored, const OEMDEV& taken) {
   for (const OemDevField& field : OemDevFields()) {
     const auto at = [&field](const OEMDEV& devmode) {
       return reinterpret_cast<const BYTE*>(&devmode) + field.offset;
     };
     if (std::memcmp(at(stored), at(taken), field.size) == 0) continue;
-    std::fprintf(stderr, "%s in the record is out of range; the driver takes what is shown\n",
+    std::fprintf(stderr, "%s in the record is out of range; the driver uses the value shown\n",
                  std::string(field.name).c_str());
   }
 }
 
 int ShowRecord(const ShowOptions& options) {
-  Spool nowhere({});
+  Spool nowhere;
   LabelDriver driver(FindPlugin(), nowhere);
-  const std::vector<BYTE> record = ReadDevModeFile(options.file);
-  const OEMDEV devmode = driver.MergeDevMode(record, options.file);
+  const DevModeRecord record = ReadDevModeFile(options.file);
+  const OEMDEV devmode = driver.MergeDevMode(record);
   const OEMDEV base = driver.DefaultDevMode();
   Print({nullptr, devmode, nullptr, options.changed ? &base : nullptr});
-  if (record.size() == sizeof(OEMDEV)) {
+  if (record.bytes.size() == sizeof(OEMDEV)) {
     OEMDEV stored;
-    std::memcpy(&stored, record.data(), sizeof stored);
-    TellRepairs(stored, devmode);
+    std::memcpy(&stored, record.bytes.data(), sizeof stored);
+    ReportRepairs(stored, devmode);
   }
   return kExitDone;
 }
@@ -84,22 +86,23 @@ int ListKeys() {
 
 Command SettingsCommand(CLI::App& program) {
   const auto options = std::make_shared<ShowOptions>();
-  CLI::App* settings =
-      program.add_subcommand("settings", "Show what settings amount to, field by field");
+  CLI::App* settings = program.add_subcommand("settings", "Show settings, field by field");
   settings->require_subcommand(1);
   settings->footer(kSettingsExamples);
 
-  CLI::App* show = settings->add_subcommand("show", "A settings file, completed by the defaults");
-  show->add_option("FILE", options->file, "Settings file (TOML); without it the defaults");
+  CLI::App* show =
+      settings->add_subcommand("show", "Show a settings file, completed by the defaults");
+  show->add_option("FILE", options->file, "Settings file (TOML); by default only the defaults");
   AddSetOption(*show, options->sets);
-  CLI::App* devmode = settings->add_subcommand("devmode", "A raw settings record of 2708 bytes");
-  devmode->add_option("FILE", options->file, "As --save-devmode writes it")->required();
+  CLI::App* devmode =
+      settings->add_subcommand("devmode", "Show a raw settings record of 2708 bytes");
+  devmode->add_option("FILE", options->file, "Record that --save-devmode has saved")->required();
   for (CLI::App* command : {show, devmode}) {
-    command->add_flag("--changed", options->changed, "Only what differs from the defaults");
+    command->add_flag("--changed", options->changed, "Show only what differs from the defaults");
     command->footer(kSettingsExamples);
   }
   CLI::App* keys =
-      settings->add_subcommand("keys", "Every key, with what may stand behind it after a tab");
+      settings->add_subcommand("keys", "List every key and, after a tab, its possible values");
   keys->footer(kSettingsExamples);
   return {settings, [=] {
             if (keys->parsed()) return ListKeys();

@@ -7,6 +7,7 @@
 #include "common/command.h"
 #include "common/error.h"
 #include "host/driver/driver.h"
+#include "host/driver/module.h"
 #include "host/stocks_command.h"
 #include "platform/version.h"
 #include "tools/preview_command.h"
@@ -25,7 +26,7 @@ constexpr const char* kExamples = R"(Examples:
 Every command has its own --help with examples.)";
 
 void ShowVersion() {
-  Spool nowhere({});
+  Spool nowhere;
   const std::string plugin = FindPlugin();
   const LabelDriver driver(plugin, nowhere);
   std::printf("vlx %s\nplatform library %s\nshared library %s\nplug-in interface %u (%s)\n",
@@ -67,9 +68,9 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that hangs up is an error to report, not an end by signal.
+  // If a reader hangs up, report an error instead of being ended by the signal.
   std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGCHLD, SIG_DFL);  // how a helper program ended has to be seen
+  std::signal(SIGCHLD, SIG_DFL);  // the exit status of helper programs is needed
   try {
     return Run(argc, argv);
   } catch (const CommandError& error) {

@@ -1,4 +1,4 @@
-// Loading, device contexts and documents; the bands are in banding.cpp.
+// Loading, device contexts and documents; banding.cpp has the pages and bands.
 
 #include "host/driver/driver.h"
 
@@ -48,7 +48,7 @@ class LabelDriver::Helper final : public DriverHelper {
     *ppv = static_cast<IPrintOemDriverUni*>(this);
     return S_OK;
   }
-  // It lives as long as the driver does.
+  // Not counted: the helper lives as long as the driver.
   ULONG AddRef() override { return 1; }
   ULONG Release() override { return 1; }
 
@@ -77,10 +77,10 @@ LabelDriver::LabelDriver(const std::string& pluginPath, Spool& spool)
   Check(m_plugin->GetInfo(OEMGI_GETSIGNATURE, &signature, sizeof signature, &needed), "GetInfo");
   Check(m_plugin->GetInfo(OEMGI_GETVERSION, &m_pluginVersion, sizeof m_pluginVersion, &needed),
         "GetInfo");
-  DWORD helpers = 0;  // a plug-in may have none to ask for
+  DWORD helpers = 0;  // may be refused: not every plug-in asks for helper interfaces
   m_plugin->GetInfo(OEMGI_GETREQUESTEDHELPERINTERFACES, &helpers, sizeof helpers, &needed);
   if (signature != kOemDevSignature) {
-    throw HostError(kExitInternal, "The plug-in " + pluginPath + " is of another family");
+    throw HostError(kExitInternal, "The plug-in " + pluginPath + " is not one for this driver");
   }
   char method[] = "ImageProcessing";
   Check(m_plugin->GetImplementedMethod(method) == S_OK ? S_OK : E_FAIL, "GetImplementedMethod");
@@ -100,8 +100,8 @@ void LabelDriver::RethrowSpoolError() {
 void LabelDriver::Check(HRESULT hr, const char* call) {
   RethrowSpoolError();
   if (SUCCEEDED(hr)) return;
-  throw HostError(kExitInternal, std::string("The plug-in refused ") + call +
-                                     "; VLX_LOG=FILE and VLX_LOG_LEVEL=trace show why");
+  throw HostError(kExitInternal, std::string("The plug-in refused ") + call,
+                  "set VLX_LOG=FILE and VLX_LOG_LEVEL=trace to see why");
 }
 
 void LabelDriver::CheckDone(BOOL result, const char* call) { Check(result ? S_OK : E_FAIL, call); }
@@ -121,25 +121,40 @@ OEMDEV LabelDriver::DefaultDevMode() {
   OEMDMPARAM block = DevModeBlock(nullptr, &devmode);
   Check(m_plugin->DevMode(OEMDM_SIZE, &block), "DevMode (size)");
   if (block.cbBufSize != sizeof devmode) {
-    throw HostError(kExitInternal, "The plug-in's settings have another size than expected");
+    throw HostError(kExitInternal, "The plug-in's settings record has " +
+                                       std::to_string(block.cbBufSize) + " bytes, not " +
+                                       std::to_string(sizeof devmode));
   }
   Check(m_plugin->DevMode(OEMDM_DEFAULT, &block), "DevMode (default)");
   return devmode;
 }
 
-OEMDEV LabelDriver::MergeDevMode(const std::vector<BYTE>& record, const std::string& source) {
+OEMDEV LabelDriver::MergeDevMode(const DevModeRecord& record) {
   OEMDEV devmode;
-  // The plug-in trusts the size in the record's head no further than this one.
+  // The plug-in reads no further than this size, whatever the record's own header says.
   DEVMODEW publicDevmode = {};
   publicDevmode.dmSize = sizeof publicDevmode;
-  publicDevmode.dmDriverExtra = static_cast<WORD>(std::min<std::size_t>(record.size(), 0xFFFF));
-  OEMDMPARAM block = DevModeBlock(record.data(), &devmode);
+  publicDevmode.dmDriverExtra =
+      static_cast<WORD>(std::min<std::size_t>(record.bytes.size(), 0xFFFF));
+  OEMDMPARAM block = DevModeBlock(record.bytes.data(), &devmode);
   block.pPublicDMIn = &publicDevmode;
-  if (record.size() < sizeof(OEM_DMEXTRAHEADER) || FAILED(m_plugin->DevMode(OEMDM_MERGE, &block))) {
-    throw HostError(kExitSettings, source + " is no settings record of this driver (" +
-                                       std::to_string(record.size()) +
-                                       " bytes); make one with --save-devmode");
+  if (record.bytes.size() < sizeof(OEM_DMEXTRAHEADER) ||
+      FAILED(m_plugin->DevMode(OEMDM_MERGE, &block))) {
+    throw HostError(kExitSettings,
+                    record.source + " is no settings record of this driver (" +
+                        std::to_string(record.bytes.size()) + " bytes)",
+                    "make one with vlx print --save-devmode");
   }
+  return devmode;
+}
+
+OEMDEV LabelDriver::MakeDevMode(const Settings& settings,
+                                const std::optional<DevModeRecord>& record) {
+  OEMDEV devmode = record ? MergeDevMode(*record) : DefaultDevMode();
+  settings.ApplyTo(devmode);
+  const BYTE* bytes = reinterpret_cast<const BYTE*>(&devmode);
+  devmode = MergeDevMode({{bytes, bytes + sizeof devmode}, "The settings"});
+  settings.CheckKept(devmode);
   return devmode;
 }
 
@@ -194,13 +209,13 @@ void LabelDriver::Open(const std::string& printerName, const PageSettings& page,
 }
 
 DevicePage LabelDriver::Page() const {
-  return {m_gdiInfo.szlPhysSize.cx,
-          m_gdiInfo.szlPhysSize.cy,
-          m_gdiInfo.ptlPhysOffset.x,
-          m_gdiInfo.ptlPhysOffset.y,
-          static_cast<LONG>(m_gdiInfo.ulHorzRes),
-          static_cast<LONG>(m_gdiInfo.ulVertRes),
-          static_cast<int>(m_gdiInfo.ulLogPixelsX)};
+  return {.physicalWidthPx = m_gdiInfo.szlPhysSize.cx,
+          .physicalHeightPx = m_gdiInfo.szlPhysSize.cy,
+          .offsetXPx = m_gdiInfo.ptlPhysOffset.x,
+          .offsetYPx = m_gdiInfo.ptlPhysOffset.y,
+          .surfaceWidthPx = static_cast<LONG>(m_gdiInfo.ulHorzRes),
+          .surfaceHeightPx = static_cast<LONG>(m_gdiInfo.ulVertRes),
+          .dpi = static_cast<int>(m_gdiInfo.ulLogPixelsX)};
 }
 
 PFN LabelDriver::FindHook(ULONG index) const {
@@ -225,17 +240,17 @@ void LabelDriver::AbortDocument() noexcept {
   try {
     Hook<PFN_DrvEndDoc>(INDEX_DrvEndDoc)(&m_surfaceObject, ED_ABORTDOC);
   } catch (const std::exception&) {
-    // There is nothing more to end.
+    // Nothing is left to end.
   }
 }
 
 DWORD LabelDriver::WriteSpool(const void* bytes, DWORD size) noexcept {
-  if (m_spoolError) return 0;  // the job is lost already
+  if (m_spoolError) return 0;  // the job is already lost
   try {
     m_spool.Write({static_cast<const char*>(bytes), size});
     return size;
   } catch (...) {
-    m_spoolError = std::current_exception();  // not through the plug-in
+    m_spoolError = std::current_exception();  // no exception may pass through the plug-in
     return 0;
   }
 }

@@ -1,5 +1,5 @@
-// The printer driver's side of the plug-in: loads it as a module and calls it in the driver's
-// order, through its binary interface alone.
+// The printer driver's side of the plug-in: loads it as a module and makes the driver's calls in
+// the driver's order, through the plug-in's binary interface alone.
 #pragma once
 
 #include <exception>
@@ -16,11 +16,18 @@
 #include "host/targets/spool.h"
 #include "platform/print_oem.h"
 
-// Throws HostError (internal) when the plug-in refuses a call, and what the spool threw.
+// A raw settings record, as a file holds it.
+struct DevModeRecord {
+  std::vector<BYTE> bytes;
+  std::string source;  // for messages: the file's path
+};
+
+// Used by one thread at a time; several drivers may work at once. Every function throws HostError
+// (internal) if the plug-in refuses a call, and passes on what the spool threw.
 class LabelDriver {
  public:
-  // Loads the plug-in, makes its object and hands it the helper interface. spool takes the jobs and
-  // must outlive the driver.
+  // Loads the plug-in, creates its object and gives it the helper interface. spool takes the job
+  // and must outlive the driver.
   LabelDriver(const std::string& pluginPath, Spool& spool);
   ~LabelDriver();
   LabelDriver(const LabelDriver&) = delete;
@@ -29,18 +36,22 @@ class LabelDriver {
   // The plug-in's own version number and its default private devmode.
   DWORD PluginVersion() const { return m_pluginVersion; }
   OEMDEV DefaultDevMode();
-  // Has a record checked by the plug-in. Throws HostError (settings) that names source when
-  // refused.
-  OEMDEV MergeDevMode(const std::vector<BYTE>& record, const std::string& source);
+  // Lets the plug-in check a record, convert an old one and repair what is out of range. Throws
+  // HostError (settings) that names its source if the plug-in refuses it.
+  OEMDEV MergeDevMode(const DevModeRecord& record);
+  // The record that the plug-in works with: the settings over the given record or the default.
+  // Throws HostError (settings) if the plug-in does not take a setting.
+  OEMDEV MakeDevMode(const Settings& settings, const std::optional<DevModeRecord>& record);
 
-  // Makes a device context. An empty name is the default printer. Throws HostError (settings) for a
-  // printer that there is not.
+  // Creates the device context. An empty name is the default printer. Throws HostError (settings)
+  // if no such printer exists.
   void Open(const std::string& printerName, const PageSettings& page, const OEMDEV& devmode);
 
-  // The page of the device context as it is after the plug-in has fitted it to the stock.
+  // The page of the device context after the plug-in has fitted it to the stock.
   DevicePage Page() const;
 
-  // One document. bandPx: rows of a portrait band, columns of a landscape one.
+  // One document after the other. surface: the size of the device's surface. bandPx: rows of a
+  // portrait band, columns of a landscape one. After an error abort the document.
   void StartDocument(const std::string& name, DWORD jobId);
   void PrintPage(const PageImage& surface, LONG bandPx);
   void EndDocument();
@@ -101,5 +112,5 @@ class LabelDriver {
   const PageImage* m_surface = nullptr;  // while its page is printed
   std::vector<BYTE> m_strip;             // a landscape band
   std::vector<Band> m_bands;
-  std::size_t m_nextBand = 0;
+  std::size_t m_nextBand = 0;  // index in m_bands
 };

@@ -1,4 +1,5 @@
-// The driver's helper interface, of which a plug-in for labels needs the spool write only.
+// The driver's helper interface. A plug-in for labels needs only the spool write, which is left to
+// the derived class.
 #pragma once
 
 #include "platform/print_oem.h"

@@ -21,21 +21,21 @@ PluginModule::PluginModule(const std::string& path)
 }
 
 PluginModule::~PluginModule() {
-  // A module that is still in use must stay.
+  // A module whose objects are still in use must stay loaded.
   if (DllCanUnloadNow() == S_OK) dlclose(m_handle);
 }
 
 std::string FindPlugin() {
   if (const char* path = std::getenv("VLX_RENDERER"); path != nullptr && *path != '\0') return path;
+  // The libraries are installed side by side; the programs are not.
+  Dl_info platform = {};
+  if (dladdr(dlsym(RTLD_DEFAULT, "OpenPrinterW"), &platform) == 0) platform.dli_fname = "";
+  const std::filesystem::path folder = std::filesystem::path(platform.dli_fname).parent_path();
+  const std::filesystem::path path = (folder / "libvlx_renderer.so").lexically_normal();
   std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  const std::filesystem::path folder = program.parent_path();
-  for (const char* libraries : {VLX_LIBRARY_FOLDER, "../lib"}) {
-    const std::filesystem::path path = folder / libraries / "libvlx_renderer.so";
-    if (std::filesystem::exists(path, error)) return path.lexically_normal().string();
-  }
-  throw HostError(kExitInternal, "The plug-in libvlx_renderer.so is not beside " +
-                                     program.string() + "; set VLX_RENDERER to its path");
+  if (std::filesystem::exists(path, error)) return path.string();
+  throw HostError(kExitInternal, "The plug-in " + path.string() + " does not exist",
+                  "install it there or set VLX_RENDERER to its path");
 }
 
 std::string SharedLibraryVersion() {

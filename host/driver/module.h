@@ -8,7 +8,8 @@
 using PFN_DllGetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID rclsid, REFIID riid, void** ppv);
 using PFN_DllCanUnloadNow = HRESULT(STDAPICALLTYPE*)();
 
-// Loads a plug-in and unloads it again. Throws HostError (internal) that names the file.
+// Loads a plug-in and unloads it again. The constructor throws HostError (internal) that names the
+// file.
 class PluginModule {
  public:
   explicit PluginModule(const std::string& path);
@@ -23,10 +24,10 @@ class PluginModule {
   void* m_handle;
 };
 
-// Where the plug-in lies: VLX_RENDERER when set, else beside the program, which stands in the
-// installed tree or in the build tree.
+// The path of the plug-in: the variable VLX_RENDERER if it is set, else the file beside the
+// platform library that this process uses. Throws HostError (internal) if it does not exist.
 std::string FindPlugin();
 
-// The version of the maker's shared library that the loaded plug-in uses, "unknown" when it tells
-// none.
+// The version of the maker's shared library that the loaded plug-in uses; "unknown" if the library
+// has none.
 std::string SharedLibraryVersion();

@@ -1,6 +1,5 @@
 #include "host/driver/printer.h"
 
-#include <cstdio>
 #include <iterator>
 
 #include "host/error.h"
@@ -18,20 +17,18 @@ std::u16string DefaultName() {
 
 }  // namespace
 
-void WarnOfSystemFile() {
-  const std::string complaint = PlatformSystemFileComplaint();
-  if (complaint.empty()) return;
-  std::fprintf(stderr, "%s; the whole file is ignored until that is mended\n", complaint.c_str());
+std::string SystemFileWarning() {
+  const std::string fault = PlatformSystemFileComplaint();
+  return fault.empty() ? fault : fault + "; the whole file is ignored until this is fixed";
 }
 
 Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
   if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;
   const std::u16string known = DefaultName();
-  throw HostError(
-      kExitSettings,
-      "There is no printer \"" + (name.empty() ? Narrowed(m_name) : name) + "\" in " +
-          PlatformHomeFolder() + "/system.toml" +
-          (known.empty() ? "; name one there" : "; the first is \"" + Narrowed(known) + "\""));
+  throw HostError(kExitSettings,
+                  "There is no printer \"" + (name.empty() ? Narrowed(m_name) : name) + "\" in " +
+                      PlatformHomeFolder() + "/system.toml",
+                  known.empty() ? "name one there" : "the first is \"" + Narrowed(known) + "\"");
 }
 
 Printer::~Printer() { ClosePrinter(m_handle); }

@@ -5,14 +5,14 @@
 
 #include "platform/types.h"
 
-// Says on standard error that the system's file of printers is malformed and counts as missing; for
-// the beginning of a command that looks into it.
-void WarnOfSystemFile();
+// What is wrong with system.toml, the file of printers: a malformed one counts as missing. Empty if
+// it is missing or right.
+std::string SystemFileWarning();
 
 class Printer {
  public:
-  // Opens the printer of that name, the default one for an empty name. Throws HostError (settings)
-  // for a printer that there is not.
+  // Opens the printer of that name; an empty name is the default printer. Throws HostError
+  // (settings) if no such printer exists.
   explicit Printer(const std::string& name);
   ~Printer();
   Printer(const Printer&) = delete;

@@ -50,20 +50,32 @@ bool IsWhite(const std::uint8_t* bytes, std::size_t size) {
   return size == 0 || (bytes[0] == 0xFF && std::memcmp(bytes, bytes + 1, size - 1) == 0);
 }
 
+PageTooLargeError::PageTooLargeError(const std::string& page, const PageImage& image,
+                                     const DevicePage& paper)
+    : HostError(
+          kExitSettings,
+          page + " is " + SizeText(image.widthPx, image.heightPx, paper.dpi) + " at " +
+              std::to_string(paper.dpi) + " dpi, the paper is " +
+              SizeText(paper.physicalWidthPx, paper.physicalHeightPx, paper.dpi),
+          "choose a larger paper, another resolution or orientation, or let pages shrink to fit"),
+      m_widthMm(image.widthPx * 25.4 / paper.dpi),
+      m_heightMm(image.heightPx * 25.4 / paper.dpi) {}
+
 void CheckPrintable(const DevicePage& device) {
   if (device.physicalWidthPx < 0 || device.physicalHeightPx < 0) {
-    // Micrometres times dots per inch are counted in 32 bits.
+    // The platform multiplies micrometres by dots per inch in 32 bits.
     const double mostMm = std::floor(2147483647.0 / device.dpi / 100) / 10;
-    throw HostError(kExitSettings, "The paper is too large for " + std::to_string(device.dpi) +
-                                       " dpi, where a side may have up to " + FormatMm(mostMm) +
-                                       " mm: choose a smaller --paper or --dpi");
+    throw HostError(kExitSettings,
+                    "The paper is too large for " + std::to_string(device.dpi) +
+                        " dpi, where a side may have up to " + FormatMm(mostMm) + " mm",
+                    "choose a smaller paper or resolution");
   }
   if (device.surfaceWidthPx > 0 && device.surfaceHeightPx > 0) return;
-  throw HostError(
-      kExitSettings,
-      "The margins leave nothing of the paper of " +
-          SizeText(device.physicalWidthPx, device.physicalHeightPx, device.dpi) +
-          " to print on: make paper.margin_* or the stock's margins smaller, or --paper larger");
+  throw HostError(kExitSettings,
+                  "The margins leave nothing of the paper of " +
+                      SizeText(device.physicalWidthPx, device.physicalHeightPx, device.dpi) +
+                      " to print on",
+                  "make paper.margin_* or the stock's margins smaller, or the paper larger");
 }
 
 void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::string& name) {
@@ -79,11 +91,7 @@ void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::stri
     return;
   }
   if (fit == Fit::Shrink) return Shrink(page, device, name);
-  throw HostError(kExitSettings,
-                  name + " is " + SizeText(page.widthPx, page.heightPx, device.dpi) + " at " +
-                      std::to_string(device.dpi) + " dpi, the paper is " +
-                      SizeText(device.physicalWidthPx, device.physicalHeightPx, device.dpi) +
-                      ": choose a larger --paper, another --dpi or --orientation, or --fit shrink");
+  throw PageTooLargeError(name, page, device);
 }
 
 void RasterPage(PageImage& page, const DevicePage& device, PageImage& surface) {

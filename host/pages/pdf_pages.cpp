@@ -1,4 +1,5 @@
-#include "host/pages/pdf_pages.h"
+// PDF files, drawn by the program pdftoppm (poppler-utils) and read from its output page by page: a
+// file of any length needs the memory of one page.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -10,47 +11,45 @@
 #include <cerrno>
 #include <cstring>
 
+#include "common/file.h"
 #include "host/error.h"
+#include "host/pages/page_formats.h"
+#include "host/pages/pnm_pages.h"
 
 extern char** environ;
 
 namespace {
 
-constexpr int kPipeBytes = 1 << 20;  // fewer turns between the two processes
+constexpr int kPipeBytes = 1 << 20;  // fewer context switches
 
 [[noreturn]] void FailErrno(const std::string& what) {
   throw HostError(kExitInput, what + ": " + std::strerror(errno));
 }
 
-// What to do about it, by what the program says.
-struct PdfRemedy {
-  const char* said;
+// What a message of the program means and what to do about it. The last row matches every message.
+struct Diagnosis {
+  const char* message;
+  const char* fact;
   const char* remedy;
 };
-constexpr PdfRemedy kPdfRemedies[] = {
-    {"ncorrect password", "it is encrypted; save it without a password, then print that file"},
-    {"", "it is damaged; export it again"},
+constexpr Diagnosis kDiagnoses[] = {
+    {"ncorrect password", "is encrypted", "save it without a password, then print that file"},
+    {"", "is damaged", "export it again"},
 };
-
-std::string FirstLine(std::FILE* file) {
-  char line[512] = {};
-  std::rewind(file);
-  if (std::fgets(line, sizeof line, file) == nullptr) return {};
-  line[std::strcspn(line, "\r\n")] = '\0';
-  return line;
-}
 
 class SpawnSetup {
  public:
   SpawnSetup() {
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_init(&attributes);
-    // The signal that vlx ignores has to end this process when nobody reads its pages any more.
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    // The helper must end when nobody reads its pages any more, whatever signals this process
+    // ignores or blocks.
+    sigset_t signals;
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes, &signals);
+    sigaddset(&signals, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
   }
   ~SpawnSetup() {
     posix_spawn_file_actions_destroy(&actions);
@@ -65,40 +64,86 @@ class SpawnSetup {
   posix_spawnattr_t attributes;
 };
 
-std::FILE* CopyToTemporaryFile(std::FILE* from, const std::string& source) {
-  std::FILE* copy = std::tmpfile();
-  if (copy == nullptr) FailErrno(source + ": there is no room for a temporary copy");
+FilePtr MakeTemporaryFile() {
+  FilePtr file(std::tmpfile());
+  if (file == nullptr) FailErrno("A temporary file cannot be made");
+  return file;
+}
+
+FilePtr CopyToTemporaryFile(PageInput& input) {
+  FilePtr copy = MakeTemporaryFile();
   std::vector<char> buffer(1 << 16);
-  for (std::size_t count; (count = std::fread(buffer.data(), 1, buffer.size(), from)) > 0;) {
-    if (std::fwrite(buffer.data(), 1, count, copy) != count) break;
+  bool written = true;
+  while (const std::size_t size = written ? input.Read(buffer.data(), buffer.size()) : 0) {
+    written = std::fwrite(buffer.data(), 1, size, copy.get()) == size;
   }
-  if (std::ferror(from) || std::fflush(copy) != 0) {
-    const int error = errno;
-    std::fclose(copy);
-    errno = error;
-    FailErrno(source + ": cannot be copied to a temporary file");
+  if (!written || std::fflush(copy.get()) != 0) {
+    FailErrno(input.Name() + ": cannot be copied to a temporary file");
   }
   return copy;
 }
 
-}  // namespace
-
-PdfPages::PdfPages(std::FILE* pdf, const std::string& source, int dpi)
-    : m_source(source), m_messages(std::tmpfile()) {
-  if (m_messages == nullptr) FailErrno("No temporary file can be made");
-  struct stat status = {};
-  if (fstat(fileno(pdf), &status) != 0 || !S_ISREG(status.st_mode)) {
-    m_copy.reset(CopyToTemporaryFile(pdf, source));
-    pdf = m_copy.get();
-  }
-  Start(fileno(pdf), dpi);
+std::string FirstLine(std::FILE* file) {
+  char line[512] = {};
+  std::rewind(file);
+  if (std::fgets(line, sizeof line, file) == nullptr) return {};
+  line[std::strcspn(line, "\r\n")] = '\0';
+  return line;
 }
+
+bool IsRegularFile(std::FILE* file) {
+  struct stat status = {};
+  return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+class PdfPages final : public PageSource {
+ public:
+  // The program reads a PDF file more than once, so what comes through a pipe is copied first.
+  PdfPages(PageInput input, int dpi)
+      : m_name(input.Name()),
+        m_copy(IsRegularFile(input.File()) ? nullptr : CopyToTemporaryFile(input)),
+        m_messages(MakeTemporaryFile()) {
+    Start(fileno(m_copy != nullptr ? m_copy.get() : input.File()), dpi);
+  }
+  // Ends the process if pages are left.
+  ~PdfPages() override {
+    if (m_process < 0) return;
+    kill(m_process, SIGKILL);
+    AwaitEnd();
+  }
+
+  bool Next(PageImage& page) override {
+    if (m_process < 0) return false;
+    try {
+      if (ReadPnm(*m_pages, page)) {
+        page.roundedUp = true;
+        return true;
+      }
+    } catch (const HostError&) {
+      if (m_pages->EndSeen()) CheckEnd();  // the program's own reason is the better one
+      throw;
+    }
+    CheckEnd();
+    return false;
+  }
+
+ private:
+  void Start(int pdfDescriptor, int dpi);
+  int AwaitEnd();
+  void CheckEnd();
+
+  const std::string m_name;
+  const FilePtr m_copy;
+  const FilePtr m_messages;  // of the program
+  std::optional<PageInput> m_pages;
+  pid_t m_process = -1;
+};
 
 void PdfPages::Start(int pdfDescriptor, int dpi) {
   int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) FailErrno("No pipe can be made");
-  fcntl(ends[1], F_SETPIPE_SZ, kPipeBytes);  // less is slower, nothing else
-  m_pages.reset(fdopen(ends[0], "rb"));
+  if (pipe2(ends, O_CLOEXEC) != 0) FailErrno("A pipe cannot be made");
+  fcntl(ends[1], F_SETPIPE_SZ, kPipeBytes);  // may fail; a smaller pipe is only slower
+  m_pages.emplace(FilePtr(fdopen(ends[0], "rb")), m_name);
   SpawnSetup setup;
   setup.Redirect(pdfDescriptor, STDIN_FILENO);
   setup.Redirect(ends[1], STDOUT_FILENO);
@@ -112,48 +157,39 @@ void PdfPages::Start(int pdfDescriptor, int dpi) {
   close(ends[1]);
   if (error == 0) return;
   m_process = -1;
-  throw HostError(
-      kExitInput,
-      m_source + ": is a PDF file, and the program pdftoppm that reads it " +
-          (error == ENOENT ? "is not there: install poppler-utils"
-                           : "cannot be started: " + std::string(std::strerror(error))));
-}
-
-PdfPages::~PdfPages() {
-  if (m_process < 0) return;
-  kill(m_process, SIGKILL);
-  while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
+  const std::string fact = m_name + ": is a PDF file, and the program pdftoppm that reads it ";
+  if (error == ENOENT) {
+    throw HostError(kExitInput, fact + "is not installed", "install poppler-utils");
   }
+  throw HostError(kExitInput, fact + "cannot be started: " + std::strerror(error));
 }
 
-// The process has closed its output: it is about to end.
-void PdfPages::CheckEnd() {
+// Returns the status as waitpid stores it, 0 if somebody else has collected it.
+int PdfPages::AwaitEnd() {
   int status = 0;
-  pid_t ended;
-  while ((ended = waitpid(m_process, &status, 0)) < 0 && errno == EINTR) {
+  while (waitpid(m_process, &status, 0) < 0 && errno == EINTR) {
   }
   m_process = -1;
-  if (ended > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
-  std::string said = FirstLine(m_messages.get());
-  if (WIFSIGNALED(status)) said = "ended by signal " + std::to_string(WTERMSIG(status));
-  for (const PdfRemedy& remedy : kPdfRemedies) {
-    if (said.find(remedy.said) == said.npos) continue;
-    throw HostError(kExitInput, m_source + ": pdftoppm cannot read this PDF file (" + said +
-                                    "): " + remedy.remedy);
+  return status;
+}
+
+// Called when the program has closed its output and is about to end.
+void PdfPages::CheckEnd() {
+  const int status = AwaitEnd();
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+  std::string message = FirstLine(m_messages.get());
+  if (WIFSIGNALED(status)) message = "ended by signal " + std::to_string(WTERMSIG(status));
+  for (const Diagnosis& diagnosis : kDiagnoses) {
+    if (message.find(diagnosis.message) == message.npos) continue;
+    throw HostError(
+        kExitInput,
+        m_name + ": pdftoppm cannot read this PDF file (" + message + "), it " + diagnosis.fact,
+        diagnosis.remedy);
   }
 }
 
-bool PdfPages::Next(PageImage& page) {
-  if (m_process < 0) return false;
-  try {
-    if (ReadPnm(m_pages.get(), m_source, page)) {
-      page.roundedUp = true;
-      return true;
-    }
-  } catch (const HostError&) {
-    if (std::feof(m_pages.get())) CheckEnd();  // its reason is the better one
-    throw;
-  }
-  CheckEnd();
-  return false;
+}  // namespace
+
+std::unique_ptr<PageSource> OpenPdf(PageInput input, int dpi) {
+  return std::make_unique<PdfPages>(std::move(input), dpi);
 }

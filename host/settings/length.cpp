@@ -17,8 +17,7 @@ struct UnitSize {
 constexpr UnitSize kLengthUnits[] = {{"um", 1}, {"mm", 1000}, {"cm", 10000}, {"in", 25400}};
 
 [[noreturn]] void Refuse(std::string_view text, std::string_view what, const std::string& remedy) {
-  throw HostError(kExitSettings,
-                  std::string(what) + " is \"" + std::string(text) + "\": " + remedy);
+  throw HostError(kExitSettings, std::string(what) + " is \"" + std::string(text) + "\"", remedy);
 }
 
 }  // namespace
@@ -34,7 +33,8 @@ std::int32_t ParseLengthUm(std::string_view text, std::string_view what) {
   for (const UnitSize& known : kLengthUnits) {
     if (known.name != unit) continue;
     const double um = std::round(value * known.um);
-    if (um > 2147483647.0 || um < -2147483648.0) Refuse(text, what, "the length is out of range");
+    if (um > 2147483647.0 || um < -2147483648.0)
+      Refuse(text, what, "the length is out of range, write a smaller one");
     return static_cast<std::int32_t>(um);
   }
   Refuse(text, what, "add the unit: mm, um, cm or in");
@@ -53,7 +53,7 @@ PaperSize ParsePaperSize(std::string_view text, std::string_view what) {
                           ParseLengthUm(text.substr(cross + 1), what)};
   for (const std::int32_t side : {size.widthUm, size.lengthUm}) {
     if (side < 100 || side > kLongestSideUm) {
-      Refuse(text, what, "each side must be from 0.1 mm to 3276.7 mm");
+      Refuse(text, what, "make each side 0.1 mm to 3276.7 mm");
     }
   }
   return size;

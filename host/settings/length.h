@@ -5,8 +5,9 @@
 #include <string>
 #include <string_view>
 
-// Micrometres of a text like "100mm", "-1.5mm", "1500um", "10cm" or "4in". Throws HostError
-// (settings) that names what for anything else, a number without a unit included.
+// The micrometres of a text like "100mm", "-1.5mm", "1500um", "10cm" or "4in". Throws HostError
+// (settings) for anything else, a number without a unit included. what: the text's name in
+// messages.
 std::int32_t ParseLengthUm(std::string_view text, std::string_view what);
 
 struct PaperSize {
@@ -14,11 +15,12 @@ struct PaperSize {
   std::int32_t lengthUm;
 };
 
-// A text like "100x150mm": the unit counts for both. Each side must be 0.1 mm to 3276.7 mm.
+// A text like "100x150mm", where the unit is for both sides. Throws as above if a side is not
+// within 0.1 mm to 3276.7 mm, the range of the public devmode.
 PaperSize ParsePaperSize(std::string_view text, std::string_view what);
 
-// The length with the unit, exact, as ParseLengthUm reads it: "2.5mm".
+// The exact length with its unit, as ParseLengthUm reads it: "2.5mm".
 std::string FormatLength(std::int32_t um);
 
-// Millimetres for messages, without needless zeros.
+// Millimetres for messages, with one decimal at most: "2.5", "100".
 std::string FormatMm(double mm);

@@ -4,13 +4,14 @@
 #include <sstream>
 
 #include "host/error.h"
+#include "host/settings/length.h"
 #include "host/unicode.h"
 #include "platform/com.h"
 #include "platform/text.h"
 
 namespace {
 
-// The number's low bytes, as many as the field has.
+// The number in little-endian order, cut to the field's size.
 std::vector<BYTE> BytesOf(std::int64_t number, std::size_t size) {
   std::vector<BYTE> bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<BYTE>(number >> (8 * i));
@@ -121,7 +122,7 @@ std::vector<BYTE> SettingValue::AsKey(const SettingKey& key, const OemDevField& 
       return BytesOf(Word(key), field.size);
     case SettingKey::Kind::Length: {
       const LONG lengthUm = ParseLengthUm(Text(), m_key);
-      if (!key.Bears(lengthUm)) {
+      if (!key.AllowsLength(lengthUm)) {
         Refuse("a length from " + FormatLength(key.least) + " to " + FormatLength(key.most) +
                " is expected");
       }

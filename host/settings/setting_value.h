@@ -1,4 +1,4 @@
-// One value of a settings file, read as what its key wants.
+// One value of a settings file, converted to what its key expects.
 #pragma once
 
 #include <toml++/toml.h>
@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "host/settings/settings.h"
+#include "host/settings/setting_keys.h"
 
-// Every reader throws HostError (settings) with the key, the value and what is expected.
+// Every conversion throws HostError (settings) that names the key, the value and what is expected.
 class SettingValue {
  public:
   SettingValue(std::string key, const toml::node& node);
 
-  // The bytes of a field of the private devmode, as its friendly key or its own kind says.
+  // The bytes for a field of the private devmode: by its friendly key, or by its own kind.
   std::vector<BYTE> AsKey(const SettingKey& key, const OemDevField& field) const;
   std::vector<BYTE> AsField(const OemDevField& field) const;
 
@@ -22,6 +22,7 @@ class SettingValue {
   LONG Number(const SettingKey& key) const;
   LONG Word(const SettingKey& key) const;
 
+  // The value as it was written, for messages.
   const std::string& Shown() const { return m_shown; }
 
  private:

@@ -3,14 +3,13 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 #include "common/nearest.h"
 #include "host/error.h"
 #include "host/file.h"
+#include "host/settings/setting_keys.h"
 #include "host/settings/setting_value.h"
-#include "host/settings/settings_text.h"
 
 namespace {
 
@@ -22,8 +21,8 @@ constexpr std::string_view kRawPrefix = "devmode.";
   for (const OemDevField& field : OemDevFields()) {
     known.push_back(std::string(kRawPrefix) + std::string(field.name));
   }
-  throw HostError(kExitSettings, "There is no setting \"" + key + "\"; did you mean \"" +
-                                     Nearest(key, known) + "\"?");
+  throw HostError(kExitSettings, "There is no setting \"" + key + "\"",
+                  "did you mean \"" + Nearest(key, known) + "\"?");
 }
 
 const OemDevField* FindRawField(std::string_view key) {
@@ -56,14 +55,7 @@ std::string DithererName(WORD ditherer) {
 
 }  // namespace
 
-const OemDevField& FieldOfKey(const SettingKey& key) {
-  for (const OemDevField& field : OemDevFields()) {
-    if (field.name == key.field) return field;
-  }
-  throw HostError(kExitInternal, "no field " + std::string(key.field));
-}
-
-// Puts one value where its key says.
+// Stores one value in the settings, as its key demands.
 class SettingWriter {
  public:
   SettingWriter(Settings& settings, const std::string& key, const toml::node& node)
@@ -100,9 +92,10 @@ class SettingWriter {
   void Put(const OemDevField& field, std::vector<BYTE> bytes) {
     Settings::FieldBytes& place = m_settings.m_fields[field.offset];
     if (!place.key.empty() && place.key != m_key) {
-      throw HostError(kExitSettings, "The settings \"" + place.key + "\" (" + place.shown +
-                                         ") and \"" + m_key + "\" (" + m_value.Shown() +
-                                         ") set the same thing; take one of them out");
+      throw HostError(kExitSettings,
+                      "The settings \"" + place.key + "\" (" + place.shown + ") and \"" + m_key +
+                          "\" (" + m_value.Shown() + ") set the same thing",
+                      "remove one of them");
     }
     place = {m_key, m_value.Shown(), std::move(bytes)};
   }
@@ -115,10 +108,8 @@ class SettingWriter {
 void Settings::ReadFile(const std::string& path) {
   const std::string text = ReadWholeFile(path, "settings file");
   if (text.find('\0') != std::string::npos) {
-    throw HostError(kExitSettings,
-                    path +
-                        " is no settings file: it holds binary data; a raw settings record is "
-                        "taken by --devmode and shown by vlx settings devmode");
+    throw HostError(kExitSettings, path + " is no settings file, it holds binary data",
+                    "give a raw settings record to --devmode or to vlx settings devmode");
   }
   try {
     Walk(toml::parse(text), "", [this](const std::string& key, const toml::node& node) {
@@ -128,27 +119,27 @@ void Settings::ReadFile(const std::string& path) {
     throw HostError(kExitSettings, path + ", line " + std::to_string(error.source().begin.line) +
                                        ": " + std::string(error.description()));
   } catch (const HostError& error) {
-    throw HostError(error.Code(), path + ": " + error.what());
+    throw HostError(error.Code(), path + ": " + error.Fact(), error.Remedy());
   }
 }
 
 void Settings::Set(const std::string& keyAndValue) {
   const std::size_t equals = keyAndValue.find('=');
   if (equals == std::string::npos || equals == 0) {
-    throw HostError(kExitUsage, "--set is \"" + keyAndValue + "\": write KEY=VALUE");
+    throw HostError(kExitUsage, "The setting is \"" + keyAndValue + "\"", "write KEY=VALUE");
   }
   Set(keyAndValue.substr(0, equals), keyAndValue.substr(equals + 1));
 }
 
-// A value that is no TOML is a text: people do not quote on a command line.
-void Settings::Set(const std::string& key, const std::string& tomlValue) {
+// A value that is not valid TOML is taken as a text: on a command line people do not quote.
+void Settings::Set(const std::string& key, const std::string& value) {
   toml::table table;
   try {
-    table = toml::parse("value = " + tomlValue);
+    table = toml::parse("value = " + value);
   } catch (const toml::parse_error&) {
     table.clear();
   }
-  if (table.size() != 1) table = toml::table{{"value", tomlValue}};
+  if (table.size() != 1) table = toml::table{{"value", value}};
   SettingWriter(*this, key, *table.get("value")).Write();
 }
 
@@ -162,7 +153,7 @@ void Settings::CheckKept(const OEMDEV& devmode) const {
   for (const auto& [offset, field] : m_fields) {
     const BYTE* kept = reinterpret_cast<const BYTE*>(&devmode) + offset;
     if (std::memcmp(kept, field.bytes.data(), field.bytes.size()) == 0) continue;
-    if (offset == offsetof(OEMDEV, dwInitialCutSent)) continue;  // a job starts with 0
+    if (offset == offsetof(OEMDEV, dwInitialCutSent)) continue;  // the plug-in resets it
     throw HostError(kExitSettings, "The plug-in does not take \"" + field.key +
                                        "\" = " + field.shown + ": the value is out of range");
   }
@@ -172,6 +163,6 @@ void Settings::CheckKept(const OEMDEV& devmode) const {
   throw HostError(kExitSettings,
                   "\"colour.threshold\" = " + threshold->second.shown +
                       " is for the ditherer \"threshold\", this one is " +
-                      DithererName(devmode.wDitherer) +
-                      ": add colour.ditherer = \"threshold\", or use colour.ditherer_parameter");
+                      DithererName(devmode.wDitherer),
+                  "add colour.ditherer = \"threshold\", or use colour.ditherer_parameter");
 }

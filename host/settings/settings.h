@@ -1,19 +1,16 @@
-// The settings of a print: from a TOML file, from KEY=VALUE texts and from options of the command
-// line. Friendly keys ("print.speed") stand beside the fields of the private devmode by their own
-// names ("devmode.dwSpeed").
+// The settings of a job: from a TOML file, from KEY=VALUE texts, or key by key from a front end. A
+// key is a friendly name ("print.speed", see setting_keys.h) or a field of the private devmode by
+// its own name ("devmode.dwSpeed").
 #pragma once
 
 #include <map>
-#include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "config/oemdev_fields.h"
+#include "config/oemdev.h"
 #include "host/settings/length.h"
 
-// What the public devmode and the driver take.
+// The settings that are not in the private devmode.
 struct PageSettings {
   PaperSize paper = {100000, 150000};
   bool landscape = false;
@@ -22,21 +19,26 @@ struct PageSettings {
   bool collate = false;
 };
 
+// A value; copies are independent.
 class Settings {
  public:
-  // All throw HostError (settings) that names the key, the value and the remedy; an unknown key
-  // is answered with the nearest known one. A field that two different keys set is a conflict;
-  // the same key may be set again, the last one counts.
-  void ReadFile(const std::string& path);  // HostError (input) when it cannot be read
+  // These throw HostError (settings) that names the key, the value and what is expected; for an
+  // unknown key it names the nearest known one. Two different keys for the same field are a
+  // conflict. The same key may be set again, the last value counts.
+
+  // Throws HostError (input) if the file cannot be read.
+  void ReadFile(const std::string& path);
+  // "KEY=VALUE". Throws HostError (usage) for another form.
   void Set(const std::string& keyAndValue);
-  void Set(const std::string& key, const std::string& tomlValue);
+  // value: as in a settings file; a text needs no quotes.
+  void Set(const std::string& key, const std::string& value);
 
   const PageSettings& Page() const { return m_page; }
 
-  // Lays the settings over a record.
+  // Writes the settings into a record; fields that were not set keep their values.
   void ApplyTo(OEMDEV& devmode) const;
-  // Throws HostError when the record does not hold what was set, because the plug-in found it out
-  // of range, or when colour.threshold was set and the record has another ditherer.
+  // Throws HostError (settings) if the record does not hold what was set, because the plug-in found
+  // it out of range, or if colour.threshold was set for another ditherer.
   void CheckKept(const OEMDEV& devmode) const;
 
  private:
@@ -50,20 +52,3 @@ class Settings {
   PageSettings m_page;
   std::map<std::size_t, FieldBytes> m_fields;  // by offset in the record
 };
-
-// One known friendly key.
-struct SettingKey {
-  enum class Kind { Text, Number, Flag, Length, Margin, Words, Color, Percent, Paper, Stock };
-  std::string_view name;
-  Kind kind;
-  std::string_view field;  // of the private devmode; empty for a page setting
-  std::string_view words;  // "word=value word=value" for Kind::Words
-  LONG least = 0;          // for numbers, and lengths in um unless both are 0
-  LONG most = 0;
-
-  bool Bears(std::int64_t um) const { return most == 0 || (um >= least && um <= most); }
-};
-std::span<const SettingKey> SettingKeys();
-
-// The field that a key with one sets.
-const OemDevField& FieldOfKey(const SettingKey& key);

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = SettingKey::Kind;
 
-// What a number counts, where neither its key nor its kind says it.
+// The unit of a number, where neither its key nor its kind tells.
 struct FieldUnit {
   std::string_view field;
   std::string_view unit;
@@ -74,7 +74,7 @@ std::string FixedFieldText(const OEMDEV& devmode, const OemDevField& field) {
   return Quoted(AnsiToUtf8(std::string(text, strnlen(text, field.size))));
 }
 
-// The value as its friendly key writes it, none when the key does not allow it.
+// The value as the friendly key writes it; nullopt if the key does not allow it.
 std::optional<std::string> FriendlyValue(const SettingKey& key, const OemDevField& field,
                                          const OEMDEV& devmode) {
   const std::int64_t number = NumberAt(devmode, field);
@@ -96,7 +96,7 @@ std::optional<std::string> FriendlyValue(const SettingKey& key, const OemDevFiel
       if (number > 0x7FFFFFFF) return std::nullopt;
       return LengthText(number);
     case Kind::Length:
-      if (!key.Bears(number)) return std::nullopt;
+      if (!key.AllowsLength(number)) return std::nullopt;
       return LengthText(number);
     case Kind::Color:
       if (number > 0xFFFFFF) return std::nullopt;
@@ -129,7 +129,7 @@ std::string FieldValue(const OemDevField& field, const OEMDEV& devmode) {
 std::string PageValue(std::string_view key, const PageSettings& page) {
   if (key == "paper.size") {
     std::string size = FormatLength(page.paper.widthUm);
-    size.resize(size.size() - 2);  // one unit counts for both
+    size.resize(size.size() - 2);  // one unit for both sides
     return Quoted(size + "x" + FormatLength(page.paper.lengthUm));
   }
   if (key == "paper.orientation") return page.landscape ? "\"landscape\"" : "\"portrait\"";
@@ -179,15 +179,6 @@ bool Differs(const OemDevField& field, const OEMDEV& devmode, const OEMDEV* base
 
 }  // namespace
 
-std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value) {
-  std::istringstream pairs{std::string(key.words)};
-  for (std::string pair; pairs >> pair;) {
-    const std::size_t equals = pair.find('=');
-    if (std::stoll(pair.substr(equals + 1)) == value) return Quoted(pair.substr(0, equals));
-  }
-  return std::nullopt;
-}
-
 std::string SettingsText(const SettingsView& view) {
   Document document;
   std::vector<std::size_t> shown;  // offsets of the fields
@@ -205,7 +196,7 @@ std::string SettingsText(const SettingsView& view) {
     }
     const OemDevField& field = FieldOfKey(key);
     const std::optional<std::string> value = FriendlyValue(key, field, view.devmode);
-    if (!value || wasShown(field)) continue;  // of two keys for one field the first is enough
+    if (!value || wasShown(field)) continue;  // two keys may share a field
     shown.push_back(field.offset);
     if (Differs(field, view.devmode, view.base)) {
       document.Add(key.name, *value, FieldComment(field));

@@ -1,25 +1,24 @@
-// Settings as the text of a settings file: what is shown can be read again.
+// Prints settings as a settings file, which can be read again.
 #pragma once
 
-#include <optional>
+#include <string>
 
+#include "host/settings/setting_keys.h"
 #include "host/settings/settings.h"
 
-// A TOML document with every setting by its friendly key, and what has none by its field in
-// [devmode]; a comment behind each names the field, its offset in the record and its unit. page:
-// the settings outside of the record, left out when null. base: only what differs from it is
-// listed, everything when null.
+// What is to be printed. page: the settings outside of the record; left out if null. base and
+// basePage: only what differs from them is printed; everything if null.
 struct SettingsView {
   const PageSettings* page;
   const OEMDEV& devmode;
   const PageSettings* basePage = nullptr;
   const OEMDEV* base = nullptr;
 };
+
+// A TOML document: every setting under its friendly key, and under [devmode] the fields that have
+// none. A comment behind each names the field, its offset in the record and its unit.
 std::string SettingsText(const SettingsView& view);
 
-// The word of a key with words that stands for the value, in quotes; none when no word does.
-std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value);
-
-// What may stand behind a friendly key: its words, separated by spaces, or "<what is expected>".
+// The possible values of a key or field: its words, separated by spaces, or "<what is expected>".
 std::string ExpectedValues(const SettingKey& key);
 std::string ExpectedValues(const OemDevField& field);

@@ -1,4 +1,8 @@
-// A printer on the network that takes jobs as they are on a TCP port.
+// "tcp://HOST[:PORT]": a printer on the network that takes jobs on a TCP port, 9100 by default.
+// Connecting takes 10 seconds at most, and no write waits longer than 30 seconds for the printer.
+// Finish waits until the printer has acknowledged everything, 30 seconds at most for the next
+// acknowledgement, and then until the printer closes its side, stays silent for a second or has
+// talked for 10. A printer that hangs up or stalls has got a part of the job only (partly sent).
 
 #include <fcntl.h>
 #include <linux/sockios.h>
@@ -15,7 +19,7 @@
 #include <utility>
 
 #include "host/error.h"
-#include "host/targets/spool.h"
+#include "host/targets/job_target.h"
 
 namespace {
 
@@ -23,12 +27,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kConnectMs = 10000;
 constexpr int kWriteMs = 30000;
-constexpr int kLookAgainMs = 20;
+constexpr int kPollMs = 20;
 constexpr std::chrono::seconds kSilence{1};
 constexpr std::chrono::seconds kLongestTalk{10};
 constexpr std::string_view kScheme = "tcp://";
 
-// Waits until the socket can be written to; sets errno when it cannot.
+// Waits until the socket can be written to. Returns false with errno set if it cannot.
 bool WaitWritable(int socket, int timeoutMs) {
   pollfd wait = {socket, POLLOUT, 0};
   const int ready = poll(&wait, 1, timeoutMs);
@@ -36,7 +40,7 @@ bool WaitWritable(int socket, int timeoutMs) {
   return ready > 0;
 }
 
-// The error that the connection has met, 0 for none.
+// Returns and clears the connection's pending error, 0 if there is none.
 int TakeError(int socket) {
   int error = 0;
   socklen_t size = sizeof error;
@@ -44,8 +48,8 @@ int TakeError(int socket) {
   return error;
 }
 
-// How many bytes, our end of the job among them, the printer has not acknowledged.
-int BytesUnderWay(int socket) {
+// The number of bytes that the printer has not acknowledged; closing our side counts as one.
+int UnacknowledgedBytes(int socket) {
   int bytes = 0;
   return ioctl(socket, SIOCOUTQ, &bytes) == 0 ? bytes : 0;
 }
@@ -57,15 +61,16 @@ bool Connect(int socket, const addrinfo& address) {
   return errno == 0;
 }
 
-class TcpTarget final : public SpoolTarget {
+class TcpTarget final : public JobTarget {
  public:
   TcpTarget(const std::string& host, const std::string& port) : m_name(host + ":" + port) {
     addrinfo hints = {};
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* list = nullptr;
     if (const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); error != 0) {
-      throw HostError(kExitTarget, "The printer " + m_name + " cannot be found: " +
-                                       gai_strerror(error) + "; check its name and the network");
+      throw HostError(kExitTarget,
+                      "The printer " + m_name + " cannot be found: " + gai_strerror(error),
+                      "check its name and the network");
     }
     for (const addrinfo* address = list; address != nullptr && m_socket < 0;
          address = address->ai_next) {
@@ -79,8 +84,9 @@ class TcpTarget final : public SpoolTarget {
     }
     freeaddrinfo(list);
     if (m_socket < 0) {
-      throw HostError(kExitTarget, "The printer " + m_name + " does not answer: " +
-                                       std::strerror(errno) + "; check its address and power");
+      throw HostError(kExitTarget,
+                      "The printer " + m_name + " does not answer: " + std::strerror(errno),
+                      "check its address and whether it is switched on");
     }
   }
   ~TcpTarget() override { close(m_socket); }
@@ -91,37 +97,38 @@ class TcpTarget final : public SpoolTarget {
       if (sent >= 0) {
         bytes.remove_prefix(static_cast<std::size_t>(sent));
       } else if ((errno != EAGAIN && errno != EINTR) || !WaitWritable(m_socket, kWriteMs)) {
-        FailPartly("took a part of the job only", errno);
+        FailPartly("took only a part of the job", errno);
       }
     }
   }
-  // Ends our side and waits until the printer has all of the job and has ended its own side. Many
-  // keep theirs open: one that has acknowledged all and then falls silent has taken the job.
+  // Closes our side and waits until the printer has everything and has closed its own side. Many
+  // printers keep theirs open: one that has acknowledged everything and then stays silent has taken
+  // the job.
   void Finish() override {
     shutdown(m_socket, SHUT_WR);
-    Clock::time_point progress = Clock::now();  // the last acknowledgement
-    Clock::time_point news = progress;          // or answer
-    int left = BytesUnderWay(m_socket);
+    Clock::time_point progress = Clock::now();  // time of the last acknowledgement
+    Clock::time_point news = progress;          // time of the last acknowledgement or answer
+    int left = UnacknowledgedBytes(m_socket);
     for (bool open = true; open || left > 0;) {
       const ssize_t heard = Listen(open);
       if (heard == 0) open = false;
       const Clock::time_point now = Clock::now();
       if (heard > 0) news = now;
-      const int before = std::exchange(left, BytesUnderWay(m_socket));
+      const int before = std::exchange(left, UnacknowledgedBytes(m_socket));
       if (left < before) progress = news = now;
       if (left > 0 && now - progress > std::chrono::milliseconds(kWriteMs)) {
-        FailPartly("took a part of the job only", ETIMEDOUT);
+        FailPartly("took only a part of the job", ETIMEDOUT);
       }
       if (left == 0 && (now - news > kSilence || now - progress > kLongestTalk)) return;
     }
   }
 
  private:
-  // Waits a moment for the printer, for what it says when its side is open. Returns the number of
-  // bytes heard, 0 at the end of its side, negative when it said nothing.
+  // Waits kPollMs, or less if the printer sends something. Returns the number of bytes received, 0
+  // if the printer has closed its side, a negative number if nothing came.
   ssize_t Listen(bool open) {
     pollfd wait = {open ? m_socket : -1, POLLIN, 0};
-    poll(&wait, 1, kLookAgainMs);
+    poll(&wait, 1, kPollMs);
     char ignored[256];
     const ssize_t heard = recv(m_socket, ignored, sizeof ignored, 0);
     const int error = heard < 0 && errno != EAGAIN && errno != EINTR ? errno : TakeError(m_socket);
@@ -139,10 +146,7 @@ class TcpTarget final : public SpoolTarget {
 
 }  // namespace
 
-std::unique_ptr<SpoolTarget> OpenTcpTarget(const std::string& address) {
-  if (!address.starts_with(kScheme)) {
-    throw HostError(kExitUsage, "--to is \"" + address + "\": write tcp://HOST or tcp://HOST:PORT");
-  }
+std::unique_ptr<JobTarget> OpenTcpTarget(const std::string& address) {
   std::string host = address.substr(kScheme.size());
   std::string port = "9100";
   const std::size_t colon = host.rfind(':');
@@ -155,7 +159,8 @@ std::unique_ptr<SpoolTarget> OpenTcpTarget(const std::string& address) {
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
   if (host.empty() || error != std::errc() || end != port.data() + port.size() || number == 0 ||
       number > 65535) {
-    throw HostError(kExitUsage, "--to is \"" + address + "\": write tcp://HOST or tcp://HOST:PORT");
+    throw HostError(kExitUsage, "\"" + address + "\" is no address of a printer",
+                    "write tcp://HOST or tcp://HOST:PORT");
   }
   return std::make_unique<TcpTarget>(host, port);
 }

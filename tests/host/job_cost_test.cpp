@@ -1,4 +1,4 @@
-#include "host/job_cost.h"
+#include "host/targets/job_cost.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/error.h"
+#include "host/pages/page_files.h"
 #include "host/pages/page_raster.h"
 #include "tests/support/png_image.h"
 #include "tests/support/temp_home.h"
@@ -16,8 +17,8 @@ std::string ReadPages(const std::string& content) {
   home.WriteFile("page", content);
   std::string pages;
   try {
-    PageReader reader({home.Path("page")}, 300);
-    for (PageImage page; reader.Next(page);) {
+    PageFiles files({home.Path("page")}, 300);
+    for (PageImage page; files.Next(page);) {
       pages += (pages.empty() ? "" : ", ") + std::to_string(page.widthPx) + "x" +
                std::to_string(page.heightPx);
       for (std::uint32_t x = 0; x < page.widthPx * page.heightPx; ++x) {
@@ -35,7 +36,7 @@ std::string ReadPages(const std::string& content) {
   return pages;
 }
 
-TEST(PageReader, ReadsEveryPnmForm) {
+TEST(PageFiles, ReadsEveryPnmForm) {
   const std::pair<std::string, std::string> rows[] = {
       {"P1 3 1 1 0 1", "3x1 000000 ffffff 000000"},
       {"P1\n# a\n3 1\n10#b\n1", "3x1 000000 ffffff 000000"},
@@ -49,11 +50,12 @@ TEST(PageReader, ReadsEveryPnmForm) {
   for (const auto& [file, pages] : rows) EXPECT_EQ(ReadPages(file), pages);
 }
 
-TEST(PageReader, RefusesWhatIsNoWholePage) {
+TEST(PageFiles, RefusesWhatIsNoWholePage) {
   const std::pair<std::string, const char*> rows[] = {
-      {"", "holds no page"},
-      {"GIF89a", "is neither PNG nor"},
-      {"P7 1 1 255\n", "is neither PNG nor"},
+      {"", "is empty"},
+      {" \n", "is not in a format"},
+      {"GIF89a", "convert it to one of PNG, PBM, PGM, PPM, PDF"},
+      {"P7 1 1 255\n", "convert it to one of PNG, PBM, PGM, PPM, PDF"},
       {"P5 2 2 255\nabc", "breaks off"},
       {"P5 x 2 255\n", "malformed number"},
       {"P5 0 2 255\n", "is empty (0 x 2"},
@@ -68,11 +70,13 @@ TEST(PageReader, RefusesWhatIsNoWholePage) {
     const std::string pages = ReadPages(content);
     EXPECT_TRUE(pages.starts_with("error: ") && pages.find(message) != pages.npos) << pages;
   }
+  EXPECT_EQ(ReadPages("P5 1 1 255\naGIF"),
+            "1x1 616161error: goes on with something that is no PNM page; export it again");
   EXPECT_EQ(ReadPages("P5 1 1 255\naP5 1"),
             "1x1 616161error: breaks off in the middle of a page; export it again");
 }
 
-TEST(PageReader, ReadsPngOnWhite) {
+TEST(PageFiles, ReadsPngOnWhite) {
   const std::string rgba = "\xFF\0\0\xFF\0\0\0\0\0\0\0\x80"s;
   EXPECT_EQ(ReadPages(EncodePng(PNG_FORMAT_RGBA, rgba, 3)), "3x1 ff0000 ffffff 7f7f7f");
   const std::string file = EncodePng(PNG_FORMAT_GRAY, "\7", 1);

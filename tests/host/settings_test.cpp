@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/error.h"
+#include "host/settings/setting_keys.h"
 #include "tests/support/record.h"
 #include "tests/support/temp_home.h"
 
@@ -73,7 +74,7 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
       {"print.model=\u4E00", "code page"},
       {"devmode.dwSpeed=-1", "0 to 4294967295"},
       {"devmode.wCustomType3=65536", "0 to 65535"},
-      {"speed", "2 --set is \"speed\": write KEY=VALUE"},
+      {"speed", "2 The setting is \"speed\"; write KEY=VALUE"},
   };
   for (const auto& [set, message] : rows) {
     const std::string error = Error([text = set](Settings& settings) { settings.Set(text); });

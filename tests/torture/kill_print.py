@@ -121,7 +121,7 @@ def failing_targets(folder, stalled):
     printer_that_leaves_its_side_open(many, job)
     closed_end, open_end = os.pipe()
     os.close(closed_end)
-    partly = "a part of the job only"
+    partly = "only a part of the job"
     tried = [("a full disk", page, "/dev/full", 5, "No space"),
              ("a full disk behind a pipe", page, open("/dev/full", "wb"), 5, "No space"),
              ("a closed pipe", many, open_end, 5, "standard output"),

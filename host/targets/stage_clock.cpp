@@ -1,4 +1,4 @@
-#include "host/stage_clock.h"
+#include "host/targets/stage_clock.h"
 
 #include <algorithm>
 #include <cstdio>

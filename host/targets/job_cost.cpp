@@ -1,4 +1,4 @@
-#include "host/job_cost.h"
+#include "host/targets/job_cost.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,7 +13,7 @@ constexpr std::string_view kImageEnd =
     "\x1B"
     "end-of-data";
 
-// The number that a text begins with, 0 for none.
+// The number at the beginning of the text, 0 if there is none.
 template <typename Number>
 Number NumberOf(std::string_view text) {
   Number number = 0;

@@ -1,4 +1,4 @@
-// What a job costs, read from its writes as they go by: labels, cuts, media, bytes, images.
+// Counts what a job costs as its bytes are written: labels, cuts, media, bytes, images.
 #pragma once
 
 #include <cstdint>
@@ -9,14 +9,15 @@
 
 class JobCost {
  public:
-  // Takes the next write of the job. The driver writes every command whole; of a downloaded image
-  // only its digest is taken, nothing is searched in it.
+  // Takes the next write of the job. The plug-in never splits a command line over two writes. The
+  // bytes of a downloaded image are only digested, never read as commands.
   void Count(std::string_view write);
 
   std::uint64_t Bytes() const { return m_bytes; }
   std::uint64_t Labels() const { return m_labels; }  // copies included
   std::uint64_t Cuts() const { return m_cuts; }
-  // How much smaller the images sent are than one image with every placement would be: 0 to 100.
+  // How many percent of the image bytes were saved compared with sending an image for every
+  // placement: 0 to 100.
   int SavedPercent() const;
 
   // "200 labels, 1 cut, 30600 mm of media, 51234 bytes, 3 images, 96 % of the image bytes saved"
@@ -25,7 +26,7 @@ class JobCost {
  private:
   struct Image {
     std::uint64_t bytes = 0;
-    bool fresh = false;  // downloaded and not placed yet
+    bool fresh = false;  // downloaded but not placed yet
   };
   void CountLine(std::string_view line);
   void EndImage();
@@ -34,19 +35,19 @@ class JobCost {
 
   std::uint64_t m_bytes = 0;
   std::uint64_t m_labels = 0;
-  double m_mediaMm = 0;  // labels and the gaps behind them
-  double m_pitchMm = 0;
+  double m_mediaMm = 0;  // labels and the gaps between them
+  double m_pitchMm = 0;  // from label to label
 
   std::uint64_t m_cuts = 0;
-  std::uint64_t m_cutEvery = 0;  // labels, 0: no cut
+  std::uint64_t m_cutEvery = 0;  // labels; 0: no cut
   std::uint64_t m_uncut = 0;     // labels since the last cut
-  bool m_cutAtEnd = false;       // after the last copy of the label under work
+  bool m_cutAtEnd = false;       // after the last copy of the next label
 
   bool m_inImage = false;
   std::string m_imageName;
   std::size_t m_imageDigest = 0;
   std::uint64_t m_imageBytes = 0;
-  std::map<std::string, Image, std::less<>> m_images;  // that the printer holds
+  std::map<std::string, Image, std::less<>> m_images;  // held by the printer, by name
   std::set<std::size_t> m_digests;
   std::uint64_t m_sentImageBytes = 0;
   std::uint64_t m_savedImageBytes = 0;

@@ -1,4 +1,4 @@
-// Where the time of a job goes.
+// Measures where the time of a job goes.
 #pragma once
 
 #include <array>
@@ -8,10 +8,10 @@
 enum class Stage { Prepare, Read, Bands, Pages, Write };
 inline constexpr std::size_t kStageCount = 5;
 
-// Time runs for one stage at a time.
+// At any moment the time counts for one stage. Used by one thread at a time.
 class StageClock {
  public:
-  // Lets the time run for the stage until the scope ends, then for the one before again.
+  // Counts the time until the scope's end for the stage, then for the previous one again.
   class Scope {
    public:
     Scope(StageClock& clock, Stage stage) : m_clock(clock), m_before(clock.Enter(stage)) {}
@@ -24,12 +24,12 @@ class StageClock {
     const Stage m_before;
   };
 
-  // A table: time, share and time a page for every stage, and the pages a second.
+  // A table for people: time, share and time per page for every stage, and pages per second.
   std::string Table(std::size_t pages);
 
  private:
   using Clock = std::chrono::steady_clock;
-  // Returns the stage whose time ran so far.
+  // Returns the previous stage.
   Stage Enter(Stage stage);
 
   std::array<Clock::duration, kStageCount> m_spent = {};

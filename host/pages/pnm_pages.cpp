@@ -1,17 +1,20 @@
-// The portable anymap formats P1 to P6, as netpbm documents them.
+// The portable anymap formats P1 to P6, as netpbm documents them: any number of pages in a stream.
+
+#include "host/pages/pnm_pages.h"
 
 #include <array>
 #include <cctype>
 
 #include "host/error.h"
-#include "host/pages/page_reader.h"
+#include "host/pages/page_formats.h"
 #include "host/pages/pixel_rows.h"
 
 namespace {
 
+// Reads one page.
 class PnmReader {
  public:
-  PnmReader(std::FILE* file, const std::string& source) : m_file(file), m_source(source) {}
+  explicit PnmReader(PageInput& input) : m_input(input) {}
 
   // False at the end of the stream.
   bool Read(PageImage& page) {
@@ -20,31 +23,26 @@ class PnmReader {
     const std::uint32_t height = ReadNumber();
     m_maximum = m_bits ? 1 : ReadNumber();
     if (m_maximum == 0 || m_maximum > 65535) {
-      Fail("has the maximum value " + std::to_string(m_maximum) + "; 1 to 65535 are allowed");
+      Fail("has the maximum value " + std::to_string(m_maximum) + ", 1 to 65535 are allowed");
     }
-    if (!std::isspace(m_last)) Fail("has a malformed header; export it again");
-    ShapePage(page, width, height, m_source);
+    if (!std::isspace(m_last)) Fail("has a malformed header");
+    ShapePage(page, width, height, m_input.Name());
     if (!m_plain && m_maximum < 255) MakeScale();
     for (std::uint32_t y = 0; y < height; ++y) ReadRow(page.Row(y), width);
     return true;
   }
 
  private:
-  [[noreturn]] void Fail(const std::string& reason) const {
-    throw HostError(kExitInput, m_source + ": " + reason);
+  [[noreturn]] void Fail(const std::string& fault) const {
+    throw HostError(kExitInput, m_input.Name() + ": " + fault, "export it again");
   }
 
   bool ReadKind() {
-    int c = getc_unlocked(m_file);
-    while (std::isspace(c)) c = getc_unlocked(m_file);
-    if (c == EOF) {
-      if (std::ferror(m_file)) Fail("cannot be read");
-      return false;
-    }
-    const int kind = getc_unlocked(m_file);
-    if (c != 'P' || kind < '1' || kind > '6') {
-      Fail("is neither PNG nor PBM, PGM, PPM or PDF; convert it to one of them");
-    }
+    int c = m_input.Get();
+    while (std::isspace(c)) c = m_input.Get();
+    if (c == EOF) return false;
+    const int kind = m_input.Get();
+    if (c != 'P' || kind < '1' || kind > '6') Fail("goes on with something that is no PNM page");
     m_plain = kind <= '3';
     m_bits = kind == '1' || kind == '4';
     m_color = kind == '3' || kind == '6';
@@ -52,8 +50,8 @@ class PnmReader {
   }
 
   int Get() {
-    const int c = getc_unlocked(m_file);
-    if (c == EOF) Fail("breaks off in the middle of a page; export it again");
+    const int c = m_input.Get();
+    if (c == EOF) Fail("breaks off in the middle of a page");
     return c;
   }
 
@@ -66,12 +64,12 @@ class PnmReader {
     return c;
   }
 
-  // A decimal number after white space and comments; takes one byte behind it.
+  // A decimal number after white space and comments; also consumes the byte that follows it.
   std::uint32_t ReadNumber() {
     std::uint64_t number = 0;
     int c = SkipSpace(Get());
-    if (!std::isdigit(c)) Fail("has a malformed number; export it again");
-    for (; std::isdigit(c); c = getc_unlocked(m_file)) {
+    if (!std::isdigit(c)) Fail("has a malformed number");
+    for (; std::isdigit(c); c = m_input.Get()) {
       number = number * 10 + static_cast<unsigned>(c - '0');
       if (number > 0xFFFFFFFF) Fail("has a number that is out of range");
     }
@@ -132,19 +130,18 @@ class PnmReader {
 
   void ReadBytes(std::size_t count) {
     m_bytes.resize(count);
-    if (fread_unlocked(m_bytes.data(), 1, count, m_file) != count) {
-      Fail("breaks off in the middle of a page; export it again");
+    if (m_input.Read(m_bytes.data(), count) != count) {
+      Fail("breaks off in the middle of a page");
     }
   }
 
   bool ReadPlainBit() {
     const int c = SkipSpace(Get());
-    if (c != '0' && c != '1') Fail("has a malformed bit; export it again");
+    if (c != '0' && c != '1') Fail("has a malformed bit");
     return c == '1';
   }
 
-  std::FILE* m_file;
-  const std::string& m_source;
+  PageInput& m_input;
   bool m_plain = false;
   bool m_bits = false;
   bool m_color = false;
@@ -154,8 +151,19 @@ class PnmReader {
   std::array<std::uint8_t, 256> m_scale = {};
 };
 
+class PnmPages final : public PageSource {
+ public:
+  explicit PnmPages(PageInput input) : m_input(std::move(input)) {}
+  bool Next(PageImage& page) override { return ReadPnm(m_input, page); }
+
+ private:
+  PageInput m_input;
+};
+
 }  // namespace
 
-bool ReadPnm(std::FILE* file, const std::string& source, PageImage& page) {
-  return PnmReader(file, source).Read(page);
+bool ReadPnm(PageInput& input, PageImage& page) { return PnmReader(input).Read(page); }
+
+std::unique_ptr<PageSource> OpenPnm(PageInput input, int) {
+  return std::make_unique<PnmPages>(std::move(input));
 }

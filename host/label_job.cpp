@@ -1,0 +1,85 @@
+#include "host/label_job.h"
+
+#include "host/driver/module.h"
+#include "host/driver/printer.h"
+
+LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer)
+    : m_spool(spool),
+      m_observer(observer),
+      m_name(request.name),
+      m_id(request.id),
+      m_fit(request.fit),
+      m_bandRows(request.bandRows),
+      m_driver(FindPlugin(), spool),
+      m_devmode(m_driver.MakeDevMode(request.settings, request.record)) {
+  if (const std::string warning = SystemFileWarning(); !warning.empty()) observer.Warning(warning);
+  m_driver.Open(request.printer, request.settings.Page(), m_devmode);
+  m_device = m_driver.Page();
+  CheckPrintable(m_device);
+}
+
+LabelJob::~LabelJob() { Abort(); }
+
+void LabelJob::Print(PageImage& page) {
+  const std::string name = "Page " + std::to_string(m_pages + 1);
+  {
+    const StageClock::Scope time(m_spool.Clock(), Stage::Read);
+    FitPage(page, m_device, m_fit, name);
+    if (LosesContent(page, m_device)) {
+      m_observer.Warning(name + " has content in the margins that the printer does not reach");
+    }
+    RasterPage(page, m_device, m_surface);
+  }
+  if (!m_open) {
+    m_driver.StartDocument(m_name, m_id);
+    m_open = true;
+  }
+  m_driver.PrintPage(m_surface, m_bandRows);
+  ++m_pages;
+}
+
+void LabelJob::End() {
+  if (!m_open) return;
+  m_driver.EndDocument();
+  m_open = false;
+}
+
+void LabelJob::Abort() noexcept {
+  if (m_open) m_driver.AbortDocument();
+  m_open = false;
+}
+
+namespace {
+
+// Reads the next page. False after the last page, and if the job was cancelled before the page or
+// while it was read.
+bool ReadPage(PageSource& source, LabelJob& job, PageImage& page, bool& cancelled) {
+  const StageClock::Scope time(job.Target().Clock(), Stage::Read);
+  cancelled = job.Observer().Cancelled();
+  if (cancelled) return false;
+  try {
+    return source.Next(page);
+  } catch (const HostError&) {
+    cancelled = job.Observer().Cancelled();
+    if (cancelled) return false;
+    throw;
+  }
+}
+
+}  // namespace
+
+PrintEnd PrintPages(PageSource& source, LabelJob& job) {
+  PageImage page;
+  bool cancelled = false;
+  try {
+    while (ReadPage(source, job, page, cancelled)) {
+      job.Print(page);
+      job.Observer().Progress(job.PagesPrinted(), source.Count());
+    }
+    job.End();
+  } catch (...) {
+    job.Abort();
+    throw;
+  }
+  return cancelled ? PrintEnd::Cancelled : PrintEnd::AllPages;
+}

@@ -1,0 +1,26 @@
+// The pages of several files, one file after the other.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/pages/page_source.h"
+
+class PageFiles final : public PageSource {
+ public:
+  // files: paths; "-" is standard input. Each is opened when its first page is due. dpi: see
+  // PageOpener.
+  PageFiles(std::vector<std::string> files, int dpi);
+
+  // A file without any page is an error.
+  bool Next(PageImage& page) override;
+  std::optional<std::size_t> Count() const override;
+
+ private:
+  const std::vector<std::string> m_files;
+  const int m_dpi;
+  std::size_t m_opened = 0;            // files
+  std::unique_ptr<PageSource> m_file;  // the one at hand
+  bool m_anyPage = false;              // of the file at hand
+};

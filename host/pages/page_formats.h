@@ -1,0 +1,43 @@
+// The formats that pages can be read from. A new one is a row of the table, a function that opens
+// it in a file of its own, and its tests.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/pages/page_input.h"
+#include "host/pages/page_source.h"
+
+// Makes the source that reads an input of one format. dpi: the resolution at which pages without
+// pixels of their own are drawn. Throws HostError (input).
+using PageOpener = std::unique_ptr<PageSource>(PageInput input, int dpi);
+PageOpener OpenPdf;
+PageOpener OpenPng;
+PageOpener OpenPnm;
+
+struct PageFormat {
+  const char* names;  // for people
+  bool (*matches)(
+      std::string_view head);  // the input's first kPageHeadBytes, or all of a shorter one
+  PageOpener* open;
+};
+
+inline constexpr std::size_t kPageHeadBytes = 64;
+inline constexpr PageFormat kPageFormats[] = {
+    {"PNG", [](std::string_view head) { return head.starts_with("\x89PNG"); }, OpenPng},
+    {"PBM, PGM, PPM",
+     [](std::string_view head) {
+       head.remove_prefix(std::min(head.find_first_not_of(" \t\r\n\v\f"), head.size()));
+       return head.size() > 1 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6';
+     },
+     OpenPnm},
+    {"PDF", [](std::string_view head) { return head.starts_with('%'); }, OpenPdf},
+};
+
+// Opens an input by its first bytes, whatever its name is. Throws HostError (input) if no format
+// matches.
+std::unique_ptr<PageSource> OpenPages(PageInput input, int dpi);
+
+// All names of the table: "PNG, PBM, PGM, PPM, PDF".
+std::string PageFormatNames();

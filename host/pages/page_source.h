@@ -1,0 +1,21 @@
+// Where the pages of a job come from. A front end implements it for what its print system hands
+// over, or opens files with page_files.h and page_formats.h.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "host/pages/page_image.h"
+
+// Used by one thread at a time.
+class PageSource {
+ public:
+  virtual ~PageSource() = default;
+
+  // Reads the next page; false after the last one. Throws HostError (input) that names the source
+  // and the reason; the page is then undefined and the source must not be used again.
+  virtual bool Next(PageImage& page) = 0;
+
+  // The number of pages; nullopt if only reading them would tell.
+  virtual std::optional<std::size_t> Count() const { return std::nullopt; }
+};

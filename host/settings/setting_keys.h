@@ -1,0 +1,31 @@
+// The friendly keys of the settings: what each sets and which values it takes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "config/oemdev_fields.h"
+
+struct SettingKey {
+  enum class Kind { Text, Number, Flag, Length, Margin, Words, Color, Percent, Paper, Stock };
+  std::string_view name;
+  Kind kind;
+  std::string_view field = "";  // of the private devmode; empty for a page setting
+  std::string_view words = "";  // "word=value word=value" for Kind::Words
+  LONG least = 0;  // of a number, or of a length in um; a length has no bounds if both are 0
+  LONG most = 0;
+
+  bool AllowsLength(std::int64_t um) const { return most == 0 || (um >= least && um <= most); }
+};
+
+// All keys, in the order in which they are shown.
+std::span<const SettingKey> SettingKeys();
+
+// The record's field that the key sets; the key must have one.
+const OemDevField& FieldOfKey(const SettingKey& key);
+
+// The quoted word of a Kind::Words key that stands for the value; nullopt if no word does.
+std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value);

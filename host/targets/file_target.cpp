@@ -1,0 +1,125 @@
+#include "host/targets/file_target.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+
+#include "common/file.h"
+#include "host/error.h"
+
+namespace {
+
+struct ErrnoRemedy {
+  int error;
+  const char* remedy;
+};
+constexpr ErrnoRemedy kRemedies[] = {
+    {ENOENT, "make its folder first"},
+    {EACCES, "choose a folder that you may write to"},
+    {EROFS, "choose a folder that you may write to"},
+    {ENOSPC, "free some space or choose another folder"},
+    {EISDIR, "name a file in it"},
+};
+
+// Reads errno.
+[[noreturn]] void Fail(const std::string& target) {
+  const int error = errno;
+  const auto* row =
+      std::find_if(std::begin(kRemedies), std::end(kRemedies),
+                   [error](const ErrnoRemedy& remedy) { return remedy.error == error; });
+  throw HostError(kExitTarget, target + ": cannot be written: " + std::strerror(error),
+                  row == std::end(kRemedies) ? "" : row->remedy);
+}
+
+class FileTarget final : public JobTarget {
+ public:
+  FileTarget(const std::string& path, TemporaryFiles* temporaries)
+      : m_path(LinkedFile(path)), m_temporaries(temporaries), m_file(OpenTemporary()) {
+    if (m_temporaries != nullptr) m_temporaries->Made(m_temporary);
+  }
+  ~FileTarget() override {
+    if (m_file == nullptr) return;
+    m_file.reset();
+    std::remove(m_temporary.c_str());
+    TellGone();
+  }
+  void Write(std::string_view bytes) override {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size()) Fail(m_path);
+  }
+  void Finish() override {
+    if (std::fflush(m_file.get()) != 0 || fsync(fileno(m_file.get())) != 0) Fail(m_path);
+    if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) Fail(m_path);
+    m_file.reset();
+    TellGone();
+  }
+
+ private:
+  // The file that a link points to.
+  static std::string LinkedFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    return error ? path : file.string();
+  }
+
+  // A killed run may have left a file under the same name: in a container every run may get the
+  // same process id, and a server has several targets.
+  FilePtr OpenTemporary() {
+    const std::string own = m_path + "." + std::to_string(getpid());
+    m_temporary = own + ".part";
+    for (int i = 2;; ++i) {
+      FilePtr file(std::fopen(m_temporary.c_str(), "wbxe"));
+      if (file != nullptr) return file;
+      if (errno != EEXIST) Fail(m_path);
+      m_temporary = own + "-" + std::to_string(i) + ".part";
+    }
+  }
+
+  void TellGone() {
+    if (m_temporaries != nullptr) m_temporaries->Gone(m_temporary);
+  }
+
+  const std::string m_path;
+  TemporaryFiles* const m_temporaries;
+  std::string m_temporary;
+  FilePtr m_file;
+};
+
+// Standard output, a device or a named pipe: takes bytes as they come and must not be replaced by a
+// file.
+class StreamTarget final : public JobTarget {
+ public:
+  StreamTarget(const std::string& name, std::FILE* file) : m_name(name), m_file(file) {
+    if (m_file == nullptr) Fail(m_name);
+  }
+  void Write(std::string_view bytes) override {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size()) Fail(m_name);
+  }
+  void Finish() override {
+    if (std::fflush(m_file.get()) != 0) Fail(m_name);
+  }
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* file) const {
+      if (file != stdout) std::fclose(file);
+    }
+  };
+  const std::string m_name;
+  std::unique_ptr<std::FILE, Closer> m_file;
+};
+
+}  // namespace
+
+std::unique_ptr<JobTarget> OpenFileTarget(const std::string& path, TemporaryFiles* temporaries) {
+  if (path == "-") return std::make_unique<StreamTarget>("standard output", stdout);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    return std::make_unique<StreamTarget>(path, std::fopen(path.c_str(), "wbe"));
+  }
+  return std::make_unique<FileTarget>(path, temporaries);
+}

@@ -1,0 +1,16 @@
+#include "host/targets/job_target.h"
+
+#include <strings.h>
+
+#include "host/error.h"
+
+std::unique_ptr<JobTarget> OpenTarget(const std::string& address) {
+  std::string forms;
+  for (const TargetScheme& row : kTargetSchemes) {
+    if (strncasecmp(address.c_str(), row.scheme.data(), row.scheme.size()) == 0) {
+      return row.open(address);
+    }
+    forms.append(forms.empty() ? "" : " or ").append(row.form);
+  }
+  throw HostError(kExitUsage, "\"" + address + "\" is no address of a printer", "write " + forms);
+}
