@@ -1,7 +1,10 @@
 #include "bench/job.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace {
@@ -13,6 +16,17 @@ void Check(bool done, const char* what) {
 }
 
 }  // namespace
+
+BenchHome::BenchHome() {
+  m_folder = (std::filesystem::temp_directory_path() / "vlx_bench_XXXXXX").string();
+  if (mkdtemp(m_folder.data()) == nullptr) throw std::runtime_error("no folder for the bench");
+  setenv("VLX_HOME", m_folder.c_str(), 1);
+  if (const char* png = std::getenv("VLX_BENCH_PNG")) {
+    std::ofstream(m_folder + "/system.toml") << "png = \"" << png << "\"\n";
+  }
+}
+
+BenchHome::~BenchHome() { std::filesystem::remove_all(m_folder); }
 
 std::vector<Job::Strip> Job::Cut(const Raster& page, const JobSettings& settings) {
   const LONG length = settings.landscape ? page.widthPx : page.heightPx;
@@ -46,6 +60,7 @@ Job::Job(const JobSettings& settings, const std::vector<Raster>& pages) {
   Check(m_driver.Object()->DevMode(OEMDM_DEFAULT, &block) == S_OK, "its default settings");
   devmode.dwColorMode = settings.twoColors ? 2 : 1;
   devmode.wDitherer = settings.ditherer;
+  devmode.bTopSideSameAsBottom = settings.bothSides ? TRUE : FALSE;
   DEVMODEW& publicDevmode = m_driver.publicDevmode;
   publicDevmode.dmOrientation = settings.landscape ? DMORIENT_LANDSCAPE : DMORIENT_PORTRAIT;
   publicDevmode.dmPaperWidth = 1000;

@@ -15,7 +15,21 @@ struct JobSettings {
   bool twoColors = false;
   WORD ditherer = 1;
   int bands = 0;               // of a page; 0: bands of 64 rows or columns
+  bool bothSides = false;      // the page twice side by side, for a folded label
   bool flagBlankBands = true;  // as a driver does that knows what it has drawn
+};
+
+// A state folder of its own for the platform, with the PNG setting that VLX_BENCH_PNG names. While
+// it stands VLX_HOME names it.
+class BenchHome {
+ public:
+  BenchHome();
+  ~BenchHome();
+  BenchHome(const BenchHome&) = delete;
+  BenchHome& operator=(const BenchHome&) = delete;
+
+ private:
+  std::string m_folder;
 };
 
 class Job {

@@ -4,9 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -192,30 +190,10 @@ void RegisterAll() {
   }
 }
 
-// The state folder of the platform, with the PNG setting that VLX_BENCH_PNG names.
-class Home {
- public:
-  Home() {
-    m_folder = (std::filesystem::temp_directory_path() / "vlx_bench_XXXXXX").string();
-    if (mkdtemp(m_folder.data()) == nullptr) throw std::runtime_error("no folder for the bench");
-    setenv("VLX_HOME", m_folder.c_str(), 1);
-    const char* png = std::getenv("VLX_BENCH_PNG");
-    if (png != nullptr) {
-      std::ofstream(m_folder + "/system.toml") << "png = \"" << png << "\"\n";
-    }
-  }
-  ~Home() { std::filesystem::remove_all(m_folder); }
-  Home(const Home&) = delete;
-  Home& operator=(const Home&) = delete;
-
- private:
-  std::string m_folder;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Home home;
+  const BenchHome home;
   RegisterAll();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
