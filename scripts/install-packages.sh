@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake g++ make
-  libdeflate-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
+  libdeflate-dev libisal-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
   libgtest-dev python3 binutils poppler-utils
 )
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)

@@ -5,11 +5,11 @@
 #include <sys/random.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "platform/fault.h"
-#include "platform/linux/system/block.h"
 #include "platform/synch.h"
 
 namespace {
@@ -113,7 +113,7 @@ class MemoryStream final : public IStream {
   }
 
  private:
-  ~MemoryStream() { FreeBlock(m_bytes); }
+  ~MemoryStream() { std::free(m_bytes); }
 
   // Makes the content at least that long; what is new is zero.
   bool Reach(ULARGE_INTEGER size) {
@@ -121,10 +121,8 @@ class MemoryStream final : public IStream {
     if (size <= m_size) return true;
     if (size > m_room) {
       const ULARGE_INTEGER room = m_bytes == nullptr ? size : size + size / 2;
-      auto* larger = static_cast<BYTE*>(AllocateBlock(room, false));
+      auto* larger = static_cast<BYTE*>(std::realloc(m_bytes, room));
       if (larger == nullptr) return false;
-      if (m_bytes != nullptr) std::memcpy(larger, m_bytes, m_size);
-      FreeBlock(m_bytes);
       m_bytes = larger;
       m_room = room;
     }
@@ -134,7 +132,7 @@ class MemoryStream final : public IStream {
   }
 
   LONG m_cRef = 1;
-  BYTE* m_bytes = nullptr;  // a block
+  BYTE* m_bytes = nullptr;  // from the C library
   ULARGE_INTEGER m_size = 0;
   ULARGE_INTEGER m_room = 0;
   ULARGE_INTEGER m_position = 0;

@@ -1,8 +1,7 @@
 #include "platform/linux/gdiplus/image.h"
 
+#include <cstdlib>
 #include <cstring>
-
-#include "platform/linux/system/block.h"
 
 namespace Gdiplus {
 
@@ -21,14 +20,6 @@ void SpreadBits(const GpImage& image) {
   }
 }
 
-BYTE* TakeBlock(INT height, PixelFormat format, INT strideBytes) {
-  // A page's dots are kept until the next page is compared with them: with two inks that makes four
-  // bitmaps, and two blocks to encode one.
-  const int spares = format == PixelFormat1bppIndexed ? 5 : 0;
-  return static_cast<BYTE*>(
-      AllocateBlock(static_cast<SIZE_T>(strideBytes) * height, false, spares));
-}
-
 }  // namespace
 
 GpImage::GpImage(INT imageWidth, INT imageHeight, PixelFormat pixelFormat, INT rowBytes)
@@ -36,12 +27,12 @@ GpImage::GpImage(INT imageWidth, INT imageHeight, PixelFormat pixelFormat, INT r
       height(imageHeight),
       format(pixelFormat),
       strideBytes(rowBytes),
-      m_block(TakeBlock(height, format, strideBytes)),
+      m_block(static_cast<BYTE*>(std::malloc(static_cast<SIZE_T>(strideBytes) * height))),
       m_pixels(m_block) {}
 
 GpImage::~GpImage() {
   Forget();
-  FreeBlock(m_block);
+  std::free(m_block);
 }
 
 void GpImage::FillRows(INT count, const PixelRows& rows) const {

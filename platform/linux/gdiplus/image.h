@@ -95,7 +95,4 @@ void DrawRows(const Drawing& drawing, bool oneBit, INT top, INT bottom, const Pi
 // Writes the image to the stream as a PNG file.
 GpStatus WritePng(GpImage& image, IStream* stream);
 
-// Gives the memory of the PNG compressors back.
-void ReleasePngCompressors();
-
 }  // namespace Gdiplus

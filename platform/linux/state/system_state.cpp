@@ -16,7 +16,7 @@ namespace {
 
 const SystemContent& WithoutFile() {
   static const SystemContent content{
-      1252, {{u"Label Printer", u"VLX Label", std::nullopt}}, PngSize::Usual, 0};
+      1252, {{u"Label Printer", u"VLX Label", std::nullopt}}, Gdiplus::Link::Network, 0};
   return content;
 }
 
@@ -56,14 +56,17 @@ PlatformPrinter ReadPrinter(const toml::table& table) {
   return printer;
 }
 
-PngSize ReadPngSize(const toml::node& node) {
-  constexpr std::pair<const char*, PngSize> kNames[] = {
-      {"fast", PngSize::Fast}, {"default", PngSize::Usual}, {"small", PngSize::Small}};
+Gdiplus::Link ReadLink(const toml::node& node) {
+  using Gdiplus::Link;
+  constexpr std::pair<const char*, Link> kNames[] = {
+      {"network", Link::Network}, {"usb", Link::Usb},         {"wifi", Link::Usb},
+      {"serial", Link::Serial},   {"default", Link::Network}, {"fast", Link::Network},
+      {"small", Link::Serial}};  // the last three are names of older versions
   const auto text = node.value<std::string>();
-  for (const auto& [name, size] : kNames) {
-    if (text == name) return size;
+  for (const auto& [name, link] : kNames) {
+    if (text == name) return link;
   }
-  Fail("png must be \"fast\", \"default\" or \"small\"", node);
+  Fail("png must be \"network\", \"usb\", \"wifi\" or \"serial\"", node);
 }
 
 toml::table ParseToml(const std::string& text) {
@@ -91,7 +94,7 @@ SystemContent Parse(const std::string& text) {
       Fail("dot_gain must be a percentage from 0 to 25", *node);
     content.dotGainPercent = static_cast<INT>(*value);
   }
-  if (const toml::node* node = root.get("png")) content.pngSize = ReadPngSize(*node);
+  if (const toml::node* node = root.get("png")) content.link = ReadLink(*node);
   if (const toml::node* node = root.get("printer")) {
     if (!node->is_array_of_tables()) Fail("printers are written as [[printer]]", *node);
     content.printers.clear();

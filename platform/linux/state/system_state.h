@@ -4,15 +4,13 @@
 #include <memory>
 #include <vector>
 
+#include "platform/linux/gdiplus/deflate.h"
 #include "platform/system_file.h"
-
-// How much time goes into making PNG files small.
-enum class PngSize { Fast, Usual, Small };
 
 struct SystemContent {
   UINT ansiCodePage = 1252;
   std::vector<PlatformPrinter> printers;
-  PngSize pngSize = PngSize::Usual;
+  Gdiplus::Link link = Gdiplus::Link::Network;
   INT dotGainPercent = 0;
 };
 

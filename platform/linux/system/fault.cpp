@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "platform/linux/system/fault_state.h"
-
 namespace {
 
 std::atomic<PlatformFaultHook> hook{nullptr};
@@ -21,5 +19,3 @@ bool PlatformShouldFail(const char* call) {
   const PlatformFaultHook current = hook.load(std::memory_order_relaxed);
   return current != nullptr && current(call, hookContext);
 }
-
-bool FaultsArmed() { return hook.load(std::memory_order_relaxed) != nullptr; }

@@ -2,10 +2,11 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <ctime>
 
 #include "platform/fault.h"
-#include "platform/linux/system/block.h"
 #include "platform/memory.h"
 #include "platform/synch.h"
 #include "platform/text.h"
@@ -18,7 +19,8 @@ thread_local DWORD lastError = ERROR_SUCCESS;
 void* Allocate(const char* call, UINT flags, SIZE_T bytes) {
   void* block = nullptr;
   if (!PlatformShouldFail(call)) {
-    block = AllocateBlock(bytes, (flags & LMEM_ZEROINIT) != 0);
+    bytes = std::max<SIZE_T>(bytes, 1);
+    block = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, bytes) : std::malloc(bytes);
   }
   if (block == nullptr) lastError = ERROR_NOT_ENOUGH_MEMORY;
   return block;
@@ -43,13 +45,15 @@ HGLOBAL GlobalAlloc(UINT uFlags, SIZE_T dwBytes) {
 HLOCAL LocalReAlloc(HLOCAL hMem, SIZE_T uBytes, UINT uFlags) {
   void* block = nullptr;
   const bool valid = hMem != nullptr && uFlags == LMEM_MOVEABLE;
-  if (valid && !PlatformShouldFail("LocalReAlloc")) block = ReallocateBlock(hMem, uBytes);
+  if (valid && !PlatformShouldFail("LocalReAlloc")) {
+    block = std::realloc(hMem, std::max<SIZE_T>(uBytes, 1));
+  }
   if (block == nullptr) lastError = valid ? ERROR_NOT_ENOUGH_MEMORY : ERROR_INVALID_PARAMETER;
   return block;
 }
 
 HLOCAL LocalFree(HLOCAL hMem) {
-  FreeBlock(hMem);
+  std::free(hMem);
   return nullptr;
 }
 HGLOBAL GlobalFree(HGLOBAL hMem) { return LocalFree(hMem); }

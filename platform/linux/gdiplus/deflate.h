@@ -1,0 +1,23 @@
+// Compression of PNG images by libraries, chosen for the link that the images travel over.
+#pragma once
+
+#include "platform/types.h"
+
+namespace Gdiplus {
+
+// What lies between this machine and the printer. Each link has the library and level with which
+// the printer has an image soonest: time to compress plus time to send.
+enum class Link {
+  Network,  // about 100 Mbit/s
+  Usb,      // about 1 MB/s: USB full speed, Wi-Fi
+  Serial,   // about 115,200 baud
+};
+
+// The room that Deflate needs for any content of that size.
+SIZE_T DeflateBound(SIZE_T bytes);
+
+// Compresses to a zlib stream (RFC 1950) in out and returns its size; 0 if there is no memory.
+// room: DeflateBound(bytes) or more. bytes and room: below 4 GB.
+SIZE_T Deflate(Link link, const BYTE* from, SIZE_T bytes, BYTE* out, SIZE_T room);
+
+}  // namespace Gdiplus
