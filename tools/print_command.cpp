@@ -69,12 +69,11 @@ int RunPrint(const PrintOptions& options) {
 
 Command PrintCommand(CLI::App& program) {
   const auto options = std::make_shared<PrintOptions>();
-  CLI::App* print =
-      program.add_subcommand("print", "Print images and PDF files through the printer driver");
+  CLI::App* print = program.add_subcommand("print", "Print images and PDF files");
   print->add_option("-o,--output", options->output, "File for the job, - for standard output");
-  print->add_option("--to", options->to, "Network printer, tcp://HOST[:9100]");
+  print->add_option("--to", options->to, "Network printer, tcp://HOST[:PORT]");
   AddJobOptions(*print, options->job);
-  print->add_flag("--timing", options->timing, "Show where the time of the job went");
+  print->add_flag("--timing", options->timing, "Show how long each stage of the job took");
   print->footer(kPrintExamples);
   return {print, [options] { return RunPrint(*options); }};
 }

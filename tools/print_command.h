@@ -1,4 +1,4 @@
-// The command `vlx print`: files through the real plug-in to a printer or into a file.
+// The command `vlx print`: prints files to a printer or into a job file.
 #pragma once
 
 #include "common/command.h"

@@ -1,4 +1,4 @@
-// The command `vlx settings`: what a settings file or a raw settings record amounts to.
+// The command `vlx settings`: shows settings files and raw settings records.
 #pragma once
 
 #include "common/command.h"

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The command that was named last, and its name with those before: "vlx settings show".
+// The innermost command that was given; name: its full name, as "vlx settings show".
 const CLI::App* NamedCommand(const CLI::App* app, std::string& name) {
   name = app->get_name();
   while (!app->get_subcommands().empty()) {
@@ -33,7 +33,7 @@ std::vector<std::string> CommandNames(const CLI::App& app) {
   return names;
 }
 
-// The first argument that nothing took, empty when there is none.
+// The first argument that no command or option takes; empty if there is none.
 std::string FirstExtra(const CLI::App& program, const std::vector<std::string>& arguments) {
   const std::vector<std::string> extras = program.remaining(true);
   const auto first =
@@ -48,7 +48,7 @@ std::string UsageMessage(const CLI::App& program, const std::vector<std::string>
   std::string name;
   const CLI::App* command = NamedCommand(&program, name);
   const std::string extra = FirstExtra(program, arguments);
-  const std::string help = name + " --help shows what there is";
+  const std::string help = name + " --help shows what is possible";
   if (extra.empty()) return name + ": " + error.what() + "; " + help;
   const bool isOption = extra.starts_with('-');
   const std::string nearest = Nearest(extra.substr(0, extra.find('=')),

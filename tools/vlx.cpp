@@ -8,11 +8,12 @@
 #include "common/error.h"
 #include "host/driver/driver.h"
 #include "host/driver/module.h"
-#include "host/stocks_command.h"
+#include "host/pages/page_raster.h"
 #include "platform/version.h"
 #include "tools/preview_command.h"
 #include "tools/print_command.h"
 #include "tools/settings_command.h"
+#include "tools/stocks_command.h"
 #include "tools/usage.h"
 #include "viewer/commands/commands.h"
 
@@ -65,6 +66,12 @@ int Run(int argc, char** argv) {
   return kExitUsage;
 }
 
+int Report(const CommandError& error) {
+  const std::string text = error.what();
+  std::fprintf(stderr, "%s%s\n", text.starts_with("vlx") ? "" : "vlx: ", text.c_str());
+  return error.Code();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -73,10 +80,12 @@ int main(int argc, char** argv) {
   std::signal(SIGCHLD, SIG_DFL);  // the exit status of helper programs is needed
   try {
     return Run(argc, argv);
+  } catch (const PageTooLargeError& error) {
+    return Report(
+        CommandError(error.Code(), error.Fact(),
+                     "choose a larger --paper, another --dpi or --orientation, or --fit shrink"));
   } catch (const CommandError& error) {
-    const std::string text = error.what();
-    std::fprintf(stderr, "%s%s\n", text.starts_with("vlx") ? "" : "vlx: ", text.c_str());
-    return error.Code();
+    return Report(error);
   } catch (const std::bad_alloc&) {
     std::fputs("vlx: there is not enough memory\n", stderr);
     return kExitInternal;

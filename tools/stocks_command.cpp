@@ -1,14 +1,14 @@
-#include "host/stocks_command.h"
+#include "tools/stocks_command.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "config/stock_catalogue.h"
-#include "host/driver/printer.h"
+#include "host/driver/stocks.h"
 #include "host/error.h"
 #include "host/settings/length.h"
 #include "host/unicode.h"
 #include "platform/system_file.h"
+#include "tools/job_options.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ struct StocksOptions {
   std::string printer;
 };
 
-// What the plug-in does not use has no settled unit; it is shown as it is stored.
+// The plug-in does not use these values, so their units are unknown; they are shown as stored.
 struct StoredNumber {
   const char* name;
   DWORD StockItem::*field;
@@ -55,11 +55,12 @@ std::string Margin(DWORD um) {
   return um > 0x7FFFFFFF ? std::to_string(um) + "um" : FormatLength(static_cast<LONG>(um));
 }
 
-void PrintStock(const StockItem& stock, bool first, bool selectable) {
+void PrintStock(const PrinterStock& row, bool first) {
+  const StockItem& stock = row.item;
   const StockItem defaults;
   const std::string name = Narrowed(stock.displayName);
   std::printf("%s  %s%s\n",
-              selectable ? FormatGuid(stock.guid).c_str() : "(without Id, cannot be selected)",
+              row.selectable ? FormatGuid(stock.guid).c_str() : "(without Id, cannot be selected)",
               name.empty() ? "(no name)" : name.c_str(),
               first ? "  (used when none is selected)" : "");
   std::printf("  margins: left %s, right %s, top %s, bottom %s\n",
@@ -75,31 +76,15 @@ void PrintStock(const StockItem& stock, bool first, bool selectable) {
 }
 
 int RunStocks(const StocksOptions& options) {
-  if (const std::string warning = SystemFileWarning(); !warning.empty()) {
-    std::fprintf(stderr, "%s\n", warning.c_str());
-  }
+  WarnOfSystemFile();
   const Printer printer(options.printer);
-  StockList stocks;
-  LoadStocksForPrinter(stocks, printer.Handle());
+  const std::vector<PrinterStock> stocks = StocksOf(printer);
   if (stocks.empty()) {
-    const auto system = PlatformPrinterFromHandle(printer.Handle());
     std::printf(
-        "There are no stocks of \"%s\"; the driver reads them from %s/registry.reg, below\n"
-        "HKEY_CURRENT_USER\\Software\\Veltrix Printer Driver\\UI\\%s\\%s\\Stocks\n",
-        Narrowed(printer.Name()).c_str(), PlatformHomeFolder().c_str(),
-        Narrowed(StripKeyChars(system ? system->driver : u"")).c_str(),
-        Narrowed(StripKeyChars(printer.Name())).c_str());
-    return kExitDone;
+        "There are no stocks of \"%s\"; the driver reads them from %s/registry.reg, below\n%s\n",
+        Narrowed(printer.Name()).c_str(), PlatformHomeFolder().c_str(), StocksKey(printer).c_str());
   }
-  // A stock without an identifier gets another one at every reading.
-  StockList again;
-  LoadStocksForPrinter(again, printer.Handle());
-  for (const StockItem& stock : stocks) {
-    const bool selectable = std::any_of(again.begin(), again.end(), [&](const StockItem& other) {
-      return other.guid == stock.guid;
-    });
-    PrintStock(stock, &stock == &stocks.front(), selectable);
-  }
+  for (const PrinterStock& stock : stocks) PrintStock(stock, &stock == &stocks.front());
   return kExitDone;
 }
 
@@ -108,7 +93,8 @@ int RunStocks(const StocksOptions& options) {
 Command StocksCommand(CLI::App& program) {
   const auto options = std::make_shared<StocksOptions>();
   CLI::App* stocks = program.add_subcommand("stocks", "List the paper stocks of a printer");
-  stocks->add_option("--printer", options->printer, "Printer of system.toml, the first by default");
+  stocks->add_option("--printer", options->printer,
+                     "Printer named in system.toml; the first by default");
   stocks->footer(kStocksExamples);
   return {stocks, [options] { return RunStocks(*options); }};
 }
