@@ -6,6 +6,7 @@
 #include "Renderer/gdiplus_guard.h"
 #include "Renderer/oem_uni2.h"
 #include "config/log.h"
+#include "config/renderer_class.h"
 #include "platform/module.h"
 
 CLoggerClient g_logClient;
@@ -30,17 +31,10 @@ BOOL APIENTRY DllMain(HMODULE hModule, DWORD dwReason, LPVOID) {
 
 PLATFORM_MODULE_ENTRY
 
-namespace {
-
-constexpr CLSID kPluginClass = {
-    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
-
-}  // namespace
-
 MODULE_EXPORT HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
   if (ppv == nullptr) return E_POINTER;
   *ppv = nullptr;
-  if (rclsid != kPluginClass) {
+  if (rclsid != kRendererClass) {
     LogError(kNoCategory, "DllGetClassObject: Class not available!");
     return CLASS_E_CLASSNOTAVAILABLE;
   }

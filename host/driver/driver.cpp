@@ -7,15 +7,13 @@
 #include <iterator>
 #include <utility>
 
+#include "config/renderer_class.h"
 #include "host/driver/driver_helper.h"
 #include "host/error.h"
 #include "host/unicode.h"
 #include "platform/palette.h"
 
 namespace {
-
-constexpr CLSID kPluginClass = {
-    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
 
 DEVMODEW PublicDevMode(const PageSettings& page) {
   DEVMODEW devmode = {};
@@ -65,7 +63,7 @@ class LabelDriver::Helper final : public DriverHelper {
 LabelDriver::LabelDriver(const std::string& pluginPath, Spool& spool)
     : m_spool(spool), m_module(pluginPath), m_helper(std::make_unique<Helper>(*this)) {
   ComPtr<IClassFactory> factory;
-  Check(m_module.DllGetClassObject(kPluginClass, IID_IClassFactory,
+  Check(m_module.DllGetClassObject(kRendererClass, IID_IClassFactory,
                                    reinterpret_cast<void**>(factory.Put())),
         "DllGetClassObject");
   Check(

@@ -1,0 +1,7 @@
+// The class identifier of the plug-in's object, known to the plug-in and to whoever loads it.
+#pragma once
+
+#include "platform/com.h"
+
+inline constexpr CLSID kRendererClass = {
+    0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
