@@ -30,7 +30,10 @@ class PatternPages final : public PageSource {
   PatternPages(std::size_t count, std::uint32_t seed) : m_count(count), m_random(seed) {}
   bool Next(PageImage& page) override {
     if (m_done == m_count) return false;
-    if (++m_done == failing) throw HostError(kExitInput, "the helper was ended");
+    if (++m_done == failing) {
+      if (cancelled != nullptr) *cancelled = true;
+      throw HostError(kExitInput, "the helper was ended");
+    }
     ShapePage(page, m_done == large ? 97 : 96, 56, "pattern");
     std::fill(page.pixels.begin(), page.pixels.end(), 0xFF);
     for (std::uint32_t dot = 0; dot < 96 * 56; ++dot) {
@@ -41,6 +44,7 @@ class PatternPages final : public PageSource {
   }
   std::size_t large = 0;
   std::size_t failing = 0;
+  std::atomic<bool>* cancelled = nullptr;  // is set while the failing page is read
 
  private:
   const std::size_t m_count;
@@ -144,9 +148,9 @@ TEST_F(LabelJobTest, CancelledJobIsTheWholeJobOfThePagesSoFar) {
   EXPECT_EQ(cancelled.Body(), whole.Body());
 
   Printing killed;  // the source is ended together with the job
-  killed.listener.cancelAfter = 2;
   PatternPages failing(5, 7);
   failing.failing = 3;
+  failing.cancelled = &killed.listener.cancel;
   EXPECT_EQ(killed.Print(failing), PrintEnd::Cancelled);
   EXPECT_EQ(killed.Body(), whole.Body());
 
