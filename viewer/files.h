@@ -1,4 +1,4 @@
-// Files of the viewer: jobs that come in, pictures and pages that go out.
+// Reads jobs and writes pictures and pages.
 #pragma once
 
 #include <cstdint>
@@ -9,18 +9,18 @@ namespace viewer {
 
 inline constexpr std::uint64_t kMostJobBytes = std::uint64_t{1} << 30;
 
-// Reads a whole job from a file, or from standard input when the path is "-".
-// Throws CommandError (input) when it cannot be read or is longer than a gigabyte.
+// Reads a whole job from a file, or from standard input if the path is "-".
+// Throws CommandError (input) if it cannot be read or is longer than kMostJobBytes.
 std::string ReadJobFile(const std::string& path);
 
-// Writes a file so that a reader sees the old one or the whole new one; "-" is standard output.
+// Replaces a file atomically: a reader sees the old or the new one. "-" is standard output.
 // Throws CommandError (target).
 void WriteWholeFile(const std::string& path, std::string_view content);
 
-// Makes the folder and those above it. Throws CommandError (target).
+// Creates the folder and its parents if needed. Throws CommandError (target).
 void MakeFolder(const std::string& path);
 
-// The part of a job's path that its pictures are named after: "out/boxes.job" gives "boxes".
+// Returns the name that a job's pictures start with: "boxes" for "out/boxes.job".
 std::string JobStem(const std::string& path);
 
 }  // namespace viewer

@@ -209,7 +209,7 @@ TEST(Explain, SaysEachLineInUnits) {
       "offset y -1.5 mm, length 50 mm, pitch 53 mm, width 200 mm (two colours of 100 mm side by "
       "side), then \"Q\" passed",
       "first value 2 mm",
-      "passed to the printer as it stands",
+      "passed to the printer unchanged",
       "copies 3"};
   ASSERT_EQ(lines.size(), std::size(words));
   for (std::size_t i = 0; i < lines.size(); ++i) {

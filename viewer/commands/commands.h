@@ -1,4 +1,4 @@
-// The virtual printer's commands of vlx. Each adds itself to the program's command line.
+// The virtual printer's commands of vlx. Each function adds one to the command line.
 #pragma once
 
 #include "common/command.h"

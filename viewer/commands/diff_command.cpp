@@ -1,4 +1,4 @@
-// vlx diff: where two jobs print differently.
+// vlx diff: compares what two jobs print.
 
 #include <cstdio>
 
@@ -6,6 +6,7 @@
 #include "viewer/commands/commands.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
+#include "viewer/language/text.h"
 #include "viewer/reports/contact_sheet.h"
 #include "viewer/reports/diff.h"
 #include "viewer/reports/label_json.h"
@@ -22,17 +23,18 @@ struct DiffOptions {
 };
 
 constexpr const char* kDiffNotes =
-    R"(Compared is what lands on the labels, not the bytes of the images. A picture shows what both
-print in grey, only the first in blue, only the second in orange, the other colour in purple.
+    R"(The dots on the labels are compared, not the bytes of the images. In a picture, dots that both
+jobs print are grey, dots of the first job only are blue, of the second only orange, and dots in
+another colour purple.
 
 Examples:
   vlx diff before.job after.job
   vlx diff before.job after.job -o differences --dpi 300
 
-Exit codes: 0 both print the same, 1 they do not, 2 usage, 3 job unreadable,
+Exit codes: 0 both print the same, 1 they differ, 2 usage, 3 job unreadable,
 5 output cannot be written)";
 
-// Writes the picture of a difference and returns its path, empty when there is none.
+// Writes the picture of a difference. Returns its path, empty if there is none.
 std::string SavePicture(const DiffOptions& options, const LabelDiff& diff) {
   if (options.folder.empty() || diff.png.empty()) return "";
   char name[40];
@@ -82,12 +84,12 @@ int Diff(const DiffOptions& options) {
 
 Command AddDiffCommand(CLI::App& program) {
   const auto options = std::make_shared<DiffOptions>();
-  CLI::App* diff = program.add_subcommand("diff", "Tell where two jobs print differently");
+  CLI::App* diff = program.add_subcommand("diff", "Compare what two jobs print");
   diff->add_option("A", options->a, "Job file, - for standard input")->required();
   diff->add_option("B", options->b, "Job file")->required();
   diff->add_option("-o,--output", options->folder, "Folder for pictures of the differences");
   AddDpiOption(*diff, options->dpi);
-  diff->add_flag("--json", options->json, "For programs");
+  diff->add_flag("--json", options->json, "Write JSON");
   diff->footer(kDiffNotes);
   return {diff, [options] { return Diff(*options); }};
 }

@@ -1,4 +1,4 @@
-// vlx explain and vlx lint: what a job says, and what is wrong with it.
+// vlx explain and vlx lint: what the lines of a job mean, and what is wrong with it.
 
 #include <algorithm>
 #include <cstdio>
@@ -7,6 +7,7 @@
 #include "viewer/commands/commands.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
+#include "viewer/language/text.h"
 #include "viewer/reports/contact_sheet.h"
 #include "viewer/reports/explain.h"
 #include "viewer/reports/label_json.h"
@@ -24,7 +25,8 @@ int Explain(const std::string& path, bool json) {
   if (!json) {
     ExplainJob(job, [](const Explanation& it) {
       std::size_t shown = std::min(it.text.size(), kLineShown);
-      while (shown < it.text.size() && (it.text[shown] & 0xC0) == 0x80) --shown;  // whole letters
+      while (shown < it.text.size() && (it.text[shown] & 0xC0) == 0x80)
+        --shown;  // end at a whole character
       const std::string text = it.text.substr(0, shown) + (shown < it.text.size() ? "..." : "");
       std::printf("%6zu  %s\n        %s\n", it.place.line, text.c_str(), it.words.c_str());
     });
@@ -58,7 +60,7 @@ int Lint(const std::string& path, double dpi, bool json) {
       std::printf("%s: and %s more\n", path.c_str(),
                   Grouped(result.count - result.faults.size()).c_str());
     }
-    if (result.count == 0) std::printf("%s: a printer would not stumble over it\n", path.c_str());
+    if (result.count == 0) std::printf("%s: nothing found\n", path.c_str());
   }
   return result.count == 0 ? kExitDone : kExitFound;
 }
@@ -71,9 +73,9 @@ Command AddExplainCommand(CLI::App& program) {
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* explain = program.add_subcommand("explain", "Tell what each line of a job means");
+  CLI::App* explain = program.add_subcommand("explain", "Explain each line of a job");
   explain->add_option("JOB", options->job, "Job file, - for standard input")->required();
-  explain->add_flag("--json", options->json, "For programs");
+  explain->add_flag("--json", options->json, "Write JSON");
   explain->footer(
       "Examples:\n"
       "  vlx explain label.job\n"
@@ -89,11 +91,10 @@ Command AddLintCommand(CLI::App& program) {
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* lint =
-      program.add_subcommand("lint", "Find what a printer would stumble over in a job");
+  CLI::App* lint = program.add_subcommand("lint", "Check a job for mistakes before it is printed");
   lint->add_option("JOB", options->job, "Job file, - for standard input")->required();
   AddDpiOption(*lint, options->dpi);
-  lint->add_flag("--json", options->json, "For programs");
+  lint->add_flag("--json", options->json, "Write JSON");
   lint->footer(
       "Examples:\n"
       "  vlx lint label.job\n"

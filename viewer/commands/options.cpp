@@ -7,7 +7,8 @@
 namespace viewer {
 
 void AddDpiOption(CLI::App& command, double& dpi) {
-  command.add_option("--dpi", dpi, "Dots per inch of the printer; guessed when not given")
+  command
+      .add_option("--dpi", dpi, "Resolution of the printer in dots per inch; guessed if not given")
       ->check(CLI::Range(50, 2400));
 }
 

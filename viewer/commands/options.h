@@ -1,4 +1,4 @@
-// Options that several of the viewer's commands share.
+// Options shared by the viewer's commands.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -8,10 +8,10 @@
 
 namespace viewer {
 
-// --dpi; stays 0 when it is not given.
+// Adds --dpi. dpi stays 0 if the option is not given.
 void AddDpiOption(CLI::App& command, double& dpi);
 
-// "#RRGGBB". Throws CommandError (usage).
+// Parses "#RRGGBB". Throws CommandError (usage).
 Colour ReadColour(const std::string& text);
 
 }  // namespace viewer

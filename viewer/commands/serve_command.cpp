@@ -32,7 +32,7 @@ int Serve(const ServeOptions& options) {
   PrinterServer server(options.port, std::chrono::seconds(options.patience), folder);
   g_server = &server;
   for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, StopOnSignal);
-  std::printf("A label printer on tcp://127.0.0.1:%d, its page is %s/index.html; Ctrl-C stops it\n",
+  std::printf("Listening on tcp://127.0.0.1:%d, showing jobs in %s/index.html; Ctrl-C stops\n",
               server.Port(), options.folder.c_str());
   std::fflush(stdout);
   server.Run();
@@ -45,12 +45,14 @@ int Serve(const ServeOptions& options) {
 
 Command AddServeCommand(CLI::App& program) {
   const auto options = std::make_shared<ServeOptions>();
-  CLI::App* serve = program.add_subcommand("serve", "Be a network label printer on this machine");
+  CLI::App* serve = program.add_subcommand("serve", "Act as a network label printer");
   serve->add_option("-o,--output", options->folder, "Folder for jobs, pictures and the page")
       ->required();
-  serve->add_option("--port", options->port, "TCP port on loopback, 0 for any free one")
+  serve->add_option("--port", options->port, "TCP port on loopback; 0 takes any free one")
       ->check(CLI::Range(0, 65535));
-  serve->add_option("--patience", options->patience, "Seconds to wait for a client that stalls")
+  serve
+      ->add_option("--patience", options->patience,
+                   "Seconds to wait for a client that sends nothing")
       ->check(CLI::Range(1, 86400));
   AddDpiOption(*serve, options->dpi);
   serve->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");

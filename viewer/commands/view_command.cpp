@@ -1,4 +1,4 @@
-// vlx view: a job's labels as pictures and as a contact sheet.
+// vlx view: draws the labels of a job as pictures and as a contact sheet.
 
 #include <cstdio>
 
@@ -6,6 +6,7 @@
 #include "viewer/commands/commands.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
+#include "viewer/language/text.h"
 #include "viewer/reports/contact_sheet.h"
 #include "viewer/reports/label_json.h"
 
@@ -24,9 +25,9 @@ struct ViewOptions {
 };
 
 constexpr const char* kViewNotes =
-    R"(The job itself says no resolution: without --dpi it is guessed from page images that fill
-the label, else it is 300. Pictures stand upright, as they are read; --as-fed leaves them as they
-leave the printer, its first row on top.
+    R"(A job does not state its resolution. Without --dpi it is guessed from images that fill the
+label; if there are none, it is 300. Pictures are upright; with --as-fed they are turned as the
+labels leave the printer, with the row printed first on top.
 
 Examples:
   vlx view label.job -o pictures
@@ -54,7 +55,7 @@ class Viewing {
     while (std::optional<DrawnLabel> drawn = m_view.Next()) Show(std::move(*drawn));
     if (m_totals.labels == 0) {
       throw CommandError(kExitInput, "The job " + m_options.job +
-                                         " prints no label: vlx lint tells what is wrong with it");
+                                         " prints no label: run vlx lint to see what is wrong");
     }
     if (!m_options.sheet.empty()) {
       WriteWholeFile(m_options.sheet,
@@ -102,8 +103,8 @@ class Viewing {
   void Report() {
     const JobReader& reader = m_view.Reader();
     if (reader.FaultCount() > 0) {
-      std::fprintf(stderr, "%s in this job; vlx lint lists what a printer would stumble over\n",
-                   Counted(reader.FaultCount(), "fault").c_str());
+      std::fprintf(stderr, "%s in this job; vlx lint lists them\n",
+                   Counted(reader.FaultCount(), "mistake").c_str());
     }
     if (m_options.json) {
       nlohmann::ordered_json json = ToJson(reader.Notes());
@@ -146,12 +147,12 @@ Command AddViewCommand(CLI::App& program) {
   const auto options = std::make_shared<ViewOptions>();
   CLI::App* view = program.add_subcommand("view", "Draw what a job prints");
   view->add_option("JOB", options->job, "Job file, - for standard input")->required();
-  view->add_option("-o,--output", options->folder, "Folder for the pictures, a PNG a label");
+  view->add_option("-o,--output", options->folder, "Folder for the pictures, one PNG per label");
   view->add_option("--sheet", options->sheet, "HTML file for a contact sheet of all labels");
   AddDpiOption(*view, options->dpi);
   view->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");
-  view->add_flag("--as-fed", options->asFed, "Leave labels as they come out of the printer");
-  view->add_flag("--json", options->json, "Describe job and labels for programs");
+  view->add_flag("--as-fed", options->asFed, "Draw labels as they leave the printer, not upright");
+  view->add_flag("--json", options->json, "Write a description of job and labels as JSON");
   view->footer(kViewNotes);
   return {view, [options] {
             const std::string job = ReadJobFile(options->job);

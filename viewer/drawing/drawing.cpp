@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "viewer/language/text.h"
+
 namespace viewer {
 
 namespace {
@@ -15,7 +17,7 @@ std::int64_t Dots(double mm, double dpi) {
 
 bool Sideways(int angle) { return angle == 90 || angle == 270; }
 
-// Sets the dots of an image on a label; what lies outside is lost.
+// Sets the dots of an image on a label. Dots outside the label are lost.
 void Stamp(const BitImage& image, const Landing& at, BitImage& label) {
   const auto left = std::max<std::int64_t>(0, -at.left);
   const auto right = std::min<std::int64_t>(image.width, label.width - at.left);
@@ -25,7 +27,7 @@ void Stamp(const BitImage& image, const Landing& at, BitImage& label) {
     const std::uint8_t* row = image.bits.data() + static_cast<std::size_t>(y) * image.stride;
     for (std::int64_t x = left; x < right; ++x) {
       if (row[x / 8] == 0) {
-        x |= 7;  // eight white dots at once
+        x |= 7;  // skip eight white dots
       } else if ((row[x / 8] >> (7 - x % 8) & 1) != 0) {
         label.Set(static_cast<std::uint32_t>(at.left + x), static_cast<std::uint32_t>(at.top + y));
       }
@@ -44,7 +46,7 @@ Landing Land(const Label& label, const Placement& placement, double dpi) {
   Landing at;
   at.width = sideways ? placement.image->height : placement.image->width;
   at.height = sideways ? placement.image->width : placement.image->height;
-  // The first dot is the corner that the image is turned about.
+  // The image turns about its first dot.
   const std::int64_t back = placement.angle == 180 || placement.angle == 270 ? at.width : 0;
   const std::int64_t up = placement.angle == 180 || placement.angle == 90 ? at.height : 0;
   const double halfMm = label.WidthMm();

@@ -1,6 +1,6 @@
 #include "viewer/drawing/job_view.h"
 
-#include "viewer/reports/contact_sheet.h"
+#include "viewer/language/text.h"
 
 namespace viewer {
 
@@ -28,8 +28,11 @@ void JobTotals::Add(const Label& label) {
 }
 
 std::string JobTotals::Text() const {
-  return Counted(labels, "label") + ", " + Grouped(static_cast<std::uint64_t>(copies)) +
-         " with copies";
+  const std::string text = Counted(labels, "label");
+  if (copies != static_cast<std::int64_t>(labels)) {
+    return text + ", " + Grouped(static_cast<std::uint64_t>(copies)) + " with copies";
+  }
+  return text + (labels == 1 ? ", printed once" : ", each printed once");
 }
 
 }  // namespace viewer

@@ -1,4 +1,4 @@
-// A job as its labels' pictures, one at a time.
+// The labels of a job with their pictures, one at a time.
 #pragma once
 
 #include <optional>
@@ -13,17 +13,17 @@ namespace viewer {
 struct DrawnLabel {
   Label label;
   std::optional<LabelPicture> picture;  // as it leaves the printer
-  std::string why;                      // there is no picture
+  std::string why;                      // why there is no picture
   double dpi = 0;
-  int turn = 0;  // degrees to the left that bring it upright
+  int turn = 0;  // counter-clockwise degrees that bring it upright
 };
 
 class JobView {
  public:
-  // dpi 0: the resolution is guessed from the job, else it is 300. The job must outlive the view.
+  // dpi 0: guessed from the job, 300 if that fails. The job must outlive the view.
   JobView(std::string_view job, double dpi);
 
-  // The next label, none after the last.
+  // Returns the next label, or nullopt after the last.
   std::optional<DrawnLabel> Next();
 
   double Dpi() const { return m_dpi; }
@@ -37,14 +37,14 @@ class JobView {
   int m_turn = 0;
 };
 
-// What has been counted over the labels of a job.
+// Sums over the labels of a job.
 struct JobTotals {
   std::uint64_t labels = 0;
   std::int64_t copies = 0;
   std::int64_t cuts = 0;
 
   void Add(const Label& label);
-  // "2 labels, 4 with copies".
+  // "1 label, printed once", "3 labels, each printed once" or "3 labels, 12 with copies".
   std::string Text() const;
 };
 

@@ -12,7 +12,7 @@ constexpr int kLeastDpi = 100;
 constexpr int kMostDpi = 1200;
 constexpr int kLabelsLookedAt = 20;
 
-// Whether so many dots fill a length at a resolution; pages are cut to whole dots.
+// True if the dots cover the length to within one dot; pages are cut to whole dots.
 bool Fills(std::uint32_t dots, double mm, double dpi) {
   return std::abs(dots - mm * dpi / kMmAnInch) < 1.0;
 }
@@ -27,7 +27,8 @@ std::optional<double> GuessFrom(const Label& label) {
       return Fills(across, label.WidthMm(), dpi) && Fills(along, label.size->lengthMm, dpi);
     };
     const auto fillsAcross = [&](double dpi) { return Fills(across, label.WidthMm(), dpi); };
-    // A page image of the label's very size tells any resolution, one cropped along it a usual one.
+    // An image of the label's exact size determines any resolution. A cropped one only has the
+    // width, so only the usual resolutions count.
     const auto whole = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAll);
     if (whole != std::end(kUsual)) return *whole;
     const double dpi = std::round(across * kMmAnInch / label.WidthMm());

@@ -1,4 +1,4 @@
-// Images of one bit a dot.
+// 1-bit images: a set bit is a dot that prints.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace viewer {
 
-// Rows are padded to whole bytes, the leftmost dot is the highest bit; 1 is a dot that prints.
+// Rows are padded to whole bytes; the leftmost dot is the highest bit of its byte.
 struct BitImage {
   BitImage() = default;
   BitImage(std::uint32_t width_, std::uint32_t height_)
@@ -30,15 +30,15 @@ struct BitImage {
   std::vector<std::uint8_t> bits;
 };
 
-// The image turned to the left by a multiple of 90 degrees.
+// Returns the image turned counter-clockwise by 0, 90, 180 or 270 degrees.
 BitImage Turn(const BitImage& image, int degrees);
 
-// The left half of an image whose halves are the same, null when they are not.
+// Returns the left half of an image whose two halves are equal; null if they differ.
 std::shared_ptr<const BitImage> LeftOfTwo(const BitImage& image);
 
-// The smallest rectangle that holds all dots of an image; empty when it has none.
+// The smallest rectangle around all dots of an image; empty if it has none.
 struct DotBox {
-  std::uint32_t left = 0, top = 0, right = 0, bottom = 0;  // right and bottom are one beyond
+  std::uint32_t left = 0, top = 0, right = 0, bottom = 0;  // right and bottom are exclusive
   bool Empty() const { return right == 0; }
 };
 DotBox FindDots(const BitImage& image);

@@ -1,4 +1,4 @@
-// PNG files in memory: images that a job downloads, and pictures of labels.
+// PNG files in memory: reads the images that a job downloads, writes pictures of labels.
 #pragma once
 
 #include <cstdint>
@@ -12,32 +12,32 @@
 
 namespace viewer {
 
-// What a PNG header says, whether or not the rest can be read.
+// The header of a PNG file. The rest of the file may still be damaged.
 struct PngHeader {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  int depth = 0;     // bits a channel
-  int channels = 0;  // 1, or 3 and 4 in colour and with transparency
+  int depth = 0;     // bits per channel
+  int channels = 0;  // 1 grey or palette, 2 grey with alpha, 3 RGB, 4 RGBA
   bool found = false;
 };
 PngHeader ReadPngHeader(std::string_view png);
 
-// The most that an image or a label may hold. Beyond it nothing is drawn, and the text says so.
+// Limits of an image or a label. Larger ones are not drawn, and the report says so.
 constexpr std::uint32_t kMostDotsASide = 100'000;
 constexpr std::uint64_t kMostDots = 200'000'000;
 
-// Reads a PNG file: what is darker than middle grey is a dot. On failure no image, and `why` says
-// what is wrong and what to do.
+// Decodes a PNG file. A pixel darker than middle grey becomes a dot. On failure returns null, and
+// `why` says what is wrong and what to do.
 std::shared_ptr<const BitImage> ReadPng(std::string_view png, std::string& why);
 
 struct Colour {
   std::uint8_t red, green, blue;
 };
 
-// Fills one row of a picture with indexes into its palette, one a dot.
+// Fills row y of a picture with one palette index per dot.
 using FillRow = std::function<void(std::uint32_t y, std::uint8_t* row)>;
 
-// A picture of up to 16 colours as a PNG file. Rows are asked for from the top, each once.
+// Encodes a picture of up to 16 colours as a PNG file. Calls fillRow once per row, from the top.
 std::string WritePng(std::uint32_t width, std::uint32_t height, double dpi,
                      const std::vector<Colour>& palette, const FillRow& fillRow);
 

@@ -8,7 +8,7 @@ namespace viewer {
 
 namespace {
 
-constexpr std::uint64_t kMostInterlacedDots = 20'000'000;  // they are held as bytes
+constexpr std::uint64_t kMostInterlacedDots = 20'000'000;  // held as one byte per dot
 constexpr int kMiddleGrey = 128;
 
 std::uint32_t BigEndian(std::string_view bytes) {
@@ -41,7 +41,8 @@ void PackRow(const std::vector<png_byte>& grey, std::size_t at, std::uint32_t y,
   }
 }
 
-// All that libpng can leave by a long jump stands here; what it works on belongs to the caller.
+// libpng reports errors by a long jump out of this function, so the caller owns every object with a
+// destructor.
 bool ReadRows(png_structp png, png_infop info, Source& source, BitImage& image,
               std::vector<png_byte>& grey) {
   if (setjmp(png_jmpbuf(png))) return false;

@@ -15,7 +15,7 @@ void Append(png_structp png, png_bytep bytes, std::size_t size) {
 }
 void NoFlush(png_structp) {}
 
-// As in reading: nothing that has a destructor is made where libpng can jump out.
+// As in reading: the caller owns every object with a destructor.
 bool WriteRows(png_structp png, png_infop info, std::uint32_t width, std::uint32_t height,
                png_uint_32 dotsAMetre, const std::vector<png_color>& palette,
                const FillRow& fillRow, std::vector<std::uint8_t>& row, std::string& file) {
@@ -55,7 +55,7 @@ std::string WritePng(std::uint32_t width, std::uint32_t height, double dpi,
   const bool written = info != nullptr &&
                        WriteRows(png, info, width, height, dotsAMetre, colours, fillRow, row, file);
   png_destroy_write_struct(&png, &info);
-  if (!written) throw std::bad_alloc();  // nothing else can fail in memory
+  if (!written) throw std::bad_alloc();  // writing to memory has no other failure
   return file;
 }
 

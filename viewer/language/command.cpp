@@ -2,7 +2,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
+
+#include "viewer/language/text.h"
 
 namespace viewer {
 
@@ -138,7 +139,7 @@ constexpr OptionForm kOptions[] = {
     {"T", '#', "option T", "mm"},
 };
 
-// The number at the start of the text: a sign, digits, a point and digits. Empty when none is.
+// Returns the decimal number at the start of the text; empty if there is none.
 std::string_view NumberAt(std::string_view text) {
   std::size_t at = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
   const auto digits = [&] {
@@ -165,7 +166,7 @@ double ToNumber(std::string_view text) {
   return error == std::errc::result_out_of_range ? HUGE_VAL : number;
 }
 
-// The entry "word" or "word=meaning" of a list of choices; empty when the word is not among them.
+// Returns the entry "word" or "word=meaning" from a list of choices; empty if it has none.
 std::string_view Choice(std::string_view choices, std::string_view word) {
   while (!choices.empty()) {
     const std::string_view entry = choices.substr(0, std::min(choices.find('|'), choices.size()));
@@ -175,7 +176,7 @@ std::string_view Choice(std::string_view choices, std::string_view word) {
   return {};
 }
 
-// Reads a text along a shape.
+// Parses the values of a command by its shape.
 class ShapeReader {
  public:
   ShapeReader(std::string_view text, const CommandForm& form) : m_text(text), m_form(form) {}
@@ -184,7 +185,7 @@ class ShapeReader {
     if (!ReadShape(m_form.shape, line)) return false;
     return m_text.empty();
   }
-  // Whether the first value can be read: then the line means to be this command.
+  // True if the first value can be read: then the line is meant to be this command.
   bool BeginsWell() {
     const char first = *m_form.shape;
     if (first == '#') return !NumberAt(m_text).empty();
@@ -207,7 +208,7 @@ class ShapeReader {
     }
     return true;
   }
-  // A group that is not there leaves its value without text.
+  // A missing optional group leaves a value without text.
   void ReadOptional(std::string_view group, Line& line) {
     const std::string_view before = m_text;
     const std::size_t count = line.values.size();
@@ -238,19 +239,6 @@ class ShapeReader {
   std::string_view m_text;
   const CommandForm& m_form;
 };
-
-bool IsUtf8(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    const unsigned char lead = static_cast<unsigned char>(text[at]);
-    const std::size_t more = lead < 0x80 ? 0 : lead >> 5 == 6 ? 1 : lead >> 4 == 14 ? 2 : 9;
-    if (more == 9 || lead == 0xC0 || lead == 0xC1 || at + more >= text.size()) return false;
-    for (std::size_t i = 1; i <= more; ++i) {
-      if ((static_cast<unsigned char>(text[at + i]) & 0xC0) != 0x80) return false;
-    }
-    at += more + 1;
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -323,36 +311,6 @@ std::string_view Meaning(const Value& value) {
   const std::string_view entry = Choice(value.field->choices, value.text);
   const std::size_t equals = entry.find('=');
   return equals == entry.npos ? value.text : entry.substr(equals + 1);
-}
-
-std::string Plain(double number) {
-  char text[400];
-  std::snprintf(text, sizeof text, "%.2f", number);
-  std::string plain = text;
-  if (plain.find('.') != plain.npos) {
-    plain.erase(plain.find_last_not_of('0') + 1);
-    if (plain.back() == '.') plain.pop_back();
-  }
-  return plain == "-0" ? "0" : plain;
-}
-
-std::string Printable(std::string_view text) {
-  const bool utf8 = IsUtf8(text);
-  std::string printable;
-  for (const char c : text) {
-    const unsigned char byte = static_cast<unsigned char>(c);
-    char escaped[8];
-    if (byte < 0x20 || byte == 0x7F || (!utf8 && byte >= 0x80 && byte < 0xA0)) {
-      std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
-      printable += escaped;
-    } else if (!utf8 && byte >= 0xA0) {
-      printable += static_cast<char>(0xC0 | byte >> 6);
-      printable += static_cast<char>(0x80 | (byte & 0x3F));
-    } else {
-      printable += c;
-    }
-  }
-  return printable;
 }
 
 }  // namespace viewer

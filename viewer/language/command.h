@@ -1,5 +1,5 @@
-// The printer's command language: what each line is, in one table that reading, explaining and
-// checking share.
+// The printer's command language: one table of commands, shared by reading, explaining and
+// checking.
 #pragma once
 
 #include <optional>
@@ -30,33 +30,32 @@ enum class Verb {
   PlaceImage,
   Recall,
   Print,
-  Broken,  // begins like a command of the table but cannot be read
-  Passed,  // the printer's own business
+  Broken,  // starts like a command of the table but cannot be read
+  Passed,  // unknown here; the printer gets it unchanged
 };
 
-// One value of a command: what it is called, its unit, and what a printer accepts.
+// One value of a command: its name, its unit and what a printer accepts.
 struct Field {
   const char* name = nullptr;
   const char* unit = "";
   double least = 0;
   double most = 0;
-  const char* choices = nullptr;  // "T=thermal transfer|D=direct thermal": a word, not a number
+  const char* choices = nullptr;  // of a word: "T=thermal transfer|D=direct thermal"
 };
 
-// The shape of a command: literal text with # for a number, $ for a word up to a comma, semicolon
-// or the end, [ ] around what may be missing, * for any rest. The fields follow in that order.
+// One command. In its shape, # is a number, $ a word up to a comma, a semicolon or the end, [ ] an
+// optional part and * any rest; everything else is literal. The fields stand in the same order.
 struct CommandForm {
   Verb verb;
-  const char* name;  // of the command, for people and programs
-  const char*
-      token;  // a line that begins with it and then goes on as the shape may is this command
+  const char* name;   // in reports and JSON
+  const char* token;  // starts the line; the shape follows
   const char* shape;
-  const char* syntax;  // the shape as people write it
+  const char* syntax;  // the whole command for messages
   const char* words;   // what it does
   Field fields[6];
 };
 
-// What was read for one field. A missing one has no text.
+// What was read for one field. A missing optional value has no text.
 struct Value {
   const Field* field;
   std::string_view text;
@@ -69,40 +68,33 @@ struct Line {
   Verb verb = Verb::Passed;
   const CommandForm* form = nullptr;  // null for Blank and Passed
   std::vector<Value> values;
-  std::string_view rest;  // what follows the command and is passed on as it stands
+  std::string_view rest;  // follows the command; the printer gets it unchanged
 
   double Number(std::size_t field) const { return values[field].number; }
   std::string_view Text(std::size_t field) const { return values[field].text; }
 };
 
-// Reads a line without its end. Never fails: what it does not know is Passed.
+// Parses a line without its line end. Never fails: an unknown line is Passed.
 Line ReadLine(std::string_view text);
 
 // One option of an option line.
 struct OptionForm {
   const char* key;    // "A0=", "H", ...
-  char value;         // '#' a number, '$' a word, 0 nothing
+  char value;         // '#' a number, '$' a word, 0 none
   const char* words;  // what it does
   const char* unit;
 };
 struct Option {
-  const OptionForm* form;  // null: passed on as it stands
-  std::string_view text;   // of the option, or its value
-  std::string_view rest;   // follows the value and is passed on
+  const OptionForm* form;  // null if unknown
+  std::string_view text;   // its value; of an unknown option all of it
+  std::string_view rest;   // follows the value; the printer gets it unchanged
 };
 std::vector<Option> ReadOptions(std::string_view list);
 
-// What the value's number or word may not be, in words; none when it is in range.
+// Returns a message if the value is out of range, nullopt if it is not.
 std::optional<std::string> RangeFault(const Line& line, const Value& value);
 
-// The meaning of a word among its field's choices; the word itself when there are no words for it.
+// Returns the meaning of a word by its field's choices; the word itself if they give none.
 std::string_view Meaning(const Value& value);
-
-// Numbers for people: at most two decimals, none that are zero.
-std::string Plain(double number);
-
-// Text from a job for people, as UTF-8: control characters are escaped, other bytes are taken as
-// UTF-8 when they are, else as Latin letters of one byte.
-std::string Printable(std::string_view text);
 
 }  // namespace viewer

@@ -4,11 +4,13 @@
 #include <charconv>
 #include <cmath>
 
+#include "viewer/language/text.h"
+
 namespace viewer {
 
 namespace {
 
-// What a printer would never reach, so that no job takes all memory or time.
+// Far beyond any real label; they bound memory and time for a hostile job.
 constexpr std::size_t kMostFields = 10'000;
 constexpr std::size_t kMostPlacements = 10'000;
 constexpr std::uint64_t kMostLabelDots = 2 * kMostDots;
@@ -75,7 +77,7 @@ void JobReader::TakeData(const Piece& piece) {
   stored = {};
   stored.png = piece.text;
   stored.place = piece.place;
-  stored.placed = !piece.whole;  // that it is cut off says enough
+  stored.placed = !piece.whole;  // a cut-off download is reported already
   m_download.reset();
   ++m_downloads;
 }
@@ -179,7 +181,7 @@ void JobReader::Erase() {
 
 void JobReader::DefineField(const Line& line, Place place) {
   const int angle = ToInt(line.Text(3));
-  if (angle % 90 != 0 || angle < 0 || angle > 270) {  // noted as out of range, once
+  if (angle % 90 != 0 || angle < 0 || angle > 270) {  // already reported as out of range
     const auto image = m_images.find(line.Text(4));
     if (image != m_images.end()) image->second.placed = true;
     return;
@@ -231,7 +233,7 @@ void JobReader::PlaceImage(std::string_view field, FieldOnLabel& where, std::str
   placement.bothSides = stored.bothSides;
   placement.recalled = recalled;
   placement.place = place;
-  // What was downloaded for this label came after the print line of the one before.
+  // Images for this label are downloaded after the print line of the one before.
   if (stored.place.offset >= m_labelStart) placement.downloadBytes = stored.png.size();
   Filling& filled = where.filled[m_label.twoColours ? 1 : 0];
   const Filling now = {placement.name, stored.place.offset};
@@ -250,13 +252,13 @@ void JobReader::PlaceImage(std::string_view field, FieldOnLabel& where, std::str
     Note(place, Named(name) + " is more than one label can hold: place fewer or smaller images");
     return;
   }
-  if (name == "1") m_label.twoColours = true;  // the background of two colours
+  if (name == "1") m_label.twoColours = true;  // only two-colour labels have an image 1
   m_label.placements.push_back(std::move(placement));
 }
 
-// A field that is filled with the same image again means the picture that it showed before. If the
-// name was downloaded and printed anew in between, say by a label of one colour among labels of
-// two, the label shows that other picture.
+// A sender that fills a field with an image again, without downloading it, means the picture that
+// the field showed before. If another picture was downloaded under that name and printed elsewhere
+// in between, the label shows that one. A label of one colour between labels of two does this.
 void JobReader::NoteOverwritten(std::string_view field, const Filling& before, const Filling& now,
                                 const StoredImage& stored, Place place) {
   if (before.name != now.name || before.download == now.download || !stored.placed) return;
@@ -273,7 +275,7 @@ std::shared_ptr<const BitImage> JobReader::Decode(StoredImage& stored) {
     stored.png = {};
     return nullptr;
   }
-  // In colour it is the page twice, side by side, for printers that print both sides of a label.
+  // A colour image with two equal halves is a page for both sides of a label.
   if (ReadPngHeader(stored.png).channels == 3) {
     if (std::shared_ptr<const BitImage> side = LeftOfTwo(*stored.decoded)) {
       stored.decoded = std::move(side);
@@ -283,7 +285,7 @@ std::shared_ptr<const BitImage> JobReader::Decode(StoredImage& stored) {
   m_decodedDots += std::uint64_t{stored.decoded->width} * stored.decoded->height;
   if (m_decodedDots > kMostLabelDots) {
     std::shared_ptr<const BitImage> decoded = stored.decoded;
-    for (auto& [name, other] : m_images) other.decoded.reset();  // read again when placed again
+    for (auto& [name, other] : m_images) other.decoded.reset();  // decoded again when placed again
     m_decodedDots = 0;
     return decoded;
   }

@@ -1,5 +1,5 @@
-// What a job prints: the printer's memory of images, fields and label size, worked through command
-// by command, one label at a time.
+// Works through a job command by command with the memory of a printer (images, fields, label size)
+// and yields one printed label at a time.
 #pragma once
 
 #include <cstdint>
@@ -23,9 +23,9 @@ struct LabelSize {
   std::string sensor;
   double offsetXMm = 0;
   double offsetYMm = 0;
-  double lengthMm = 0;  // in the direction of the feed
-  double pitchMm = 0;   // from label to label
-  double widthMm = 0;   // across; with two colours both halves, side by side
+  double lengthMm = 0;  // along the feed
+  double pitchMm = 0;   // from the start of a label to the start of the next
+  double widthMm = 0;   // across the web; in two colours both halves side by side
 };
 
 // An image on a label.
@@ -36,10 +36,10 @@ struct Placement {
       0;  // of the image's first dot, x to the right and y downwards from the label's corner
   double yMm = 0;
   int angle = 0;                          // 0, 90, 180 or 270 degrees to the left
-  std::shared_ptr<const BitImage> image;  // null: it cannot be drawn
-  std::uint64_t downloadBytes = 0;        // of its PNG file, 0 when the printer held it already
+  std::shared_ptr<const BitImage> image;  // null if it cannot be drawn
+  std::uint64_t downloadBytes = 0;        // size of its PNG file; 0 if the printer already held it
   bool recalled = false;                  // placed by R
-  bool bothSides = false;                 // the same again is sent for the label's other side
+  bool bothSides = false;  // downloaded twice side by side, for both sides of a label
   Place place;
 };
 
@@ -49,15 +49,15 @@ struct Label {
   bool twoColours = false;
   std::vector<Placement> placements;
   std::int64_t copies = 1;
-  std::int64_t cuts = 0;    // made while its copies are printed
+  std::int64_t cuts = 0;    // made while its copies print
   bool cutAtEnd = false;    // one of them after the last copy
-  std::uint64_t bytes = 0;  // of the job, since the print line before
+  std::uint64_t bytes = 0;  // of the job stream, from the previous print line to this one
   Place place;              // of its print line
 
   double WidthMm() const { return !size ? 0 : twoColours ? size->widthMm / 2 : size->widthMm; }
 };
 
-// What the comment lines at the start say, as text for people.
+// Header comments of a job, as printable text.
 struct JobNotes {
   std::string created;
   std::string driverVersion;
@@ -70,12 +70,12 @@ class JobReader {
   // The job must outlive the reader.
   explicit JobReader(std::string_view job) : m_job(job), m_stream(job) {}
 
-  // The next label that is printed, none after the last.
+  // Returns the next printed label, or nullopt after the last.
   std::optional<Label> Next();
 
-  // So far; complete after the last label.
+  // Results so far; complete once Next has returned nullopt.
   const std::vector<Fault>& Faults() const { return m_faults; }
-  std::uint64_t FaultCount() const { return m_faultCount; }  // all, also those beyond the list
+  std::uint64_t FaultCount() const { return m_faultCount; }  // may exceed Faults().size()
   const JobNotes& Notes() const { return m_notes; }
   std::uint64_t Downloads() const { return m_downloads; }
   std::uint64_t Reused() const { return m_reused; }
@@ -84,7 +84,7 @@ class JobReader {
   struct StoredImage {
     std::string_view png;
     std::shared_ptr<const BitImage> decoded;
-    std::string fault;  // why it cannot be decoded
+    std::string fault;  // why it cannot be decoded; reported once
     bool placed = false;
     bool bothSides = false;
     Place place;  // of its data; no two downloads share one
@@ -100,7 +100,7 @@ class JobReader {
     Filling filled[2];  // on labels of one and of two colours
   };
 
-  bool Take(const Piece& piece);  // true: a label is ready
+  bool Take(const Piece& piece);  // true if a label is ready
   void TakeData(const Piece& piece);
   bool TakeLine(const Line& line, const Piece& piece);
   void TakeComment(std::string_view text);
@@ -129,13 +129,13 @@ class JobReader {
   // The printer's memory.
   std::map<std::string, StoredImage, std::less<>> m_images;
   std::map<std::string, FieldOnLabel, std::less<>> m_fields;
-  std::optional<std::string> m_download;  // name of the image whose data comes next
+  std::optional<std::string> m_download;  // name of the image whose data must come next
   std::uint64_t m_decodedDots = 0;        // held in m_images
-  std::int64_t m_cutEvery = 0;            // labels between cuts, 0: none
+  std::int64_t m_cutEvery = 0;            // labels between cuts; 0 for no cuts by count
   std::int64_t m_sinceCut = 0;
   bool m_cutAfter = false;
 
-  Label m_label;  // under work
+  Label m_label;  // being composed
   std::uint64_t m_labelDots = 0;
   std::uint64_t m_labelStart = 0;
   std::uint64_t m_downloads = 0;

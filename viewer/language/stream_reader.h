@@ -1,5 +1,5 @@
-// Cuts a job stream into its lines and its blocks of binary data, as a printer takes it in.
-// Any bytes are accepted; what is wrong with them is noted on the piece. Views point into the job.
+// Cuts a job stream into lines and blocks of binary data, as a printer does.
+// Accepts any bytes. Text views point into the job.
 #pragma once
 
 #include <cstddef>
@@ -10,27 +10,27 @@
 
 namespace viewer {
 
-// Where something stands in a job. A block of data counts as one line.
+// A position in a job. A block of data counts as one line.
 struct Place {
   std::size_t line = 0;    // from 1
   std::size_t offset = 0;  // bytes from the start of the job
 };
 
-// Something that a printer would stumble over.
+// A mistake in a job.
 struct Fault {
   Place place;
-  std::string text;  // names the thing, the value and the remedy
+  std::string text;  // what is wrong, the value, what to do
 };
-inline constexpr std::size_t kMostFaults = 1000;  // that are listed of a job
+inline constexpr std::size_t kMostFaults = 1000;  // listed per job
 
 struct Piece {
   enum class Kind { Line, Data };
-  enum class End { CrLf, Lf, Cr, None };  // None: the job ends here
+  enum class End { CrLf, Lf, Cr, None };  // None: the job ends without one
 
   Kind kind = Kind::Line;
   Place place;
   std::string_view text;  // the line without its end, or the data between ESC : and ESC end-of-data
-  std::size_t bytes = 0;  // all bytes of the piece, framing and line end included
+  std::size_t bytes = 0;  // size of the whole piece with framing and line end
   End end = End::CrLf;
   bool whole = true;  // false: data without its ESC end-of-data
 };
@@ -42,13 +42,13 @@ class StreamReader {
 
   std::size_t LineCount() const { return m_line; }  // so far
 
-  // The next piece, none after the last.
+  // Returns the next piece, or nullopt at the end of the job.
   std::optional<Piece> Next();
 
  private:
   Piece ReadLine();
   Piece ReadData();
-  // Takes the line end that follows at the position, if any.
+  // Consumes the line end at the current position, if there is one.
   Piece::End TakeLineEnd();
 
   const std::string_view m_job;
@@ -56,7 +56,7 @@ class StreamReader {
   std::size_t m_line = 0;
 };
 
-// What is wrong with how a piece ends; none when it ends as a printer wants it.
+// Returns what is wrong with the end of a piece, or nullopt if it ends as it should.
 std::optional<Fault> EndFault(const Piece& piece);
 
 }  // namespace viewer

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "viewer/language/text.h"
+
 namespace viewer {
 
 namespace {
 
 constexpr std::size_t kMostFaultsShown = 20;
-constexpr std::uint64_t kFewLabels = 2;  // they are shown larger
+constexpr std::uint64_t kFewLabels = 2;  // shown larger
 
 std::string Base64(std::string_view bytes) {
   constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -41,7 +43,7 @@ std::string ImageItem(const Label& label, const Placement& placement, double dpi
   return html + "</li>";
 }
 
-// Millimetres to the tenth: a head may say hundredths more than the paper has.
+// Millimetres to one decimal. A head with a correction of its own widens labels by hundredths.
 std::string Tenths(double mm) { return Plain(std::round(mm * 10) / 10); }
 
 std::string Fact(const std::string& name, const std::string& value, const std::string& more = "") {
@@ -80,16 +82,6 @@ std::string Escaped(std::string_view text) {
     }
   }
   return html;
-}
-
-std::string Grouped(std::uint64_t number) {
-  std::string text = std::to_string(number);
-  for (std::size_t at = text.size(); at > 3;) text.insert(at -= 3, ",");
-  return text;
-}
-
-std::string Counted(std::uint64_t number, const char* noun) {
-  return Grouped(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 void LabelStrip::Add(const DrawnLabel& drawn, std::string_view png) {
@@ -161,8 +153,8 @@ std::string FactsHtml(const JobView& view, const JobTotals& totals, std::uint64_
 
 std::string FaultsHtml(const JobReader& reader) {
   if (reader.FaultCount() == 0) return "";
-  std::string html = "<section class=\"faults\"><b>" + Counted(reader.FaultCount(), "thing") +
-                     " a printer would stumble over</b><ul>";
+  std::string html =
+      "<section class=\"faults\"><b>" + Counted(reader.FaultCount(), "mistake") + " found</b><ul>";
   const std::size_t shown = std::min(reader.Faults().size(), kMostFaultsShown);
   for (std::size_t i = 0; i < shown; ++i) {
     const Fault& fault = reader.Faults()[i];

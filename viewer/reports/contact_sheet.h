@@ -1,5 +1,5 @@
-// A job's labels as one HTML page: the strip as it leaves the printer, with what each label is.
-// The page needs nothing else; it fits a phone and prints.
+// A job's labels as one HTML page: the strip of labels in print order, with notes on each.
+// The page is self-contained, fits a phone and prints well.
 #pragma once
 
 #include <string>
@@ -9,24 +9,20 @@
 
 namespace viewer {
 
-// Text for HTML.
+// Escapes text for HTML.
 std::string Escaped(std::string_view text);
-// "12,345".
-std::string Grouped(std::uint64_t number);
-// "1 label", "2 labels".
-std::string Counted(std::uint64_t number, const char* noun);
-// A page up to its content: the head with title, the style that all pages share, and more.
+// Returns a page up to its content: the title, the shared style and further head elements.
 std::string PageStart(const std::string& title, const std::string& head);
 extern const char* const kPageStyle;
 
-// Labels of a job in their order, as items of a page.
+// The labels of a job as a list of HTML items, in print order.
 class LabelStrip {
  public:
-  // png: the label's picture as a file, to be put into the page; empty when there is none.
+  // png: the label's picture, embedded in the page; empty if there is none.
   void Add(const DrawnLabel& drawn, std::string_view png);
-  // path: of the picture, seen from the page.
+  // path: of the picture, relative to the page; empty if there is none.
   void AddLinked(const DrawnLabel& drawn, const std::string& path);
-  // The strip so far.
+  // Returns the list so far.
   std::string Html() const;
   std::uint64_t Count() const { return m_count; }
 
@@ -37,15 +33,15 @@ class LabelStrip {
   std::uint64_t m_count = 0;
 };
 
-// Labels beyond these are counted but not shown: a page of more is of no use.
+// Further labels are counted but not shown.
 constexpr std::uint64_t kMostLabelsOnSheet = 1000;
 
-// The numbers over the strip: labels, copies, cuts, bytes, images, resolution.
+// The figures above the strip: labels, copies, cuts, bytes, images, resolution.
 std::string FactsHtml(const JobView& view, const JobTotals& totals, std::uint64_t jobBytes);
-// What a printer would stumble over, empty when nothing.
+// The mistakes found in the job; empty if there are none.
 std::string FaultsHtml(const JobReader& reader);
 
-// The whole contact sheet. The view has given its last label.
+// The whole contact sheet. Call it after the view has returned its last label.
 std::string ContactSheet(const std::string& jobName, std::uint64_t jobBytes, const JobView& view,
                          const JobTotals& totals, const LabelStrip& strip);
 

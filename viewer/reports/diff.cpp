@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "viewer/language/text.h"
+
 namespace viewer {
 
 namespace {
 
-// Of one dot of the picture of a difference.
+// What a dot of the difference picture shows.
 enum Mark : std::uint8_t { kPaper, kSame, kOnlyA, kOnlyB, kOtherColour, kNoLabel };
 const std::vector<Colour> kMarkColours = {{255, 255, 255}, {186, 190, 196}, {11, 98, 214},
                                           {232, 89, 12},   {156, 39, 176},  {226, 228, 232}};
@@ -29,7 +31,7 @@ Mark MarkOf(const LabelPicture& a, const LabelPicture& b, std::uint32_t x, std::
   return inkB == kNone ? kOnlyA : inkA == kNone ? kOnlyB : kOtherColour;
 }
 
-// Marks a row and gives how many of its dots differ.
+// Counts the dots of a row that differ and extends the box around them.
 void CountRow(const LabelPicture& a, const LabelPicture& b, std::uint32_t width, std::uint32_t y,
               LabelDiff& diff) {
   for (std::uint32_t x = 0; x < width; ++x) {
@@ -44,7 +46,7 @@ void CountRow(const LabelPicture& a, const LabelPicture& b, std::uint32_t width,
 
 void CompareDots(const DrawnLabel& a, const DrawnLabel& b, LabelDiff& diff) {
   if (*a.picture == *b.picture) return;
-  // Both as the first one is read, so that a turned label shows as one.
+  // Both get the turn of the first, so that a turned label shows up as a difference.
   const LabelPicture first = Turn(*a.picture, a.turn);
   const LabelPicture second = Turn(*b.picture, a.turn);
   const std::uint32_t width = std::max(first.black.width, second.black.width);

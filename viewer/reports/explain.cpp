@@ -4,12 +4,13 @@
 
 #include "viewer/image/png.h"
 #include "viewer/language/command.h"
+#include "viewer/language/text.h"
 
 namespace viewer {
 
 namespace {
 
-constexpr const char* kPassedOn = "passed to the printer as it stands";
+constexpr const char* kPassedOn = "passed to the printer unchanged";
 
 // "speed 100 mm/s", "method thermal transfer", "angle 180 (half a turn)".
 std::string ValueWords(const Value& value) {

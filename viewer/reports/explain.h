@@ -1,4 +1,4 @@
-// A job stream line by line, in plain words and units.
+// Explains a job stream line by line, in words and units.
 #pragma once
 
 #include <cstdint>
@@ -15,13 +15,13 @@ namespace viewer {
 struct Explanation {
   Place place;
   std::size_t bytes = 0;
-  std::string text;     // the line for people; data is not shown
-  std::string command;  // its name: "label size", "image data", "passed on", "blank"
+  std::string text;     // the line as printable text; data is not shown
+  std::string command;  // name of the command, or "image data", "passed on", "blank"
   std::string words;
-  std::vector<std::pair<std::string, std::string>> values;  // as they stand in the job
+  std::vector<std::pair<std::string, std::string>> values;  // as written in the job
 };
 
-// Calls back with every piece of the job, from the first to the last.
+// Calls `each` for every line and block of the job, in order.
 void ExplainJob(std::string_view job, const std::function<void(const Explanation&)>& each);
 
 }  // namespace viewer

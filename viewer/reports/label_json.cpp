@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "viewer/language/text.h"
+
 namespace viewer {
 
 namespace {

@@ -1,4 +1,4 @@
-// Labels and faults for programs.
+// Labels and faults as JSON.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -12,7 +12,7 @@ nlohmann::ordered_json ToJson(const DrawnLabel& drawn);
 nlohmann::ordered_json ToJson(const Fault& fault);
 nlohmann::ordered_json ToJson(const JobNotes& notes);
 
-// Prints to standard output; text of a job that is no UTF-8 does not stop it.
+// Prints to standard output. Job text that is not valid UTF-8 is replaced.
 void PrintJson(const nlohmann::ordered_json& json);
 
 }  // namespace viewer

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "viewer/drawing/drawing.h"
+#include "viewer/language/text.h"
 
 namespace viewer {
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr double kRegisterMm = 0.25;
 
-// Where the dots of an image are once it is turned.
+// The box of an image's dots after the image is turned.
 struct TurnedBox {
   std::int64_t left, top, right, bottom;
 };
@@ -54,7 +55,7 @@ class Linter {
   }
 
  private:
-  // White that hangs over an edge does no harm.
+  // White beyond an edge does no harm.
   void CheckEdges(const Label& label, const Placement& placement) {
     const Landing at = Land(label, placement, m_dpi);
     const LabelDots size = SizeInDots(label, m_dpi);
@@ -77,7 +78,7 @@ class Linter {
     }
   }
 
-  // The same dot of both colours has to fall on the same spot.
+  // A dot of each colour at the same place on the page must print at the same place on the label.
   void CheckRegister(const Label& label) {
     const Placement* black = nullptr;
     const Placement* highlight = nullptr;
@@ -99,7 +100,7 @@ class Linter {
                                Plain(label.WidthMm()) + " mm, beyond it");
   }
 
-  // A page image is often placed on many labels; the last ones are remembered.
+  // A page image is often placed on many labels, so the last boxes are kept.
   const DotBox& DotsOf(const std::shared_ptr<const BitImage>& image) {
     for (const auto& [known, box] : m_boxes) {
       if (known == image) return box;
@@ -116,7 +117,7 @@ class Linter {
 
   JobReader m_reader;
   const double m_dpi;
-  const std::string m_guess;  // what to say of a resolution that nobody named
+  const std::string m_guess;  // added to messages if the resolution is a guess
   std::vector<Fault> m_faults;
   std::uint64_t m_count = 0;
   std::pair<std::shared_ptr<const BitImage>, DotBox> m_boxes[4];

@@ -1,4 +1,4 @@
-// What a printer would stumble over in a job.
+// Checks a job for mistakes before it is printed.
 #pragma once
 
 #include <string_view>
@@ -8,11 +8,11 @@
 
 namespace viewer {
 
-// All that the reading of the job finds, and what would be lost at the labels' edges, in the order
-// of the job. dpi 0: the resolution is guessed.
+// All faults in job order: what the job reader reports, dots lost at the edges of labels and
+// colours out of register. dpi 0: guessed from the job.
 struct LintResult {
   std::vector<Fault> faults;
-  std::uint64_t count = 0;  // also those beyond the list
+  std::uint64_t count = 0;  // may exceed faults.size()
 };
 LintResult LintJob(std::string_view job, double dpi);
 

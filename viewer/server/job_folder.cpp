@@ -11,6 +11,7 @@
 
 #include "common/error.h"
 #include "viewer/files.h"
+#include "viewer/language/text.h"
 #include "viewer/reports/contact_sheet.h"
 
 namespace viewer {
@@ -32,7 +33,7 @@ std::string Numbered(const char* before, std::uint64_t number, const char* after
   return text;
 }
 
-// The number of "job-0007.job", 0 for other names.
+// Returns 7 for "job-0007.job", 0 for other names.
 std::uint64_t JobNumber(const std::string& name) {
   if (!name.starts_with("job-") || !name.ends_with(".job")) return 0;
   const char* end = name.data() + name.size() - 4;
@@ -52,8 +53,8 @@ std::string Section(const std::string& name, const std::string& note, std::uint6
   html += "</p>";
   if (!note.empty()) html += "<p class=\"faults\">" + Escaped(note) + "</p>";
   if (view.Reader().FaultCount() > 0) {
-    html += "<p class=\"faults\">" + Counted(view.Reader().FaultCount(), "thing") +
-            " a printer would stumble over: <a href=\"" + name + ".html\">see the sheet</a></p>";
+    html += "<p class=\"faults\">" + Counted(view.Reader().FaultCount(), "mistake") +
+            " found: <a href=\"" + name + ".html\">see the sheet</a></p>";
   }
   html += strip.Html();
   if (totals.labels > kMostLabelsInSection) {

@@ -1,4 +1,4 @@
-// The folder of a network printer: each job with its pictures, and a page that shows all of them.
+// The folder of the network printer: its jobs, their pictures and a page that shows them.
 #pragma once
 
 #include <cstdint>
@@ -12,16 +12,16 @@ namespace viewer {
 
 class JobFolder {
  public:
-  // Makes the folder and takes in the jobs that lie in it from before; the page is there at once.
+  // Creates the folder if needed, draws the jobs that it already holds and writes the page.
   // dpi 0: guessed for each job. Throws CommandError (target).
   JobFolder(std::string folder, double dpi, Colour highlight);
 
-  // The path of a file for a job that begins to come in. Of any thread.
+  // Returns a new path for a job that is being received. Thread-safe.
   std::string PathOfComing();
 
-  // Takes in a job whose bytes are all there: gives it its number, draws it and writes the page
-  // again. note: what happened on the way, empty when nothing. Returns one line about the job.
-  // Of any thread; throws CommandError (target).
+  // Adds a received job: numbers it, draws it and updates the page. note: what went wrong while it
+  // was received, empty if nothing did. Returns a line of text about the job.
+  // Thread-safe. Throws CommandError (target).
   std::string Add(const std::string& comingPath, const std::string& note);
 
  private:
@@ -33,8 +33,8 @@ class JobFolder {
   const Colour m_highlight;
   std::mutex m_mutex;
   std::uint64_t m_coming = 0;
-  std::uint64_t m_last = 0;            // number of the last job
-  std::deque<std::string> m_sections;  // of the page, the last job first
+  std::uint64_t m_last = 0;            // number of the newest job
+  std::deque<std::string> m_sections;  // of the page, newest job first
 };
 
 }  // namespace viewer

@@ -22,7 +22,7 @@ namespace {
 constexpr int kMostClients = 64;
 constexpr int kLookAgainMs = 50;
 
-// Writes all of it; false when the file does not take it.
+// Writes all bytes; false on failure.
 bool WriteAll(int file, const char* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t written = write(file, bytes, size);
@@ -71,7 +71,7 @@ void PrinterServer::Stop() {
 
 void PrinterServer::Run() {
   while (true) {
-    // With all hands full, the system lets further clients wait.
+    // At the limit, further clients wait in the listen queue.
     const bool full = HandsFull();
     pollfd waits[] = {{m_stop, POLLIN, 0}, {m_listener, POLLIN, 0}};
     const int ready = poll(waits, full ? 1 : 2, full ? kLookAgainMs : -1);
@@ -104,14 +104,14 @@ void PrinterServer::Greet(int client) {
       Serve(client);
       Leave();
     }).detach();
-  } catch (const std::system_error&) {  // no thread to be had: the client may try again
+  } catch (const std::system_error&) {  // no thread available: the client may try again
     close(client);
     Leave();
   }
 }
 
 void PrinterServer::Leave() {
-  // Under the lock: the server may be gone as soon as the last client is known to have left.
+  // Notify under the lock: once the count is 0, the server may be destroyed.
   const std::lock_guard lock(m_mutex);
   --m_clients;
   m_clientLeft.notify_all();
@@ -130,7 +130,7 @@ void PrinterServer::Serve(int client) {
     if (bytes > 0) {
       std::printf("%s\n", m_folder.Add(path, note).c_str());
       std::fflush(stdout);
-    } else {  // somebody only knocked
+    } else {  // a connection without data is no job
       std::remove(path.c_str());
     }
   } catch (const std::exception& error) {
@@ -158,7 +158,7 @@ std::string PrinterServer::Receive(int client, int file, std::uint64_t& bytes) {
       return "The client hung up in the middle of the job.";
     }
     if (!WriteAll(file, buffer, static_cast<std::size_t>(count))) {
-      return std::string("The folder takes no more: ") + std::strerror(errno) + ".";
+      return std::string("The job cannot be written: ") + std::strerror(errno) + ".";
     }
     bytes += static_cast<std::uint64_t>(count);
     if (bytes > kMostJobBytes - sizeof buffer)

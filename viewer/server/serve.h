@@ -1,4 +1,4 @@
-// A label printer on the network, on this machine only: it takes jobs on a TCP port as they are.
+// A network label printer on loopback: receives raw jobs on a TCP port.
 #pragma once
 
 #include <chrono>
@@ -13,33 +13,33 @@ namespace viewer {
 
 class PrinterServer {
  public:
-  // Opens the port on loopback; 0: any free one. A client that sends nothing for so long is hung up
-  // on, and its job taken as it stands. Throws CommandError (target) when the port cannot be
-  // opened.
+  // Opens the port on loopback; 0 takes any free one. A client that sends nothing for `patience` is
+  // disconnected, and its job is kept as far as it came. Throws CommandError (target) if the port
+  // cannot be opened.
   PrinterServer(int port, std::chrono::seconds patience, JobFolder& folder);
   ~PrinterServer();
 
   int Port() const { return m_port; }
 
-  // Takes jobs until Stop; returns when those under way are in the folder.
+  // Accepts jobs until Stop, then waits until those being received are in the folder.
   void Run();
-  // Of any thread, or of a signal handler.
+  // Thread-safe and async-signal-safe.
   void Stop();
 
  private:
-  void Greet(int client);  // starts a thread for it
+  void Greet(int client);  // starts a thread for the client
   void Serve(int client);
   void Leave();
   bool HandsFull();
-  // Copies what the client sends into the file. Returns what went wrong on the way, or nothing.
+  // Copies what the client sends into the file. Returns what went wrong, empty if nothing did.
   std::string Receive(int client, int file, std::uint64_t& bytes);
 
   JobFolder& m_folder;
   const std::chrono::seconds m_patience;
   int m_listener = -1;
-  int m_stop = -1;  // becomes readable when the printer is to stop
+  int m_stop = -1;  // eventfd; readable once Stop was called
   int m_port = 0;
-  std::mutex m_mutex;  // of what follows
+  std::mutex m_mutex;  // guards the members below
   std::condition_variable m_clientLeft;
   int m_clients = 0;
 };

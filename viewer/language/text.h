@@ -1,0 +1,23 @@
+// Numbers and job text for people.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace viewer {
+
+// A number with at most two decimals and no trailing zeros: "12.5".
+std::string Plain(double number);
+
+// A number with thousands separators: "12,345".
+std::string Grouped(std::uint64_t number);
+
+// A number with its noun: "1 label", "2 labels".
+std::string Counted(std::uint64_t number, const char* noun);
+
+// Text from a job, as UTF-8. Control characters are escaped; text that is not valid UTF-8 is read
+// as Latin-1.
+std::string Printable(std::string_view text);
+
+}  // namespace viewer
