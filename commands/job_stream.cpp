@@ -64,13 +64,13 @@ void SpoolWrite(PDEVOBJ pdevobj, std::string_view bytes) {
   DeviceState(pdevobj)->job.dwJobBytesWritten += length;
 }
 
-std::u16string FormatJobTimestamp() {
+WideText FormatJobTimestamp() {
   SYSTEMTIME now;
   GetLocalTime(&now);
   char text[64];
   std::snprintf(text, sizeof text, "%02d.%02d.%04d, %02d:%02d:%02d", now.wDay, now.wMonth,
                 now.wYear, now.wHour, now.wMinute, now.wSecond);
-  return std::u16string(text, text + std::char_traits<char>::length(text));
+  return WideText(text, text + std::char_traits<char>::length(text));
 }
 
 std::string BuildJobHeader(std::string_view timestamp, std::string_view model,

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "config/wide_text.h"
 #include "platform/driver.h"
 
 inline constexpr std::string_view g_strLineEnd = "\r\n";
@@ -29,7 +30,7 @@ inline std::string FormatLength(LONG lengthUm) { return FormatFixed(MillimetresO
 void SpoolWrite(PDEVOBJ pdevobj, std::string_view bytes);
 
 // The local time as "07.03.2025, 14:05:09".
-std::u16string FormatJobTimestamp();
+WideText FormatJobTimestamp();
 
 std::string BuildJobHeader(std::string_view timestamp, std::string_view model,
                            std::string_view jobName);

@@ -20,15 +20,6 @@ struct JobState {
   DWORD dwPageNumber = 0;       // 1-based page whose set-up commands were composed last
 };
 
-// One entry of a band's colour table.
-struct RGBQUAD {
-  BYTE rgbBlue;
-  BYTE rgbGreen;
-  BYTE rgbRed;
-  BYTE rgbReserved;
-};
-static_assert(sizeof(RGBQUAD) == 4);
-
 // Copying a state (ResetPDEV) makes both states holders of the page buffer, the colour table and
 // the kept bitmaps: each is freed when its last holder lets go of it, by the functions below or by
 // being destroyed. The raw fields are what the calls of the driver see; the owners behind them are

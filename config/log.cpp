@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "config/wide_text.h"
 #include "platform/text.h"
 
 namespace {
@@ -89,7 +90,7 @@ std::string LogTextFromAnsi(const char* text) noexcept try {
   if (text == nullptr) return {};
   const INT size = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
   if (size <= 1) return {};
-  std::u16string wide(size, u'\0');
+  WideText wide(size, WCHAR{0});
   if (MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, wide.data(), size) != size) return {};
   return LogText(wide.c_str());
 } catch (const std::bad_alloc&) {

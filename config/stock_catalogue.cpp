@@ -65,7 +65,7 @@ class RegKey {
 };
 
 // The text of a value, false when there is none that fits with its terminator.
-bool ReadText(HKEY key, LPCWSTR name, std::u16string& text) {
+bool ReadText(HKEY key, LPCWSTR name, WideText& text) {
   WCHAR buffer[kTextRoomBytes / sizeof(WCHAR) + 1] = {};
   DWORD bytes = kTextRoomBytes;
   DWORD type = 0;
@@ -74,7 +74,7 @@ bool ReadText(HKEY key, LPCWSTR name, std::u16string& text) {
     return false;
   }
   buffer[bytes / sizeof(WCHAR)] = 0;  // an odd byte at the end is no character
-  const std::u16string_view value(buffer);
+  const WideView value(buffer);
   if (value.size() * sizeof(WCHAR) >= kTextRoomBytes) return false;
   text = value;
   return true;
@@ -99,20 +99,18 @@ void LoadSubkeys(StockList& list, HKEY stocks) {
   }
 }
 
-std::u16string TextOrEmpty(LPCWSTR text) { return text == nullptr ? std::u16string() : text; }
+WideText TextOrEmpty(LPCWSTR text) { return text == nullptr ? WideText() : text; }
 
 }  // namespace
 
-std::u16string StripKeyChars(std::u16string name) {
-  std::erase_if(name, [](WCHAR c) {
-    return std::u16string_view(WTEXT(" :\\/")).find(c) != std::u16string_view::npos;
-  });
+WideText StripKeyChars(WideText name) {
+  std::erase_if(name, [](WCHAR c) { return WideView(WTEXT(" :\\/")).find(c) != WideView::npos; });
   return name;
 }
 
 bool ReadStockItem(StockItem& item, HKEY key) {
   ReadText(key, WTEXT("DisplayName"), item.displayName);
-  std::u16string identifier;
+  WideText identifier;
   GUID guid;
   if (ReadText(key, WTEXT("Id"), identifier) &&
       SUCCEEDED(CLSIDFromString(identifier.c_str(), &guid))) {
@@ -131,12 +129,11 @@ bool ReadStockItem(StockItem& item, HKEY key) {
   return true;
 }
 
-void LoadStocks(StockList& list, const std::u16string& driverName,
-                const std::u16string& printerName) {
+void LoadStocks(StockList& list, const WideText& driverName, const WideText& printerName) {
   list.clear();
   try {
-    const std::u16string path = WTEXT("Software\\Veltrix Printer Driver\\UI\\") + driverName +
-                                WTEXT("\\") + printerName + WTEXT("\\Stocks");
+    const WideText path = WTEXT("Software\\Veltrix Printer Driver\\UI\\") + driverName +
+                          WTEXT("\\") + printerName + WTEXT("\\Stocks");
     RegKey stocks;
     if (stocks.Open(HKEY_CURRENT_USER, path.c_str())) LoadSubkeys(list, stocks.Get());
   } catch (const std::bad_alloc&) {

@@ -6,12 +6,13 @@
 #include <list>
 #include <string>
 
+#include "config/wide_text.h"
 #include "platform/registry.h"
 
 // One stock. The units of what the renderer does not use are its writer's business.
 struct StockItem {
   GUID guid = {};
-  std::u16string displayName;
+  WideText displayName;
   DWORD dwSpeedInMmPerSec = 0;
   DWORD dwDarkness = 0;
   DWORD dwDarkness2 = 0;
@@ -46,15 +47,14 @@ using StockList = std::list<StockItem>;
 void LoadStocksForPrinter(StockList& list, HANDLE hPrinter);
 
 // The same for a driver and a printer name from which the characters below are already taken.
-void LoadStocks(StockList& list, const std::u16string& driverName,
-                const std::u16string& printerName);
+void LoadStocks(StockList& list, const WideText& driverName, const WideText& printerName);
 
 // Reads one stock's values over the defaults that item holds; what is missing or of the wrong size
 // stays. Always true.
 bool ReadStockItem(StockItem& item, HKEY key);
 
 // The name without spaces, colons, backslashes and slashes, as it stands in a registry path.
-std::u16string StripKeyChars(std::u16string name);
+WideText StripKeyChars(WideText name);
 
 // The stock that the identifier selects: the first with that identifier, else the first of all,
 // null for an empty list. *selected tells whether the identifier was found.

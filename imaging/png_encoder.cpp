@@ -6,6 +6,7 @@
 #include "commands/job_stream.h"
 #include "config/block_owner.h"
 #include "config/log.h"
+#include "config/wide_text.h"
 #include "platform/memory.h"
 
 namespace {
@@ -34,7 +35,7 @@ bool FindPngEncoder(CLSID* encoder) {
   }
   for (UINT i = 0; i < count; ++i) {
     const Gdiplus::ImageCodecInfo& codec = list.get()[i];
-    if (codec.MimeType == nullptr || std::u16string_view(codec.MimeType) != WTEXT("image/png")) {
+    if (codec.MimeType == nullptr || WideView(codec.MimeType) != WTEXT("image/png")) {
       continue;
     }
     *encoder = codec.Clsid;
@@ -64,8 +65,8 @@ bool CreatePngStream(const char* streamName, const char* spacer, ComPtr<IStream>
 bool WriteImageDownload(PDEVOBJ pdevobj, IStream* stream, const std::string& imageName) {
   STATSTG statistics = {};
   if (FAILED(stream->Stat(&statistics, STATFLAG_NONAME))) return false;
-  const DWORD size = static_cast<DWORD>(statistics.cbSize);
-  if (FAILED(stream->Seek(0, STREAM_SEEK_SET, nullptr))) return false;
+  const DWORD size = static_cast<DWORD>(statistics.cbSize.QuadPart);
+  if (FAILED(stream->Seek({}, STREAM_SEEK_SET, nullptr))) return false;
   const LocalBlock<char> file(static_cast<char*>(LocalAlloc(LMEM_FIXED, size)));
   if (file == nullptr) return false;
   ULONG read = 0;

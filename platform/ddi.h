@@ -57,6 +57,14 @@ inline constexpr SHORT DMPAPER_USER = 256;
 inline constexpr SHORT DMCOLLATE_FALSE = 0;
 inline constexpr SHORT DMCOLLATE_TRUE = 1;
 
+// One entry of a colour table.
+struct RGBQUAD {
+  BYTE rgbBlue;
+  BYTE rgbGreen;
+  BYTE rgbRed;
+  BYTE rgbReserved;
+};
+
 struct BITMAPINFOHEADER {
   DWORD biSize;
   LONG biWidth;

@@ -15,6 +15,7 @@ static_assert(offsetof(DEVMODEW, dmYResolution) == 96);
 static_assert(offsetof(DEVMODEW, dmCollate) == 100);
 static_assert(offsetof(DEVMODEW, dmFormName) == 102);
 static_assert(offsetof(DEVMODEW, dmBitsPerPel) == 168);
+static_assert(sizeof(RGBQUAD) == 4);
 static_assert(sizeof(BITMAPINFOHEADER) == 40);
 static_assert(offsetof(SURFOBJ, dhpdev) == 16);
 static_assert(offsetof(SURFOBJ, sizlBitmap) == 32);

@@ -1,7 +1,7 @@
 // The state that the operating system holds about printers, read from $VLX_HOME/system.toml
 // (default folder: $XDG_CONFIG_HOME/vlx, then ~/.config/vlx). A missing file means one printer,
-// "Label Printer" with the driver "VLX Label"; a malformed one is one log line and counts as missing;
-// a changed one is read again.
+// "Label Printer" with the driver "VLX Label"; a malformed one is one log line and counts as
+// missing; a changed one is read again.
 #pragma once
 
 #include <optional>
@@ -19,8 +19,8 @@ struct PlatformLabelBounds {
 };
 
 struct PlatformPrinter {
-  std::u16string name;
-  std::u16string driver;
+  std::basic_string<WCHAR> name;
+  std::basic_string<WCHAR> driver;
   std::optional<PlatformLabelBounds> label;  // [printer.label]; none: no configuration record
 };
 
@@ -30,10 +30,11 @@ __attribute__((visibility("default"))) std::string PlatformHomeFolder();
 // What is wrong with the file as it stands, "PATH: line 2: why"; empty when it is used or missing.
 __attribute__((visibility("default"))) std::string PlatformSystemFileComplaint();
 
-// The printer behind a handle from OpenPrinterW, as the file describes it now; none for a handle that
-// is not open or a printer that the file no longer names.
+// The printer behind a handle from OpenPrinterW, as the file describes it now; none for a handle
+// that is not open or a printer that the file no longer names.
 __attribute__((visibility("default"))) std::optional<PlatformPrinter> PlatformPrinterFromHandle(
     HANDLE hPrinter);
 
-// How much larger than a half a half tint prints, in percent of the paper, 0 to 25; 0 without an entry.
+// How much larger than a half a half tint prints, in percent of the paper, 0 to 25; 0 without an
+// entry.
 __attribute__((visibility("default"))) INT PlatformDotGainPercent();

@@ -17,8 +17,6 @@ using DWORD = std::uint32_t;
 using BOOL = std::int32_t;
 using HRESULT = std::int32_t;
 using LSTATUS = std::int32_t;
-using LARGE_INTEGER = std::int64_t;
-using ULARGE_INTEGER = std::uint64_t;
 using FLONG = std::uint32_t;
 using COLORREF = std::uint32_t;
 using LONG_PTR = std::int64_t;
@@ -65,6 +63,22 @@ using REFIID = const IID&;
 using REFCLSID = const CLSID&;
 using REFGUID = const GUID&;
 static_assert(sizeof(GUID) == 16);
+
+// The two halves of a 64-bit number, or the whole of it.
+union LARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    LONG HighPart;
+  } u;
+  std::int64_t QuadPart;
+};
+union ULARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    DWORD HighPart;
+  } u;
+  std::uint64_t QuadPart;
+};
 
 struct POINTL {
   LONG x;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "config/vlx_shared.h"
+#include "config/wide_text.h"
 #include "platform/com.h"
 #include "platform/text.h"
 
@@ -18,8 +19,10 @@ namespace {
 std::string FileNamePart(LPCWSTR text) {
   std::string part;
   for (; text != nullptr && *text != 0; ++text) {
-    const bool plain = (*text >= u'0' && *text <= u'9') || (*text >= u'A' && *text <= u'Z') ||
-                       (*text >= u'a' && *text <= u'z') || *text == u'_' || *text == u'-';
+    const bool plain = (*text >= WTEXT('0') && *text <= WTEXT('9')) ||
+                       (*text >= WTEXT('A') && *text <= WTEXT('Z')) ||
+                       (*text >= WTEXT('a') && *text <= WTEXT('z')) || *text == WTEXT('_') ||
+                       *text == WTEXT('-');
     part += plain ? static_cast<char>(*text) : '_';
   }
   return part;
@@ -35,17 +38,17 @@ bool EncodePng(Gdiplus::Bitmap* bitmap, std::vector<BYTE>& file) {
   }
   const Gdiplus::ImageCodecInfo* png = nullptr;
   for (UINT i = 0; i < count; ++i) {
-    if (std::u16string_view(encoders[i].MimeType) == WTEXT("image/png")) png = &encoders[i];
+    if (WideView(encoders[i].MimeType) == WTEXT("image/png")) png = &encoders[i];
   }
   ComPtr<IStream> stream;
   STATSTG statistics = {};
   if (png == nullptr || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
       bitmap->Save(stream.Get(), &png->Clsid) != Gdiplus::Ok ||
       FAILED(stream->Stat(&statistics, STATFLAG_NONAME)) ||
-      FAILED(stream->Seek(0, STREAM_SEEK_SET, nullptr))) {
+      FAILED(stream->Seek({}, STREAM_SEEK_SET, nullptr))) {
     return false;
   }
-  file.resize(statistics.cbSize);
+  file.resize(statistics.cbSize.QuadPart);
   ULONG read = 0;
   return SUCCEEDED(stream->Read(file.data(), static_cast<ULONG>(file.size()), &read)) &&
          read == file.size();

@@ -31,8 +31,8 @@ class GdiPlus : public GdiPlusTest {
     EXPECT_EQ(bitmap.Save(stream.Get(), &Encoders()->Clsid), Ok);
     STATSTG statistics;
     stream->Stat(&statistics, STATFLAG_NONAME);
-    std::string file(statistics.cbSize, '\0');
-    stream->Seek(0, STREAM_SEEK_SET, nullptr);
+    std::string file(statistics.cbSize.QuadPart, '\0');
+    stream->Seek({}, STREAM_SEEK_SET, nullptr);
     stream->Read(file.data(), static_cast<ULONG>(file.size()), nullptr);
     return file;
   }

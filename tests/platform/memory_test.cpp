@@ -149,19 +149,20 @@ TEST_F(Memory, StreamHoldsWhatWasWritten) {
     for (int step = 0; step < 12; ++step) {
       const std::size_t at = random() % 60000;
       if (random() % 4 == 0) {
-        ASSERT_EQ(stream->SetSize(at), S_OK);
+        ASSERT_EQ(stream->SetSize({.QuadPart = at}), S_OK);
         expected.resize(at);
         continue;
       }
       const std::string piece(1 + random() % 9000, static_cast<char>('a' + step));
       expected.resize(std::max(expected.size(), at + piece.size()));
       expected.replace(at, piece.size(), piece);
-      ASSERT_EQ(stream->Seek(static_cast<LARGE_INTEGER>(at), STREAM_SEEK_SET, nullptr), S_OK);
+      const LARGE_INTEGER to = {.QuadPart = static_cast<std::int64_t>(at)};
+      ASSERT_EQ(stream->Seek(to, STREAM_SEEK_SET, nullptr), S_OK);
       ASSERT_EQ(stream->Write(piece.data(), static_cast<ULONG>(piece.size()), nullptr), S_OK);
     }
     std::string content(200000, '\0');
     ULONG read = 0;
-    stream->Seek(0, STREAM_SEEK_SET, nullptr);
+    stream->Seek({}, STREAM_SEEK_SET, nullptr);
     ASSERT_EQ(stream->Read(content.data(), 200000, &read), S_OK);
     ASSERT_EQ(content.substr(0, read), expected) << "round " << round;
   }

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr DWORD kStreamType = 2;  // STGTY_STREAM
-constexpr ULARGE_INTEGER kLargestStream = 0x7FFFFFFF;
+constexpr std::uint64_t kLargestStream = 0x7FFFFFFF;
 
 class MemoryStream final : public IStream {
  public:
@@ -43,8 +43,8 @@ class MemoryStream final : public IStream {
     if (pcbRead != nullptr) *pcbRead = 0;
     if (pv == nullptr) return STG_E_INVALIDPOINTER;
     if (PlatformShouldFail("IStream::Read")) return E_OUTOFMEMORY;
-    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
-    const auto count = static_cast<ULONG>(std::min<ULARGE_INTEGER>(cb, left));
+    const std::uint64_t left = m_position < m_size ? m_size - m_position : 0;
+    const auto count = static_cast<ULONG>(std::min<std::uint64_t>(cb, left));
     if (count != 0) std::memcpy(pv, m_bytes + m_position, count);
     m_position += count;
     if (pcbRead != nullptr) *pcbRead = count;
@@ -61,34 +61,34 @@ class MemoryStream final : public IStream {
   }
   HRESULT Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin, ULARGE_INTEGER* plibNewPosition) override {
     if (PlatformShouldFail("IStream::Seek")) return E_OUTOFMEMORY;
-    LARGE_INTEGER base = 0;
-    if (dwOrigin == STREAM_SEEK_CUR) base = static_cast<LARGE_INTEGER>(m_position);
-    if (dwOrigin == STREAM_SEEK_END) base = static_cast<LARGE_INTEGER>(m_size);
-    LARGE_INTEGER target = 0;
-    if (dwOrigin > STREAM_SEEK_END || __builtin_add_overflow(base, dlibMove, &target) ||
+    std::int64_t base = 0;
+    if (dwOrigin == STREAM_SEEK_CUR) base = static_cast<std::int64_t>(m_position);
+    if (dwOrigin == STREAM_SEEK_END) base = static_cast<std::int64_t>(m_size);
+    std::int64_t target = 0;
+    if (dwOrigin > STREAM_SEEK_END || __builtin_add_overflow(base, dlibMove.QuadPart, &target) ||
         target < 0) {
       return STG_E_INVALIDFUNCTION;
     }
-    m_position = static_cast<ULARGE_INTEGER>(target);
-    if (plibNewPosition != nullptr) *plibNewPosition = m_position;
+    m_position = static_cast<std::uint64_t>(target);
+    if (plibNewPosition != nullptr) plibNewPosition->QuadPart = m_position;
     return S_OK;
   }
   HRESULT SetSize(ULARGE_INTEGER libNewSize) override {
-    if (!Reach(libNewSize)) return STG_E_MEDIUMFULL;
-    m_size = libNewSize;
+    if (!Reach(libNewSize.QuadPart)) return STG_E_MEDIUMFULL;
+    m_size = libNewSize.QuadPart;
     return S_OK;
   }
   HRESULT CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,
                  ULARGE_INTEGER* pcbWritten) override {
     if (pstm == nullptr) return STG_E_INVALIDPOINTER;
-    const ULARGE_INTEGER left = m_position < m_size ? m_size - m_position : 0;
-    const auto count = static_cast<ULONG>(std::min(cb, left));
+    const std::uint64_t left = m_position < m_size ? m_size - m_position : 0;
+    const auto count = static_cast<ULONG>(std::min<std::uint64_t>(cb.QuadPart, left));
     ULONG written = 0;
     static constexpr BYTE kNothing = 0;
     const HRESULT hr = pstm->Write(count == 0 ? &kNothing : m_bytes + m_position, count, &written);
     m_position += count;
-    if (pcbRead != nullptr) *pcbRead = count;
-    if (pcbWritten != nullptr) *pcbWritten = written;
+    if (pcbRead != nullptr) pcbRead->QuadPart = count;
+    if (pcbWritten != nullptr) pcbWritten->QuadPart = written;
     return hr;
   }
   HRESULT Commit(DWORD) override { return S_OK; }
@@ -104,7 +104,7 @@ class MemoryStream final : public IStream {
     if (PlatformShouldFail("IStream::Stat")) return E_OUTOFMEMORY;
     *pstatstg = {};
     pstatstg->type = kStreamType;
-    pstatstg->cbSize = m_size;
+    pstatstg->cbSize.QuadPart = m_size;
     return S_OK;
   }
   HRESULT Clone(IStream** ppstm) override {
@@ -116,11 +116,11 @@ class MemoryStream final : public IStream {
   ~MemoryStream() { std::free(m_bytes); }
 
   // Makes the content at least that long; what is new is zero.
-  bool Reach(ULARGE_INTEGER size) {
+  bool Reach(std::uint64_t size) {
     if (size > kLargestStream) return false;
     if (size <= m_size) return true;
     if (size > m_room) {
-      const ULARGE_INTEGER room = m_bytes == nullptr ? size : size + size / 2;
+      const std::uint64_t room = m_bytes == nullptr ? size : size + size / 2;
       auto* larger = static_cast<BYTE*>(std::realloc(m_bytes, room));
       if (larger == nullptr) return false;
       m_bytes = larger;
@@ -133,9 +133,9 @@ class MemoryStream final : public IStream {
 
   LONG m_cRef = 1;
   BYTE* m_bytes = nullptr;  // from the C library
-  ULARGE_INTEGER m_size = 0;
-  ULARGE_INTEGER m_room = 0;
-  ULARGE_INTEGER m_position = 0;
+  std::uint64_t m_size = 0;
+  std::uint64_t m_room = 0;
+  std::uint64_t m_position = 0;
 };
 
 int HexDigit(WCHAR c) {
