@@ -83,7 +83,7 @@ def self_test():
         "imaging/b.cpp": "#include <unistd.h>",
         "Renderer/c.cpp": '#include "platform/linux/text/unicode.h"',
         "host/d.cpp": '#include "config/vlx_shared.h"',
-        "vlx_shared/e.cpp": '#include "tests/support/device.h"',
+        "vlx_shared/e.cpp": '#include "tests/support/record.h"',
         "platform/f.h": '#include "config/oemdev.h"',
         "viewer/i.cpp": '#include "platform/types.h"',
         "tools/g.cpp": "\n" * (LONGEST + 1),

@@ -6,6 +6,9 @@ class Job : public JobTest {};
 
 const std::string kSetup = "mm\r\nzO\r\nJ\r\nH100,0,T,R0\r\nSl0;0.00,0.00,30.00,33.00,50.00";
 const std::string kPlace = "\r\nI:Image0;50.00,30.00,180;0";
+const std::string kDataEnd =
+    "\x1B"
+    "end-of-data\r\n";
 
 TEST_F(Job, PagesGoOutOneHookLate) {
   driver.publicDevmode.dmCopies = 3;
@@ -14,17 +17,25 @@ TEST_F(Job, PagesGoOutOneHookLate) {
   EXPECT_TRUE(driver.PrintPage('a'));
   EXPECT_EQ(Take(), (Events{"DrvStartPage", "DrvSendPage"}));
   EXPECT_TRUE(driver.PrintPage('a'));
-  const Events download = {"dPNG;0\r\n\x1B:", "<png 60x40 1-bit>",
-                           "\x1B"
-                           "end-of-data\r\n"};
-  EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", download[0], download[1], download[2], kSetup + kPlace,
-                            "\r\nA3\r\n", "DrvStartPage", "DrvSendPage"}));
+  EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", "dPNG;0\r\n\x1B:", "<png 60x40 1-bit>", kDataEnd,
+                            kSetup + kPlace, "\r\nA3\r\n", "DrvStartPage", "DrvSendPage"}));
   EXPECT_TRUE(driver.EndDocument());
-  EXPECT_EQ(Take(), (Events{download[0], download[1], download[2], kSetup + kPlace, "\r\nA3\r\n",
-                            "DrvEndDoc"}));
-  EXPECT_TRUE(driver.StartDocument());  // the next document opens like the first
-  EXPECT_TRUE(driver.EndDocument());
+  EXPECT_EQ(Take(), (Events{"dPNG;0\r\n\x1B:", "<png 60x40 1-bit>", kDataEnd, kSetup + kPlace,
+                            "\r\nA3\r\n", "DrvEndDoc"}));
+  EXPECT_TRUE(driver.PrintDocument(""));  // the next document opens like the first
   EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "\r\nA3\r\n", "DrvEndDoc"}));
+}
+
+TEST_F(Job, DocumentStartedTwiceCountsItsPagesAnew) {
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
+  EXPECT_TRUE(driver.StartDocument());
+  Take();
+  EXPECT_TRUE(driver.StartPage());
+  const Events events = Take();
+  EXPECT_EQ(events.front(), "dPNG;0\r\n\x1B:");  // the page is not the job's first
+  EXPECT_EQ(events.back(), "DrvStartPage");
+  EXPECT_EQ(std::count(events.begin(), events.end(), "\r\nA1\r\n"), 0);
 }
 
 TEST_F(Job, AbortWritesNothingMore) {
@@ -32,6 +43,7 @@ TEST_F(Job, AbortWritesNothingMore) {
   EXPECT_TRUE(driver.PrintPage('a'));
   Take();
   EXPECT_TRUE(driver.AbortDocument());
+  EXPECT_EQ(driver.lastCall, "DrvEndDoc(1)");
   EXPECT_EQ(Take(), Events{"DrvEndDoc"});
   driver.answers = {
       {INDEX_DrvStartDoc, FALSE}, {INDEX_DrvStartPage, FALSE}, {INDEX_DrvEndDoc, FALSE}};
@@ -40,9 +52,79 @@ TEST_F(Job, AbortWritesNothingMore) {
   EXPECT_FALSE(driver.AbortDocument());
 }
 
+// The driver's functions give different answers, paper lies in an unknown orientation, and the end
+// of the document carries an unknown flag.
+TEST_F(Job, HooksPassTheDriversAnswersOn) {
+  driver.publicDevmode.dmOrientation = 3;
+  driver.answers = {{INDEX_DrvStartDoc, 2}, {INDEX_DrvStartPage, 3}, {INDEX_DrvStartBanding, 4},
+                    {INDEX_DrvNextBand, 5}, {INDEX_DrvSendPage, 6},  {INDEX_DrvEndDoc, 7}};
+  EXPECT_TRUE(driver.EnableDevice());
+  NewLog();
+  const auto expect = [this](bool done, BOOL result, const char* call) {
+    EXPECT_TRUE(done);
+    EXPECT_EQ(driver.hookResult, result) << call;
+    EXPECT_EQ(driver.lastCall, call);
+  };
+  expect(driver.StartDocument(), 2, "DrvStartDoc(job, 7)");
+  expect(driver.StartPage(), 1, "DrvStartPage()");
+  expect(driver.StartBanding(), 4, "DrvStartBanding(0, 0)");
+  expect(driver.SendBand(), 5, "DrvNextBand(0, 10)");
+  expect(driver.SendPage(), 6, "DrvSendPage()");
+  expect(driver.ResetDevice(), 2, "DrvStartDoc(null, 0)");
+  expect(driver.StartPage(), 1, "DrvStartPage()");
+  expect(driver.EndDocument(2), 1, "DrvEndDoc(2)");
+
+  std::string log;
+  for (const std::string& line : NewLog()) {
+    const bool ofDevice = line.find("COemUni2.") != line.npos || line.find("#Paper") != line.npos;
+    if (!ofDevice) log += line + "\n";
+  }
+  EXPECT_EQ(log, R"(trace	Rendering	OEMStartDoc BEGIN (dwJobId=7, OemPDEV=#)
+trace		OEMStartDoc calling DrvStartDoc...
+trace	Rendering	OEMStartDoc END (2)
+trace	Rendering	OEMStartPage BEGIN (OemPDEV=#)
+trace	Rendering	ProcessImageData BEGIN
+trace	Rendering	ProcessImageData END (no bitmap)
+trace		OEMStartPage calling DrvStartPage...
+trace	Rendering	OEMStartPage END (1 = 1 && 3)
+trace	Rendering	OEMStartBanding BEGIN (OemPDEV=#, pptl.x=0, pptl.y=0)
+trace		OEMStartBanding calling DrvStartBanding...
+trace	Rendering	OEMStartBanding END (4)
+trace	Rendering	ImageProcessing BEGIN (Landscape, x-Pixel 0-60, OemPDEV=#)
+trace	Rendering	ImageProcessing END (S_OK)
+trace	Rendering	OEMNextBand BEGIN (OemPDEV=#, pptl.x=0, pptl.y=10)
+trace		OEMNextBand calling DrvNextBand...
+trace	Rendering	OEMNextBand END (5)
+trace	Rendering	OEMSendPage BEGIN (OemPDEV=#)
+trace		OEMSendPage calling DrvSendPage...
+trace	Rendering	OEMSendPage END (6)
+trace	Rendering	ResetPDEV BEGIN (Old=#, New=#)
+trace	Rendering	ResetPDEV END (S_OK)
+trace	Rendering	OEMStartDoc BEGIN (ResetDC, dwJobId=0, OemPDEV=#, pBitmapBuffer=#)
+trace		OEMStartDoc calling DrvStartDoc...
+trace	Rendering	OEMStartDoc END (ResetDC) (2)
+trace	Rendering	OEMStartPage BEGIN (OemPDEV=#)
+trace	Rendering	ProcessImageData BEGIN
+trace	Rendering	SendImageToPrinter START
+trace	Rendering	SendImageToPrinter END (1)
+trace	Rendering	ProcessImageData END (1)
+trace		OEMStartPage calling DrvStartPage...
+trace	Rendering	OEMStartPage END (1 = 1 && 3)
+trace	Rendering	OEMEndDoc BEGIN (OemPDEV=#)
+trace	Rendering	ProcessImageData BEGIN
+trace	Rendering	ProcessImageData END (no bitmap)
+trace		OEMEndDoc calling DrvEndDoc...
+trace	Rendering	OEMEndDoc END (1 = 1 && 7)
+)");
+  EXPECT_EQ(Image().width, 10u);  // turned, but captured like a portrait page
+  EXPECT_EQ(Image().height, 60u);
+  const Events events = Take();
+  EXPECT_EQ((Events{events.end() - 3, events.end()}),
+            (Events{"DrvStartPage", "\r\nA1\r\n", "DrvEndDoc"}));
+}
+
 TEST_F(Job, UnchangedImagesAreReused) {
-  driver.devmode->dwColorMode = 2;
-  driver.devmode->dwSetupOnFirstPageOnly = 1;
+  Set("dwColorMode=2 dwSetupOnFirstPageOnly=1");
   EXPECT_TRUE(driver.StartDocument());
   EXPECT_TRUE(driver.PrintPage('a'));
   EXPECT_TRUE(driver.PrintPage('a'));
@@ -55,91 +137,63 @@ TEST_F(Job, UnchangedImagesAreReused) {
   EXPECT_EQ(Take(), (Events{"\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));
   EXPECT_TRUE(driver.PrintPage('a'));
   EXPECT_EQ(Take()[0], "dPNG;1\r\n\x1B:");
-  EXPECT_TRUE(driver.EndDocument());  // the printer still holds the highlight of two pages ago
-  const Events last = Take();
-  EXPECT_EQ(last[0], "dPNG;1\r\n\x1B:");
-  EXPECT_EQ(std::count(last.begin(), last.end(), "<png 60x40 1-bit>"), 1);
+  Set("dwColorMode=1");  // keeps nothing, and drops nothing
+  EXPECT_TRUE(driver.PrintPage('c'));
+  EXPECT_EQ(Take()[0], "dPNG;0\r\n\x1B:");
+  Set("dwColorMode=2");
+  EXPECT_TRUE(driver.EndDocument());
+  EXPECT_EQ(Take()[0], "\r\nR Image1;1");
 }
 
-TEST_F(Job, SettingsOfAPageAreThoseOfItsStart) {
+// What a page is made of is read when it goes out, where it is placed when it starts.
+TEST_F(Job, SettingsChangeBetweenAPagesStartAndItsEnd) {
+  Set("szModelCode=K5 dwSpeed=100");
+  driver.paint = [](LONG x, LONG y) {
+    return x >= 20 && x < 50 && y >= 10 ? (x < 40 ? 0x000000u : 0xFF0000u) : 0xFFFFFFu;
+  };
   EXPECT_TRUE(driver.StartDocument());
   EXPECT_TRUE(driver.PrintPage('a'));
-  driver.devmode->dwSpeed = 55;
+  Set("dwRotation=1 bCropToContent=1 dwColorMode=2 dwSpeed=55");
+  driver.publicDevmode.dmYResolution = 300;
   driver.publicDevmode.dmPaperWidth = 400;
-  EXPECT_TRUE(driver.PrintPage('a'));
-  Events events = Take();
-  EXPECT_EQ(events[events.size() - 4], kSetup + kPlace);
+  EXPECT_TRUE(driver.StartPage());
+  EXPECT_EQ(Image("0").width, 10u);
+  EXPECT_EQ(Image("1").width, 20u);
+  // 20 columns are 1.69 mm, 40 are 3.39 mm.
+  EXPECT_EQ(Take()[11], kSetup + "\r\nI:Image0;100.00,26.61,180;0\r\nI:Image1;50.00,28.31,180;1");
+  driver.PrintPage('a');
   EXPECT_TRUE(driver.EndDocument());
-  events = Take();
-  EXPECT_NE(events[3].find("H55,"), std::string::npos);
-  EXPECT_NE(events[3].find("I:Image0;40.00,"), std::string::npos);
-}
-
-TEST_F(Job, ResetCarriesTheDocumentOver) {
-  driver.devmode->dwColorMode = 2;
-  EXPECT_TRUE(driver.PrintDocument("aab"));
-  Events without = Take();
-  EXPECT_TRUE(driver.StartDocument());
-  EXPECT_TRUE(driver.PrintPage('a'));
-  EXPECT_TRUE(driver.PrintPage('a'));
-  EXPECT_TRUE(driver.ResetDevice());
-  EXPECT_TRUE(driver.PrintPage('b'));
-  EXPECT_TRUE(driver.EndDocument());
-  Events with = Take();
-  EXPECT_EQ(std::erase(without, "DrvStartDoc"), 1u);
-  EXPECT_EQ(std::erase(with, "DrvStartDoc"), 2u);
-  EXPECT_EQ(with, without);
+  const Events events = Take();
+  EXPECT_NE(events[events.size() - 3].find("\r\nH55,"), std::string::npos);
+  EXPECT_NE(events[events.size() - 3].find("I:Image0;30.07,"), std::string::npos);
 }
 
 TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
-  home.WriteFile("system.toml",
-                 "[[printer]]\nname = \"label printer\"\ndriver = \"Klein\"\n[printer.label]\n"
-                 "min_width_um = 60000\nmax_width_um = 70099\nmin_length_um = 10000\n"
-                 "max_length_um = 20000\n");
-  EXPECT_TRUE(driver.PrintDocument("a"));
-  const Events events = Take();
-  EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
-  EXPECT_NE(events[events.size() - 3].find(",20.00,23.00,60.00"), std::string::npos);
-  EXPECT_TRUE(events[events.size() - 3].ends_with(kPlace));  // the placement keeps the paper's size
-}
-
-TEST_F(Job, LogFollowsThePage) {
-  EXPECT_TRUE(driver.PrintDocument("a"));
-  std::string log;
-  for (const std::string& line : home.LogLines()) log += line + "\n";
-  for (std::size_t at; (at = log.find("=0x")) != log.npos;) {
-    log.replace(at, log.find_first_not_of("0123456789abcdef", at + 3) - at, "=#");
-  }
-  for (const char* part : {
-           R"(
-trace	Rendering	OEMStartDoc BEGIN (dwJobId=7, OemPDEV=#)
-)",
-           R"(
-trace	Rendering	OEMStartPage BEGIN (OemPDEV=#)
-trace	Rendering	ProcessImageData BEGIN
-trace	Rendering	ProcessImageData END (no bitmap)
-trace		OEMStartPage calling DrvStartPage...
-trace	Rendering	OEMStartPage END (1 = 1 && 1)
-trace	Rendering	OEMStartBanding BEGIN (OemPDEV=#, pptl.x=0, pptl.y=0)
-trace		OEMStartBanding calling DrvStartBanding...
-trace	Rendering	OEMStartBanding END (1)
-trace	Rendering	ImageProcessing BEGIN (Portrait, y-Pixel 0-10, OemPDEV=#)
-trace	Rendering	ImageProcessing END (S_OK)
-trace	Rendering	OEMNextBand BEGIN (OemPDEV=#, pptl.x=0, pptl.y=0)
-trace		OEMNextBand calling DrvNextBand...
-trace	Rendering	OEMNextBand END (1)
-trace	Rendering	ImageProcessing BEGIN (Portrait, y-Pixel 10-20, OemPDEV=#)
-)",
-           R"(
-trace	Rendering	OEMEndDoc BEGIN (OemPDEV=#)
-trace	Rendering	ProcessImageData BEGIN
-trace	Rendering	SendImageToPrinter START
-trace	Rendering	SendImageToPrinter END (1)
-trace	Rendering	ProcessImageData END (1)
-trace		OEMEndDoc calling DrvEndDoc...
-trace	Rendering	OEMEndDoc END (1 = 1 && 1)
-)"}) {
-    EXPECT_NE(log.find(part), std::string::npos) << log;
+  const auto printer = [this](const std::string& minWidth, const std::string& maxWidth) {
+    home.WriteFile("system.toml",
+                   "[[printer]]\nname = \"label printer\"\ndriver = \"Klein\"\n[printer.label]\n"
+                   "min_width_um = " +
+                       minWidth + "\nmax_width_um = " + maxWidth +
+                       "\nmin_length_um = 10000\nmax_length_um = 20099\n");
+  };
+  const struct {
+    SHORT width, length;
+    const char* size;
+  } rows[] = {{650, 150, "15.00,18.00,65.00"}, {500, 50, "10.00,13.00,60.00"},
+              {701, 201, "20.00,23.00,70.00"}, {-1, -1, "20.00,23.00,70.00"},
+              {600, 100, "10.00,13.00,60.00"}, {-32768, 200, "20.00,23.00,70.00"}};
+  printer("60099", "70099");
+  for (const auto& [width, length, size] : rows) {
+    driver.publicDevmode.dmPaperWidth = width;
+    driver.publicDevmode.dmPaperLength = length;
+    EXPECT_TRUE(driver.PrintDocument("a"));
+    Events events = Take();
+    EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
+    const std::string& commands = events[events.size() - 3];
+    EXPECT_NE(commands.find("Sl0;0.00,0.00," + std::string(size) + "\r\n"), std::string::npos)
+        << width << " " << commands;
+    // The placement keeps the paper's own size.
+    EXPECT_TRUE(width != 650 || commands.ends_with("I:Image0;65.00,15.00,180;0")) << commands;
   }
 }
 

@@ -2,9 +2,6 @@
 
 namespace {
 
-constexpr IID kIPrintOemUni = {
-    0xC67EBBF1, 0x78BF, 0x11D1, {0x94, 0x80, 0x00, 0xA0, 0xC9, 0x06, 0x40, 0xB8}};
-
 class PluginObject : public JobTest {
  protected:
   void SetUp() override {
@@ -31,61 +28,91 @@ TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
   ASSERT_EQ(
       Plugin::GetClassObject(Plugin::kClass, IID_IUnknown, reinterpret_cast<void**>(&factory)),
       S_OK);
+  EXPECT_EQ(factory->QueryInterface(IID_IClassFactory, &out), S_OK);
+  EXPECT_EQ(factory->Release(), 1u);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
   out = &driver;
   EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
   EXPECT_EQ(out, nullptr);
+  out = &driver;
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IClassFactory, &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
   EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
   EXPECT_EQ(factory->Release(), 0u);
 }
 
-TEST_F(PluginObject, AnswersTwoInterfaces) {
+TEST_F(PluginObject, StaysLoadedWhileInUse) {
   EXPECT_EQ(Plugin::CanUnloadNow(), S_FALSE);
-  void* out = nullptr;
-  EXPECT_EQ(object->QueryInterface(IID_IUnknown, &out), S_OK);
-  EXPECT_EQ(object->Release(), 1u);
-  EXPECT_EQ(object->QueryInterface(kIPrintOemUni, &out), E_NOINTERFACE);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(LastLogLine(),
-            "warning\tRendering\tCOemUni2::QueryInterface called with unknown iid "
-            "C67EBBF178BF11D19480");
-  const std::size_t lines = home.LogLines().size();
+  driver.ReleaseObject();
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
+  driver.LockServer();
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_FALSE);
+  driver.UnlockServer();
+  EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
+}
+
+TEST_F(PluginObject, AnswersTwoInterfaces) {
+  constexpr IID kIPrintOemUni = {
+      0xC67EBBF1, 0x78BF, 0x11D1, {0x94, 0x80, 0x00, 0xA0, 0xC9, 0x06, 0x40, 0xB8}};
   constexpr IID kQuiet = {
       0x4E4A7747, 0xBC76, 0x4AED, {0xAC, 0xC8, 0xC7, 0x6A, 0xF2, 0x2A, 0xAD, 0x43}};
-  EXPECT_EQ(object->QueryInterface(kQuiet, &out), E_NOINTERFACE);
-  EXPECT_EQ(home.LogLines().size(), lines);
+  NewLog();
+  void* out = nullptr;
+  for (const IID& known : {IID_IUnknown, IID_IPrintOemUni2}) {
+    EXPECT_EQ(object->QueryInterface(known, &out), S_OK);
+    EXPECT_EQ(out, object);
+    EXPECT_EQ(object->Release(), 1u);
+  }
+  for (const IID& unknown : {kIPrintOemUni, kQuiet}) {
+    out = &driver;
+    EXPECT_EQ(object->QueryInterface(unknown, &out), E_NOINTERFACE);
+    EXPECT_EQ(out, nullptr);
+  }
+  EXPECT_EQ(NewLog(), Events{"warning\tRendering\tCOemUni2::QueryInterface called with unknown iid "
+                             "C67EBBF178BF11D19480"});
   EXPECT_TRUE(driver.ReleaseObject());
 }
 
 TEST_F(PluginObject, InfoChecksTheBufferBeforeTheMode) {
+  const std::string method = "\tRendering\tRenderer.COemUni2.GetInfo";
+  const std::string small = " END (E_FAIL, cbSize too small or pBuffer is NULL)";
+  enum Give { All, NoBuffer, NoNeeded };
   const struct {
-    DWORD mode, size;
+    DWORD mode;
+    Give give;
+    DWORD size;
     HRESULT result;
     DWORD value, lastError;
-    const char *level, *end;
-  } rows[] = {
-      {1, 4, S_OK, 0x564C5831, 0, "trace", " END (S_OK)"},
-      {3, 4, S_OK, 1, 0, "trace", ": END (S_OK, version=1)"},
-      {5, 4, E_NOTIMPL, 99, 0, "info", " END (E_NOTIMPL)"},
-      {2, 4, E_FAIL, 99, 87, "error", ": END (E_FAIL, unknown dwMode 2)"},
-      {77, 3, E_FAIL, 99, 122, "error", " END (E_FAIL, cbSize too small or pBuffer is NULL)"}};
+    std::string name, level, end;
+  } rows[] = {{1, All, 4, S_OK, 0x564C5831, 0, "OEMGI_GETSIGNATURE", "trace", " END (S_OK)"},
+              {3, All, 9, S_OK, 1, 0, "OEMGI_GETVERSION", "trace", ": END (S_OK, version=1)"},
+              {5, All, 4, E_NOTIMPL, 99, 0, "OEMGI_GETREQUESTEDHELPERINTERFACES", "info",
+               " END (E_NOTIMPL)"},
+              {2, All, 4, E_FAIL, 99, 87, "unknown:2", "error", ": END (E_FAIL, unknown dwMode 2)"},
+              {4, All, 4, E_FAIL, 99, 87, "unknown:4", "error", ": END (E_FAIL, unknown dwMode 4)"},
+              {1, NoBuffer, 4, E_FAIL, 99, 122, "OEMGI_GETSIGNATURE", "error", small},
+              {3, All, 3, E_FAIL, 99, 122, "OEMGI_GETVERSION", "error", small},
+              {77, NoBuffer, 4, E_FAIL, 99, 122, "unknown:77", "error", small},
+              {1, NoNeeded, 4, E_FAIL, 99, 87, "OEMGI_GETSIGNATURE", "error",
+               " END (E_FAIL, pcbNeeded is NULL)"}};
   for (const auto& row : rows) {
     DWORD value = 99, needed = 0;
+    NewLog();
     SetLastError(0);
-    EXPECT_EQ(object->GetInfo(row.mode, &value, row.size, &needed), row.result) << row.mode;
-    EXPECT_EQ(needed, 4u);
-    EXPECT_EQ(value, row.value) << row.mode;
-    EXPECT_EQ(GetLastError(), row.lastError) << row.mode;
-    EXPECT_EQ(LastLogLine(),
-              row.level + ("\tRendering\tRenderer.COemUni2.GetInfo" + std::string(row.end)));
+    EXPECT_EQ(object->GetInfo(row.mode, row.give == NoBuffer ? nullptr : &value, row.size,
+                              row.give == NoNeeded ? nullptr : &needed),
+              row.result);
+    EXPECT_EQ(GetLastError(), row.lastError);
+    EXPECT_EQ(needed, row.give == NoNeeded ? 0u : 4u);
+    EXPECT_EQ(value, row.value);
+    EXPECT_EQ(NewLog(), (Events{"trace" + method + " BEGIN (dwMode=" + row.name + ")",
+                                row.level + method + row.end}));
   }
-  EXPECT_EQ(object->GetInfo(1, nullptr, 4, nullptr), E_FAIL);
-  EXPECT_EQ(GetLastError(), 87u);
 }
 
 TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
-  const std::pair<const char*, HRESULT> rows[] = {{"CommandCallback", S_OK},
+  const std::string method = "trace\tRendering\tRenderer.COemUni2.GetImplementedMethod";
+  const std::pair<std::string, HRESULT> rows[] = {{"CommandCallback", S_OK},
                                                   {"FilterGraphics", S_OK},
                                                   {"ImageProcessing", S_OK},
                                                   {"Compression", S_FALSE},
@@ -94,15 +121,17 @@ TEST_F(PluginObject, ImplementsThreeMethodsByTheirExactNames) {
                                                   {"", S_FALSE},
                                                   {"\xE4", S_FALSE}};
   for (const auto& [name, result] : rows) {
-    EXPECT_EQ(object->GetImplementedMethod(const_cast<PSTR>(name)), result) << name;
+    NewLog();
+    EXPECT_EQ(object->GetImplementedMethod(const_cast<PSTR>(name.c_str())), result) << name;
+    EXPECT_EQ(NewLog(),
+              (Events{method + " BEGIN (pMethodName=" + (name == "\xE4" ? "\u00E4" : name) + ")",
+                      method + (result == S_OK ? " END (S_OK)" : " END (S_FALSE)")}));
   }
-  const auto lines = home.LogLines();
-  EXPECT_EQ(lines[lines.size() - 2],
-            "trace\tRendering\tRenderer.COemUni2.GetImplementedMethod BEGIN (pMethodName=\u00E4)");
   EXPECT_EQ(object->GetImplementedMethod(nullptr), S_FALSE);
 }
 
 TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
+  const std::string prefix = "trace\tRendering\tRenderer.COemUni2.";
   Driver other;
   BYTE raster[] = {'a', 'b', 'c'};
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
@@ -110,48 +139,58 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(LastLogLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
             ">QueryInterface for IID_IPrintOemDriverUni failed)");
+  NewLog();
   EXPECT_EQ(object->PublishDriverInterface(&driver), S_OK);
+  EXPECT_EQ(NewLog(), (Events{prefix + "PublishDriverInterface BEGIN",
+                              prefix + "PublishDriverInterface END (S_OK)"}));
   EXPECT_EQ(object->PublishDriverInterface(&other), S_OK);
   EXPECT_EQ(other.helperReferences, 0);
+  NewLog();
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_OK);
   EXPECT_EQ(object->FilterGraphics(nullptr, nullptr, 0), S_OK);
   driver.FailWriteNumber(1, WriteFault::Short);
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
-  EXPECT_EQ(LastLogLine(),
-            "trace\tRendering\tRenderer.COemUni2.FilterGraphics END (S_FALSE, DrvWriteSpoolBuf "
-            "failed)");
-  EXPECT_EQ(driver.writes, (std::vector<std::string>{"abc", "", "abc"}));
+  const std::string begin = prefix + "FilterGraphics BEGIN", end = prefix + "FilterGraphics END ";
+  EXPECT_EQ(NewLog(), (Events{begin, end + "(S_OK)", begin, end + "(S_OK)", begin,
+                              end + "(S_FALSE, DrvWriteSpoolBuf failed)"}));
+  EXPECT_EQ(driver.writes, (Events{"abc", "", "abc"}));
   driver.ReleaseObject();
   EXPECT_EQ(driver.helperReferences, 0);
 }
 
 TEST_F(PluginObject, DeclinesWithTwoLines) {
-  const std::size_t before = home.LogLines().size();
+  const std::pair<std::string, HRESULT> rows[] = {
+      {"DriverDMS", object->DriverDMS(nullptr, nullptr, 0, nullptr)},
+      {"HalftonePattern", object->HalftonePattern(nullptr, nullptr, 0, 0, 0, 0, nullptr, 0)},
+      {"MemoryUsage", object->MemoryUsage(nullptr, nullptr)},
+      {"TTYGetInfo", object->TTYGetInfo(nullptr, 0, nullptr, 0, nullptr)},
+      {"DownloadFontHeader", object->DownloadFontHeader(nullptr, nullptr, nullptr)},
+      {"DownloadCharGlyph", object->DownloadCharGlyph(nullptr, nullptr, 0, nullptr, nullptr)},
+      {"TTDownloadMethod", object->TTDownloadMethod(nullptr, nullptr, nullptr)},
+      {"OutputCharStr", object->OutputCharStr(nullptr, nullptr, 0, 0, nullptr)},
+      {"SendFontCmd", object->SendFontCmd(nullptr, nullptr, nullptr)},
+      {"TextOutAsBitmap", object->TextOutAsBitmap(nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                  nullptr, nullptr, nullptr, nullptr, 0)},
+      {"WritePrinter", object->WritePrinter(nullptr, nullptr, 0, nullptr)}};
+  Events expected;
+  for (const auto& [name, result] : rows) {
+    EXPECT_EQ(result, E_NOTIMPL) << name;
+    expected.push_back("trace\tRendering\tRenderer.COemUni2." + name + " BEGIN");
+    expected.push_back("trace\tRendering\tRenderer.COemUni2." + name + " END (E_NOTIMPL)");
+  }
+  EXPECT_EQ(NewLog(), expected);
   INT result = 5;
   EXPECT_EQ(object->CommandCallback(nullptr, 1, 0, nullptr, &result), S_OK);
   EXPECT_EQ(result, 0);
   EXPECT_EQ(object->Compression(nullptr, nullptr, nullptr, 0, 0, nullptr), E_NOTIMPL);
-  EXPECT_EQ(home.LogLines().size(), before);
-  EXPECT_EQ(object->DriverDMS(nullptr, nullptr, 0, nullptr), E_NOTIMPL);
-  EXPECT_EQ(object->WritePrinter(nullptr, nullptr, 0, nullptr), E_NOTIMPL);
-  const auto lines = home.LogLines();
-  ASSERT_EQ(lines.size(), before + 4);
-  EXPECT_EQ(lines[before], "trace\tRendering\tRenderer.COemUni2.DriverDMS BEGIN");
-  EXPECT_EQ(lines[before + 3], "trace\tRendering\tRenderer.COemUni2.WritePrinter END (E_NOTIMPL)");
+  EXPECT_EQ(NewLog(), Events{});
 }
 
 TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
   {
     const Plugin plugin;
     Driver driver;
-    EXPECT_TRUE(driver.CreateObject());
-    EXPECT_TRUE(driver.EnableDriver());
-    EXPECT_TRUE(driver.EnableDevice());
-    EXPECT_EQ(Plugin::CanUnloadNow(), S_FALSE);
-    EXPECT_TRUE(driver.DisableDevice());
-    EXPECT_TRUE(driver.DisableDriver());
-    EXPECT_TRUE(driver.ReleaseObject());
-    EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
+    EXPECT_TRUE(driver.Open());
   }
   EXPECT_FALSE(Plugin::IsLoaded());
 }

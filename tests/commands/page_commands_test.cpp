@@ -5,7 +5,8 @@
 #include "commands/cut_commands.h"
 #include "commands/image_commands.h"
 #include "commands/option_commands.h"
-#include "tests/support/device.h"
+#include "config/device_state.h"
+#include "tests/support/record.h"
 
 namespace {
 
@@ -17,18 +18,17 @@ class PageCommands : public ::testing::Test {
     const char* expected;
   };
 
-  PageCommands() { device.Set("dwSensorType=1 dwGapDistance=3000 dwSpeed=100 nDarkness=5"); }
+  PageCommands() { Set("dwColorMode=1 dwSensorType=1 dwGapDistance=3000 dwSpeed=100 nDarkness=5"); }
   // Sets the fields of each step on top of those before and looks at what is built then.
   template <typename Build>
   void ExpectSteps(const Build& build, std::initializer_list<Step> steps) {
     for (const Step& step : steps) {
-      device.Set(step.fields);
+      Set(step.fields);
       EXPECT_EQ(build(), step.expected) << step.fields;
     }
   }
   std::string Compose(LONG pageCount = 0, DWORD width = 1000, DWORD length = 500) {
-    return BuildPageCommands(device.state.job, devmode, width, length, pageCount,
-                             devmode.dwColorMode);
+    return BuildPageCommands(job, devmode, width, length, pageCount, devmode.dwColorMode);
   }
   // The option line, then what belongs behind the label size.
   std::string Options() {
@@ -42,8 +42,10 @@ class PageCommands : public ::testing::Test {
     return BuildLabelSizeCommand(devmode, widthUm, 50000, devmode.dwColorMode);
   }
 
-  Device device;
-  OEMDEV& devmode = device.devmode;
+  void Set(const std::string& fields) { SetFields(devmode, fields); }
+
+  OEMDEV devmode = {};
+  JobState job;
 };
 
 TEST_F(PageCommands, StandInTheirOrder) {
@@ -54,31 +56,31 @@ TEST_F(PageCommands, StandInTheirOrder) {
       "\r\nP1.00\r\nCe,0.00,0.00\r\nb6",
       "mm\r\nzO\r\nJ\r\nH100,5,T,R0\r\nO Eb4\r\nb5\r\n\r\nSl0;0.00,0.00,50.00,53.00,100.00b1"
       "\r\nb0\r\n\r\nP1.00\r\nCe,0.00,0.00\r\nb6"};
-  device.Set("dwOptionE=1 dwPSource1Enabled=1 nPSource1Value=1000 dwCut1Enabled=1 dwCut1Mode=1");
+  Set("dwOptionE=1 dwPSource1Enabled=1 nPSource1Value=1000 dwCut1Enabled=1 dwCut1Mode=1");
   for (int i = 0; i < 2; ++i) {
     for (int k = 0; k < kCustomBlockCount; ++k)
-      device.SetBlock(k, kinds[i], "b" + std::to_string(k));
+      SetBlock(devmode, k, kinds[i], "b" + std::to_string(k));
     EXPECT_EQ(Compose(), expected[i]);
   }
-  device.SetBlock(0, 4, "No {n}");
+  SetBlock(devmode, 0, 4, "No {n}");
   EXPECT_NE(Compose(4).find("\r\nNo 5\r\n"), std::string::npos);
 }
 
 TEST_F(PageCommands, EmptyInlineBlocksKeepTheirLineEnd) {
-  device.Set("wCustomType0=4 wCustomType1=4 wCustomType4=4 wCustomType5=4");
+  Set("wCustomType0=4 wCustomType1=4 wCustomType4=4 wCustomType5=4");
   EXPECT_EQ(Compose(), "mm\r\nzO\r\nJ\r\nH100,5,T,R0\r\n\r\nSl0;0.00,0.00,50.00,53.00,100.00\r\n");
 }
 
 TEST_F(PageCommands, SetUpOnFirstPageOnlyStillCountsPages) {
   devmode.dwSetupOnFirstPageOnly = 1;
   EXPECT_NE(Compose(-1), "");
-  EXPECT_EQ(device.state.job.dwPageNumber, 1u);
+  EXPECT_EQ(job.dwPageNumber, 1u);
   EXPECT_EQ(Compose(4), "");
-  EXPECT_EQ(device.state.job.dwPageNumber, 5u);
+  EXPECT_EQ(job.dwPageNumber, 5u);
 }
 
 TEST_F(PageCommands, HeadTakesTwoDarknessesOnOneModelOnly) {
-  device.Set("nDarkness2=3 dwPrintMethod=1 dwRibbonSaver=1 dwHeadParamB=4294967295");
+  Set("nDarkness2=3 dwPrintMethod=1 dwRibbonSaver=1 dwHeadParamB=4294967295");
   ExpectSteps([this] { return BuildHeadCommand(devmode); },
               {{"dwColorMode=2", "\r\nH100,5,D,R1,B4294967295"},
                {"szModelCode=K7", "\r\nH100,5:3,D,R1,B4294967295"},
@@ -92,13 +94,13 @@ TEST_F(PageCommands, LabelSizeFollowsSensorMarginsAndModel) {
     devmode.dwSensorType = sensor;
     EXPECT_EQ(LabelSize().substr(3, 3), (std::string(tokens[sensor]) + ";0").substr(0, 3));
   }
-  device.Set("dwUnprintableLeft=1000 dwUnprintableRight=500 dwUnprintableTop=2000");
-  device.Set("dwUnprintableBottom=250 nOffsetX=-4 nOffsetY=1500");
+  Set("dwUnprintableLeft=1000 dwUnprintableRight=500 dwUnprintableTop=2000");
+  Set("dwUnprintableBottom=250 nOffsetX=-4 nOffsetY=1500");
   EXPECT_EQ(LabelSize(), "\r\nSl1;-0.00,1.50,47.75,50.75,98.50");
   EXPECT_EQ(LabelSize(1000), "\r\nSl1;-0.00,1.50,47.75,50.75,4294967.00");  // margins wider: wraps
-  device.Set("dwUnprintableLeft=0 dwUnprintableRight=0 dwColorMode=2");
+  Set("dwUnprintableLeft=0 dwUnprintableRight=0 dwColorMode=2");
   EXPECT_EQ(LabelSize(), "\r\nSl1;-0.00,1.50,47.75,50.75,200.00");
-  device.Set("szModelCode=K5");
+  Set("szModelCode=K5");
   for (const auto& [widthUm, expected] : {std::pair(100000u, "200.06"),
                                           {138000u, "276.13"},
                                           {140000u, "280.19"},
@@ -151,8 +153,8 @@ TEST_F(PageCommands, FirstOptionSetWinsAndKeepsItsForm) {
 }
 
 TEST_F(PageCommands, OptionFlagsStandInTheirOrder) {
-  device.Set("dwCut2Enabled=1 nOptionCValue=1250 dwOptionPD=2 dwOptionE=1 dwOptionM=1 dwOptionN=1");
-  device.Set("dwColorMode=2 nOptionHValue=2345 dwOptionS=1 dwUseDarkness2=1 dwOptionT=1");
+  Set("dwCut2Enabled=1 nOptionCValue=1250 dwOptionPD=2 dwOptionE=1 dwOptionM=1 dwOptionN=1");
+  Set("dwColorMode=2 nOptionHValue=2345 dwOptionS=1 dwUseDarkness2=1 dwOptionT=1");
   ExpectSteps([this] { return Options(); },
               {{"szModelCode=K7 nOptionTValue=1500", "\r\nO C1.3,D,E,H2.35,M,N,S,X,T1.50|"},
                {"szModelCode=k7 dwOptionPD=1 wCustomType4=4 szCustomText4==ABC",
@@ -170,8 +172,8 @@ TEST_F(PageCommands, OptionsThatDependOnOthers) {
 }
 
 TEST_F(PageCommands, InitialCutsGoOutOnce) {
-  device.Set("dwCut1Enabled=1 dwCut1CsEnabled=1 dwCut2Enabled=1 dwCpEnabled=1 dwCspEnabled=1");
-  device.Set("dwCut1Mode=2 nCut1Value1=2000 nCut1Value2=1500 nCut1CsValue=3000");
+  Set("dwCut1Enabled=1 dwCut1CsEnabled=1 dwCut2Enabled=1 dwCpEnabled=1 dwCspEnabled=1");
+  Set("dwCut1Mode=2 nCut1Value1=2000 nCut1Value2=1500 nCut1CsValue=3000");
   ExpectSteps(
       [this] { return Cuts(); },
       {{"nCpValue=500 nCspValue=700", "\r\nCsp,0.70\r\nCs,3.00\r\nCp,0.50\r\nC9998,2.00,1.50|"},
@@ -193,7 +195,7 @@ TEST_F(PageCommands, CutGroupModeDecidesTheForm) {
 }
 
 TEST_F(PageCommands, CutGroupNeedsAllOfItsFlags) {
-  device.Set("dwCut1Mode=1 dwCut2Mode=1");
+  Set("dwCut1Mode=1 dwCut2Mode=1");
   ExpectSteps(
       [this] { return std::exchange(devmode.dwInitialCutSent, 0), BuildCutCommands(devmode); },
       {{"dwCut1CsEnabled=1", ""},
@@ -213,8 +215,8 @@ class ImageCommands : public PageCommands {
                     ImagePlacement placement = {1000, 500, 5.0f, 2.5f, 1, false, false}) {
     devmode.dwRotation = rotation;
     placement.colorMode = static_cast<LONG>(devmode.dwColorMode);
-    device.state.job.dwPageNumber = page;
-    return ComposeImageCommands(device.state.job, devmode, placement);
+    job.dwPageNumber = page;
+    return ComposeImageCommands(job, devmode, placement);
   }
   DWORD page = 1;
 };
@@ -226,7 +228,7 @@ TEST_F(ImageCommands, OneColourFollowsTheRotation) {
                           "100.00,45.00,360"};
   for (const char* options : {"dwOptionM=0 dwUseDarkness2=0", "dwOptionM=1 dwUseDarkness2=0",
                               "dwOptionM=0 dwUseDarkness2=1", "dwOptionM=1 dwUseDarkness2=1"}) {
-    device.Set(options);
+    Set(options);
     for (DWORD rotation = 0; rotation < 5; ++rotation) {
       const char* place = (devmode.dwOptionM & devmode.dwUseDarkness2 ? turned : plain)[rotation];
       EXPECT_EQ(Place(rotation), "\r\nI:Image0;" + std::string(place) + ";0") << options;
@@ -240,10 +242,10 @@ TEST_F(ImageCommands, HighlightLiesInTheSecondHalfOfTheWidth) {
   const char* corrected[] = {"200.06,47.50,180", "50.06,97.50,90", "100.03,2.50,0",
                              "100.11,2.50,270"};
   for (DWORD rotation = 0; rotation < 4; ++rotation) {
-    device.Set("szModelCode=K7");
+    Set("szModelCode=K7");
     EXPECT_TRUE(Place(rotation).starts_with("\r\nI:Image0;" + std::string(plain[rotation]) +
                                             ";0\r\nI:Image1"));
-    device.Set("szModelCode=K5");
+    Set("szModelCode=K5");
     EXPECT_TRUE(Place(rotation).starts_with("\r\nI:Image0;" + std::string(corrected[rotation]) +
                                             ";0\r\nI:Image1"));
   }
@@ -253,12 +255,11 @@ TEST_F(ImageCommands, HighlightLiesInTheSecondHalfOfTheWidth) {
 }
 
 TEST_F(ImageCommands, LaterPagesRecallAReusedSetUp) {
-  device.Set(
-      "dwSetupOnFirstPageOnly=1 dwCut1Enabled=1 dwColorMode=2 dwCut1Mode=1 dwCut1CsEnabled=1");
+  Set("dwSetupOnFirstPageOnly=1 dwCut1Enabled=1 dwColorMode=2 dwCut1Mode=1 dwCut1CsEnabled=1");
   EXPECT_EQ(Place(2).substr(0, 11), "\r\nI:Image0;");
   page = 2;
   EXPECT_EQ(Place(2), "\r\nCs,0.00\r\nCe,0.00,0.00\r\nR Image0;0\r\nCe,0.00,0.00\r\nR Image1;1");
-  device.SetBlock(0, 4, "p{n}");
+  SetBlock(devmode, 0, 4, "p{n}");
   devmode.dwColorMode = 1;
   EXPECT_EQ(Place(2), "\r\np2\r\n\r\nCe,0.00,0.00\r\nR Image0;0");
 }

@@ -284,12 +284,12 @@ bool Driver::SendBand(const Band& band) {
   header.biBitCount = 24;
   header.biSizeImage = band.sizeBytes;
   IPPARAMS parameters = {sizeof parameters, band.offset, nullptr, band.blank};
-  PBYTE result = reinterpret_cast<PBYTE>(2);
+  bandResult = reinterpret_cast<PBYTE>(2);
   const bool done = Succeeds([&] {
     return m_plugin->ImageProcessing(&m_device, const_cast<PBYTE>(band.pixels), &header, nullptr,
-                                     bandFormat, &parameters, &result);
+                                     bandFormat, &parameters, &bandResult);
   });
-  return done && result == reinterpret_cast<PBYTE>(1);
+  return done && bandResult == reinterpret_cast<PBYTE>(1);
 }
 
 bool Driver::PaintBand(LONG position) {

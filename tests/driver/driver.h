@@ -89,6 +89,7 @@ class Driver final : public DriverHelper {
   std::vector<std::string> writes;  // unless there is a spooler
   GDIINFO info = {};                // the geometry that it made of the driver's own
   BOOL hookResult = FALSE;          // the last hook's
+  PBYTE bandResult = nullptr;       // what the last band handed back
   std::string lastCall;             // of the driver's own functions, with its arguments
   LONG helperReferences = 0;        // held by the plug-in
 
@@ -99,6 +100,8 @@ class Driver final : public DriverHelper {
   bool HasDevice() const { return m_device.pdevOEM != nullptr; }
   IPrintOemUni2* Object() const { return m_plugin; }
   DEVOBJ& Device() { return m_device; }
+  SURFOBJ& Surface() { return m_surface; }
+  const DRVENABLEDATA& Hooks() const { return m_hooks; }
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override;
   ULONG AddRef() override { return static_cast<ULONG>(++helperReferences); }

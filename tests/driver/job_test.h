@@ -46,11 +46,26 @@ class JobTest : public ::testing::Test {
     const auto found = std::find(writes.rbegin(), writes.rend(), "dPNG;" + name + "\r\n\x1B:");
     return found == writes.rend() ? PngImage() : DecodePng(found.base()[0]);
   }
+  // The log lines since the last time, "level<TAB>category<TAB>text", addresses as #.
+  Events NewLog() {
+    const Events all = home.LogLines();
+    Events lines(all.begin() + static_cast<std::ptrdiff_t>(m_linesSeen), all.end());
+    m_linesSeen = all.size();
+    for (std::string& line : lines) {
+      for (std::size_t at; (at = line.find("=0x")) != line.npos;) {
+        line.replace(at, line.find_first_not_of("0123456789abcdef", at + 3) - at, "=#");
+      }
+    }
+    return lines;
+  }
   std::string LastLogLine() const { return home.LogLines().back(); }
 
   TempHome home;
   Plugin plugin;
   Driver driver;
+
+ private:
+  std::size_t m_linesSeen = 0;
 };
 
 inline const std::string kHeader =

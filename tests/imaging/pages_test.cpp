@@ -9,22 +9,66 @@ namespace {
 
 class Pages : public JobTest {
  protected:
-  ~Pages() override { PlatformSetFaultHook(nullptr, nullptr); }
+  ~Pages() override {
+    PlatformSetFaultHook(nullptr, nullptr);
+    unsetenv("VLX_SAVE_BITMAPS");
+  }
 
+  using Picture = DWORD (*)(LONG x, LONG y);
   // A document of one page, of that size and those colours.
-  void Print(LONG width, LONG height, const std::function<DWORD(LONG, LONG)>& picture) {
+  void Print(LONG width, LONG height, Picture picture) {
     driver.widthPx = width;
     driver.heightPx = height;
     driver.paint = picture;
     driver.writes.clear();
     EXPECT_TRUE(driver.PrintDocument("a"));
   }
+  // Lets one platform call fail, the n-th of that name.
+  void FailCall(const char* name, int n) {
+    m_failing = {name, n};
+    PlatformSetFaultHook(
+        [](const char* call, void* context) {
+          auto& failing = *static_cast<std::pair<std::string, int>*>(context);
+          return failing.first == call && --failing.second == 0;
+        },
+        &m_failing);
+  }
+  // The names of the saved stages, sorted; the folder is empty then.
+  Events TakeStages() {
+    Events names;
+    for (const auto& entry : std::filesystem::directory_iterator(home.Path("stages"))) {
+      names.push_back(entry.path().stem());
+    }
+    for (const std::string& name : names) std::filesystem::remove(StagePath(name));
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  std::string StagePath(const std::string& name) const {
+    return home.Path("stages/" + name + ".png");
+  }
+  PngImage Stage(const std::string& name) const {
+    std::ifstream file(StagePath(name), std::ios::binary);
+    return DecodePng({std::istreambuf_iterator<char>(file), {}});
+  }
+  void SaveStages() {
+    std::filesystem::create_directory(home.Path("stages"));
+    setenv("VLX_SAVE_BITMAPS", home.Path("stages").c_str(), 1);
+  }
+
+ private:
+  std::pair<std::string, int> m_failing;
 };
 
 DWORD Grey(LONG, LONG) { return 0x606060; }
 DWORD Paper(LONG, LONG) { return 0xFFFFFF; }
 DWORD DotAt30And40(LONG x, LONG y) { return x == 30 && y == 40 ? 0 : 0xFFFFFF; }
 DWORD Speckles(LONG x, LONG y) { return x * x % 3 == 0 || (x + 3 * y) % 5 == 0 ? 0 : 0xFFFFFF; }
+DWORD Orange(LONG, LONG) { return 0xFF6030; }
+// Black, and to the right of it red, away from the edges.
+DWORD TwoBlocks(LONG x, LONG y) {
+  if (y < 8 || y >= 24) return 0xFFFFFF;
+  return x >= 12 && x < 20 ? 0x000000 : x >= 30 && x < 44 ? 0xFF0000 : 0xFFFFFF;
+}
 
 TEST_F(Pages, DithererAndItsParameterReachTheDots) {
   for (const std::string mode : {"1", "2"}) {
@@ -38,6 +82,19 @@ TEST_F(Pages, DithererAndItsParameterReachTheDots) {
     }
     EXPECT_EQ(pictures.size(), 4u) << mode;
   }
+}
+
+TEST_F(Pages, ToleranceCountsInHundredths) {
+  std::set<std::vector<unsigned char>> pictures;
+  for (const char* tolerance : {"0", "60"}) {
+    Set("dwColorMode=2 nColorTolerance=" + std::string(tolerance));
+    Print(64, 64, Orange);
+    PngImage both = Image("0");
+    const PngImage background = Image("1");
+    both.grey.insert(both.grey.end(), background.grey.begin(), background.grey.end());
+    pictures.insert(both.grey);
+  }
+  EXPECT_EQ(pictures.size(), 2u);
 }
 
 TEST_F(Pages, PageWithoutColourModeIsNotSent) {
@@ -61,6 +118,18 @@ TEST_F(Pages, ShortBufferIsCompletedWithWhite) {
   EXPECT_EQ(Image().grey, grey);
 }
 
+TEST_F(Pages, RefusedBandHandsNothingBack) {
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.StartPage());
+  NewLog();
+  EXPECT_FALSE(driver.SendBand({4, 4, 48, {0, 0}, nullptr}));
+  EXPECT_EQ(driver.bandResult, nullptr);
+  EXPECT_EQ(NewLog(), Events{"error\tRendering\tImageProcessing END (E_FAIL, invalid argument)"});
+  driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+  EXPECT_FALSE(driver.SendBand({0, 4, 48, {0, 0}, nullptr, true}));
+  EXPECT_EQ(driver.bandResult, nullptr);
+}
+
 TEST_F(Pages, FailedStageEndsThePage) {
   driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   // Page copy, borders, orientation, both split planes, both 1-bit images.
@@ -71,13 +140,7 @@ TEST_F(Pages, FailedStageEndsThePage) {
     EXPECT_TRUE(driver.PrintPage('a'));
     Set("dwSpeed=55");
     Take();
-    int left = n;
-    PlatformSetFaultHook(
-        [](const char* call, void* context) {
-          return std::string_view(call) == "GdipCreateBitmapFromScan0" &&
-                 --*static_cast<int*>(context) == 0;
-        },
-        &left);
+    FailCall("GdipCreateBitmapFromScan0", n);
     EXPECT_FALSE(driver.StartPage());
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_EQ(Take(), Events{"DrvStartPage"}) << n;
@@ -87,6 +150,38 @@ TEST_F(Pages, FailedStageEndsThePage) {
     EXPECT_TRUE(driver.EndDocument());
     const Events last = Take();
     EXPECT_EQ(last[last.size() - 3].find("H55,") != std::string::npos, n > 3) << n;
+  }
+}
+
+TEST_F(Pages, ImageThatCannotBeEncodedIsNotSent) {
+  const std::string stream = "CreateStreamOnHGlobal for pPngStream";
+  const std::string why = " (hResult=E_OUTOFMEMORY, GetLastError=5)";
+  const std::tuple<const char*, int, const char*, std::string> rows[] = {
+      {"GdipGetImageEncodersSize", 1, "", "GetCLSID for img/png failed"},
+      {"GdipGetImageEncoders", 1, "", "GetCLSID for img/png failed"},
+      {"CreateStreamOnHGlobal", 1, "", stream + " failed" + why},
+      {"CreateStreamOnHGlobal", 2, "", stream + "Highlight failed" + why},
+      {"GdipSaveImageToStream", 1, "dwColorMode=2", "pUsedBackgroundBitmap->Save failed!!!"},
+      {"GdipSaveImageToStream", 2, "", "pUsedHighlightBitmap->Save failed!!!"},
+      {"GdipSaveImageToStream", 1, "dwColorMode=1 bTopSideSameAsBottom=1",
+       "pTopSideSameAsBottomBitmap->Save failed!!!"},
+      {"GdipAlloc", 5, "", "Graphics::FromImage(pTopSideSameAsBottomBitmap) failed!!!"}};
+  for (const auto& [call, n, fields, line] : rows) {
+    Set(fields);
+    EXPECT_TRUE(driver.StartDocument());
+    EXPECT_TRUE(driver.PrintPage('a'));
+    Take();
+    NewLog();
+    SetLastError(5);
+    FailCall(call, n);
+    EXPECT_TRUE(driver.StartPage());
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_EQ(Take(), (Events{"eIMG;*\r\n", "\r\nA1\r\n", "DrvStartPage"})) << line;
+    const Events log = NewLog();
+    EXPECT_EQ((Events{log.begin() + 3, log.begin() + 5}),
+              (Events{"error\t\tSendImageToPrinter: " + line,
+                      "trace\tRendering\tSendImageToPrinter END (0)"}));
+    EXPECT_TRUE(driver.AbortDocument());
   }
 }
 
@@ -104,9 +199,11 @@ TEST_F(Pages, FirstPageOpensWithBlocksAndErase) {
 }
 
 TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
-  const std::tuple<std::string, DWORD (*)(LONG, LONG), unsigned, unsigned, std::string> rows[] = {
+  const std::tuple<std::string, Picture, unsigned, unsigned, std::string> rows[] = {
       {"dwRotation=0", DotAt30And40, 90, 1, "100.00,45.00,180"},  // 40 rows are 5.00 mm
       {"dwRotation=1", DotAt30And40, 1, 200, "0.00,96.25,90"},    // 30 columns are 3.75 mm
+      {"dwRotation=3", DotAt30And40, 1, 200, "50.00,3.75,270"},
+      {"dwRotation=5", DotAt30And40, 90, 1, "50.00,95.00,270"},
       {"dwRotation=0", Paper, 90, 1, "100.00,50.00,180"},
       {"dwRotation=1", Paper, 1, 200, "0.00,100.00,90"}};
   driver.publicDevmode.dmPaperWidth = 1000;
@@ -122,6 +219,71 @@ TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
   Set("dwRotation=2");
   Print(90, 200, DotAt30And40);
   EXPECT_TRUE(placed().ends_with("\r\nI:Image0;0.00,1016.00,0;0")) << placed();
+}
+
+// Two images can differ and yet be alike where they have content.
+TEST_F(Pages, CroppedImagesAreComparedUncropped) {
+  Set("dwColorMode=2 bCropToContent=1");
+  static LONG down;
+  down = 0;
+  driver.paint = [](LONG x, LONG y) { return TwoBlocks(x, y - down); };
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_TRUE(driver.PrintPage('a'));
+  down = 8;
+  Take();
+  for (const int downloads : {2, 2, 0}) {
+    EXPECT_TRUE(downloads != 0 ? driver.PrintPage('a') : driver.EndDocument());
+    const Events events = Take();
+    EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x16 1-bit>"), downloads);
+  }
+}
+
+TEST_F(Pages, StagesAreSavedByJobPageAndName) {
+  driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
+  Set("dwColorMode=2 bCropToContent=1 dwUnprintableTop=1000 dwUnprintableRight=500");
+  EXPECT_TRUE(driver.EnableDevice());
+  SaveStages();
+  driver.jobId = 12;
+  driver.paint = TwoBlocks;
+  EXPECT_TRUE(driver.PrintDocument("aa"));
+  const std::string prefix = "job00012_page0002_";
+  for (const auto& [stage, name] :
+       {std::pair("f_2C_Background1BPP_Opt", "1"), {"f_2C_Highlight1BPP_Opt", "0"}}) {
+    EXPECT_EQ(Stage(prefix + stage).grey, Image(name).grey);
+  }
+  const PngImage whole = Stage(prefix + "a_OriginalBuffer"),
+                 bordered = Stage(prefix + "b_NonprintableBorders"),
+                 turned = Stage(prefix + "c_CorrectedOrientation");
+  const LONG left = driver.info.ptlPhysOffset.x, top = driver.info.ptlPhysOffset.y;
+  EXPECT_EQ(std::pair(left, top), std::pair(7, 3));
+  for (LONG i = 0; i < 60 * 40; ++i) {
+    const LONG x = i % 60, y = i / 60;
+    EXPECT_EQ(whole.At(x, y), TwoBlocks(x, y) >> 16);
+    EXPECT_EQ(bordered.At(x, y), x < left || y < top ? 255 : whole.At(x - left, y - top));
+    EXPECT_EQ(turned.At(39 - y, x), bordered.At(x, y));
+  }
+  Events expected;
+  for (const std::string& page : {std::string("job00012_page0001_"), prefix}) {
+    for (const char* stage :
+         {"a_OriginalBuffer", "b_NonprintableBorders", "c_CorrectedOrientation",
+          "d_2C_Background24BPP", "d_2C_Highlight24BPP", "e_2C_Background1BPP",
+          "e_2C_Highlight1BPP", "f_2C_Background1BPP_Opt", "f_2C_Highlight1BPP_Opt"}) {
+      expected.push_back(page + stage);
+    }
+  }
+  EXPECT_EQ(TakeStages(), expected);
+
+  driver.publicDevmode.dmOrientation = DMORIENT_PORTRAIT;
+  Set("dwColorMode=1 bTopSideSameAsBottom=1 dwUnprintableTop=0 dwUnprintableRight=0");
+  EXPECT_TRUE(driver.EnableDevice());
+  driver.jobId = 3;
+  EXPECT_TRUE(driver.PrintDocument("a"));
+  EXPECT_EQ(Stage("job00003_page0001_g_1C_Background_TopSideSameAsBottom").width, 120u);
+  EXPECT_EQ(
+      TakeStages(),
+      (Events{"job00003_page0001_a_OriginalBuffer", "job00003_page0001_d_1C_Background24BPP",
+              "job00003_page0001_e_1C_Background1BPP", "job00003_page0001_f_1C_Background1BPP_Opt",
+              "job00003_page0001_g_1C_Background_TopSideSameAsBottom"}));
 }
 
 TEST_F(Pages, BothSidesShowTheOneColourImageTwice) {
