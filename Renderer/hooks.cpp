@@ -9,43 +9,31 @@
 
 namespace {
 
-// The device object behind a surface, null (last error set) unless it has a state.
-PDEVOBJ DeviceOf(const SURFOBJ* pso) {
-  auto* device = static_cast<PDEVOBJ>(pso == nullptr ? nullptr : pso->dhpdev);
-  if (DeviceState(device) != nullptr) return device;
+// The device state behind a surface. Without one the hook has nothing to work on: returns null,
+// with the last error set.
+COemPDEV* StateOf(const SURFOBJ* pso) {
+  COemPDEV* state = DeviceState(DeviceOf(pso));
+  if (state != nullptr) return state;
   LogError(kRendering, "A document hook was called without a device state");
   SetLastError(ERROR_INVALID_PARAMETER);
   return nullptr;
 }
 
-// The same for a hook that writes: it needs both devmodes and the spool write too.
-PDEVOBJ WritableDeviceOf(const SURFOBJ* pso) {
-  const PDEVOBJ device = DeviceOf(pso);
-  if (device == nullptr ||
-      (device->pPublicDM != nullptr && device->pOEMDM != nullptr && device->pDrvProcs != nullptr &&
-       device->pDrvProcs->DrvWriteSpoolBuf != nullptr)) {
-    return device;
-  }
-  LogError(kRendering, "A document hook was called without a complete device object");
-  SetLastError(ERROR_INVALID_PARAMETER);
-  return nullptr;
-}
-
-// Calls the driver's own function; a driver that gave none has nothing to succeed at.
+// Calls the driver's own function. FALSE if the driver did not give one.
 template <typename Function, typename... Arguments>
 BOOL CallDriver(Function function, Arguments... arguments) {
   return function == nullptr ? FALSE : function(arguments...);
 }
 
-// Both results as the hook's own, 1 or 0.
+// The hook's result, TRUE or FALSE, from its own and the driver's.
 BOOL Both(INT ok, BOOL driverResult) { return ok != 0 && driverResult != 0 ? TRUE : FALSE; }
 
-// Emits the captured page and prepares the next one; not thrown through.
+// Emits the captured page and prepares the next one. Never throws.
 INT ProcessPage(SURFOBJ* pso) {
   return Guarded(INT{0}, [&] { return ProcessImageData(pso); });
 }
 
-// Runs one writer; 0 when it ran out of memory.
+// Runs a writer. Returns 1, or 0 if it ran out of memory.
 template <typename Writer>
 INT Write(Writer&& writer) {
   return Guarded(INT{0}, [&] {
@@ -56,12 +44,11 @@ INT Write(Writer&& writer) {
 
 using BandingFunction = BOOL(APIENTRY*)(SURFOBJ*, POINTL*);
 
-// hook and function are their names in the log.
+// hook and function: their names for the log.
 BOOL PassBand(const char* hook, const char* function, BandingFunction COemPDEV::*saved,
               SURFOBJ* pso, POINTL* pptl) {
-  const PDEVOBJ device = DeviceOf(pso);
-  if (device == nullptr) return FALSE;
-  COemPDEV* state = DeviceState(device);
+  COemPDEV* state = StateOf(pso);
+  if (state == nullptr) return FALSE;
   const POINTL origin = pptl == nullptr ? POINTL{0, 0} : *pptl;
   LogTrace(kRendering, "%s BEGIN (OemPDEV=%p, pptl.x=%d, pptl.y=%d)", hook,
            static_cast<void*>(state), origin.x, origin.y);
@@ -74,10 +61,9 @@ BOOL PassBand(const char* hook, const char* function, BandingFunction COemPDEV::
 }  // namespace
 
 BOOL APIENTRY OEMStartDoc(SURFOBJ* pso, LPWSTR pwszDocName, DWORD dwJobId) {
-  const PDEVOBJ device = WritableDeviceOf(pso);
-  if (device == nullptr) return FALSE;
-  COemPDEV* state = DeviceState(device);
-  const bool reset = pwszDocName == nullptr && dwJobId == 0;  // the state came with ResetPDEV
+  COemPDEV* state = StateOf(pso);
+  if (state == nullptr) return FALSE;
+  const bool reset = pwszDocName == nullptr && dwJobId == 0;  // ResetPDEV has copied the state
   INT ok = 1;
   if (reset) {
     LogTrace(kRendering, "OEMStartDoc BEGIN (ResetDC, dwJobId=%d, OemPDEV=%p, pBitmapBuffer=%p)", 0,
@@ -87,25 +73,25 @@ BOOL APIENTRY OEMStartDoc(SURFOBJ* pso, LPWSTR pwszDocName, DWORD dwJobId) {
              static_cast<void*>(state));
     state->dwPageCount = 0;
     if (!state->bJobHeaderSent) {
-      ok = Write([&] { WriteJobHeader(device, pwszDocName); });
+      ok = Write([&] { WriteJobHeader(DeviceOf(pso), pwszDocName); });
       state->bJobHeaderSent = ok != 0;
     }
     state->dwJobId = dwJobId;
   }
   LogTrace(kNoCategory, "OEMStartDoc calling DrvStartDoc...");
-  const BOOL result = CallDriver(state->pfnDrvStartDoc, pso, pwszDocName, dwJobId);
+  const BOOL driverResult = CallDriver(state->pfnDrvStartDoc, pso, pwszDocName, dwJobId);
+  const BOOL result = ok ? driverResult : FALSE;
   LogTrace(kRendering, "OEMStartDoc END%s (%d)", reset ? " (ResetDC)" : "", result);
-  return ok ? result : FALSE;
+  return result;
 }
 
 BOOL APIENTRY OEMStartPage(SURFOBJ* pso) {
-  const PDEVOBJ device = WritableDeviceOf(pso);
-  if (device == nullptr) return FALSE;
-  COemPDEV* state = DeviceState(device);
+  COemPDEV* state = StateOf(pso);
+  if (state == nullptr) return FALSE;
   LogTrace(kRendering, "OEMStartPage BEGIN (OemPDEV=%p)", static_cast<void*>(state));
   INT ok = ProcessPage(pso);
   ++state->dwPageCount;
-  if (ok && state->dwPageCount >= 2) ok = Write([&] { SendPrintCommand(device); });
+  if (ok && state->dwPageCount >= 2) ok = Write([&] { SendPrintCommand(DeviceOf(pso)); });
   LogTrace(kNoCategory, "OEMStartPage calling DrvStartPage...");
   const BOOL driverResult = CallDriver(state->pfnDrvStartPage, pso);
   const BOOL result = Both(ok, driverResult);
@@ -114,9 +100,8 @@ BOOL APIENTRY OEMStartPage(SURFOBJ* pso) {
 }
 
 BOOL APIENTRY OEMSendPage(SURFOBJ* pso) {
-  const PDEVOBJ device = DeviceOf(pso);
-  if (device == nullptr) return FALSE;
-  COemPDEV* state = DeviceState(device);
+  COemPDEV* state = StateOf(pso);
+  if (state == nullptr) return FALSE;
   LogTrace(kRendering, "OEMSendPage BEGIN (OemPDEV=%p)", static_cast<void*>(state));
   LogTrace(kNoCategory, "OEMSendPage calling DrvSendPage...");
   const BOOL result = CallDriver(state->pfnDrvSendPage, pso);
@@ -133,14 +118,13 @@ BOOL APIENTRY OEMNextBand(SURFOBJ* pso, POINTL* pptl) {
 }
 
 BOOL APIENTRY OEMEndDoc(SURFOBJ* pso, FLONG fl) {
-  const PDEVOBJ device = WritableDeviceOf(pso);
-  if (device == nullptr) return FALSE;
-  COemPDEV* state = DeviceState(device);
+  COemPDEV* state = StateOf(pso);
+  if (state == nullptr) return FALSE;
   LogTrace(kRendering, "OEMEndDoc BEGIN (OemPDEV=%p)", static_cast<void*>(state));
   INT ok = 1;
   if (fl != ED_ABORTDOC) {
     ok = ProcessPage(pso);
-    if (ok) ok = Write([&] { WriteJobEnd(device); });
+    if (ok) ok = Write([&] { WriteJobEnd(DeviceOf(pso)); });
   }
   state->dwPageCount = 0;
   state->bJobHeaderSent = FALSE;

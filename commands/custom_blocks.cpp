@@ -6,12 +6,12 @@
 #include <memory>
 
 #include "commands/job_stream.h"
+#include "config/log.h"
 #include "platform/file.h"
 
 namespace {
 
 constexpr std::string_view kTooLong = "Error 111";
-constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
 
 // What the letters after a backslash stand for.
 constexpr std::string_view kEscapes = "\\eEnNrRtT";
@@ -70,11 +70,11 @@ std::string ReadTextFile(std::string_view path) {
   if (file == nullptr) return content;
   char buffer[4096];
   while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get())) {
-    // No block for a printer is that long: the file has no end, and the job would have none.
-    if (content.size() + count > kMostFileBytes) return {};
     content.append(buffer, count);
   }
-  if (std::ferror(file.get())) return {};
+  if (std::ferror(file.get())) {
+    LogError(kNoCategory, "The file of a custom command block was read only in part");
+  }
   return content;
 }
 

@@ -45,7 +45,8 @@ float PlacementX(const OEMDEV& devmode, bool highlight, bool rightSide, float wi
   return rightSide ? correctedMm : correctedMm / 2.0f;
 }
 
-std::string RecallText(const JobState& job, OEMDEV& devmode, const std::string& index) {
+std::string RecallText(const JobState& job, OEMDEV& devmode, LONG imageIndex) {
+  const std::string index = FormatFixed(static_cast<DWORD>(imageIndex), 0);
   std::string text;
   if (devmode.wCustomType0 == kBlockInline) {
     text += "\r\n" + WithLineEnd(ExpandCustomBlock(devmode, 0, job.dwPageNumber));
@@ -54,8 +55,8 @@ std::string RecallText(const JobState& job, OEMDEV& devmode, const std::string& 
   return text + "\r\nR Image" + index + ";" + index;
 }
 
-std::string PlacementText(const OEMDEV& devmode, const ImageCommand& image,
-                          const std::string& index) {
+std::string PlacementText(const OEMDEV& devmode, const ImageCommand& image) {
+  const std::string index = std::to_string(image.index);
   const bool highlight = image.index == 0 && image.twoColor;
   const float offsetMm = highlight ? image.highlightOffsetMm : image.backgroundOffsetMm;
   const PlacementRow& row = RowOf(devmode);
@@ -82,9 +83,8 @@ std::string ComposeImageDataEnd() {
 }
 
 std::string ComposeImageCommand(const JobState& job, OEMDEV& devmode, const ImageCommand& image) {
-  const std::string index = FormatFixed(static_cast<DWORD>(image.index), 0);
-  if (image.reuse && !image.firstPage) return RecallText(job, devmode, index);
-  return PlacementText(devmode, image, index);
+  if (image.reuse && !image.firstPage) return RecallText(job, devmode, image.index);
+  return PlacementText(devmode, image);
 }
 
 std::string ComposeImageCommands(const JobState& job, OEMDEV& devmode,

@@ -22,8 +22,9 @@ std::string FormatDouble(double value, int decimals) {
   return std::string(text, end.ptr);
 }
 
-// The text in the thread's ANSI code page; empty for null.
+// The text in the thread's ANSI code page; empty for null, which leaves the last error alone.
 std::string Narrow(LPCWSTR text) {
+  if (text == nullptr) return {};
   const INT size = WideCharToMultiByte(CP_THREAD_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
   if (size == 0) return {};
   std::string narrow(size, '\0');
@@ -56,10 +57,13 @@ std::string FormatFixed(DWORD value, int decimals) {
 void SpoolWrite(PDEVOBJ pdevobj, std::string_view bytes) {
   if (bytes.empty()) return;
   const DWORD length = static_cast<DWORD>(bytes.size());
+  const DRVPROCS* procedures = pdevobj->pDrvProcs;
   try {
-    pdevobj->pDrvProcs->DrvWriteSpoolBuf(pdevobj, const_cast<char*>(bytes.data()), length);
+    if (procedures != nullptr && procedures->DrvWriteSpoolBuf != nullptr) {
+      procedures->DrvWriteSpoolBuf(pdevobj, const_cast<char*>(bytes.data()), length);
+    }
   } catch (...) {
-    // A spooler that raises has failed like any other: the job goes on and the bytes are counted.
+    // The spooler's answer is not examined, an exception included.
   }
   DeviceState(pdevobj)->job.dwJobBytesWritten += length;
 }

@@ -26,7 +26,8 @@ inline float MillimetresOf(DWORD lengthUm) { return static_cast<float>(lengthUm)
 inline std::string FormatLength(LONG lengthUm) { return FormatFixed(MillimetresOf(lengthUm), 2); }
 
 // Hands the bytes to the spooler and adds their number to the job's byte count. The spooler's
-// answer is not examined. An empty text is not handed over.
+// answer is not examined: a write that fails, or a driver without a spool write, counts as written.
+// An empty text is not handed over.
 void SpoolWrite(PDEVOBJ pdevobj, std::string_view bytes);
 
 // The local time as "07.03.2025, 14:05:09".

@@ -96,7 +96,12 @@ class COemPDEV {
   std::shared_ptr<void> m_highlightOwner;
 };
 
-// The state behind a device object; null when there is none.
-inline COemPDEV* DeviceState(PDEVOBJ pdevobj) {
+// The device object behind a surface that the driver hands to a hook; null if it has none.
+inline PDEVOBJ DeviceOf(const SURFOBJ* pso) {
+  return pso == nullptr ? nullptr : reinterpret_cast<PDEVOBJ>(pso->dhpdev);
+}
+
+// The state behind a device object; null if it has none.
+inline COemPDEV* DeviceState(const DEVOBJ* pdevobj) {
   return pdevobj == nullptr ? nullptr : static_cast<COemPDEV*>(pdevobj->pdevOEM);
 }

@@ -80,6 +80,16 @@ bool ReadText(HKEY key, LPCWSTR name, WideText& text) {
   return true;
 }
 
+bool ReadIdentifier(HKEY key, GUID& guid) {
+  WideText text;
+  GUID read;
+  if (!ReadText(key, WTEXT("Id"), text) || FAILED(CLSIDFromString(text.c_str(), &read))) {
+    return false;
+  }
+  guid = read;
+  return true;
+}
+
 void LoadSubkeys(StockList& list, HKEY stocks) {
   for (DWORD index = 0;; ++index) {
     WCHAR name[kNameRoom];
@@ -93,8 +103,11 @@ void LoadSubkeys(StockList& list, HKEY stocks) {
     RegKey key;
     if (!key.Open(stocks, name)) continue;
     StockItem item;
-    if (FAILED(CoCreateGuid(&item.guid))) continue;  // all zero would mean something
+    const bool hasRandom = SUCCEEDED(CoCreateGuid(&item.guid));
+    if (!hasRandom) item.guid = {};
     ReadStockItem(item, key.Get());
+    // Without an identifier of either kind it would pass for the stock with the all-zero one.
+    if (!hasRandom && !ReadIdentifier(key.Get(), item.guid)) continue;
     list.insert(item.guid == GUID{} ? list.begin() : list.end(), item);
   }
 }
@@ -110,12 +123,7 @@ WideText StripKeyChars(WideText name) {
 
 bool ReadStockItem(StockItem& item, HKEY key) {
   ReadText(key, WTEXT("DisplayName"), item.displayName);
-  WideText identifier;
-  GUID guid;
-  if (ReadText(key, WTEXT("Id"), identifier) &&
-      SUCCEEDED(CLSIDFromString(identifier.c_str(), &guid))) {
-    item.guid = guid;
-  }
+  ReadIdentifier(key, item.guid);
   for (const NumberValue& value : kNumberValues) {
     DWORD number = 0;
     DWORD bytes = sizeof number;

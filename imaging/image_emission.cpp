@@ -36,7 +36,7 @@ bool ArgumentsComplete(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground) {
   }
   if (pso == nullptr || pbmpBackground == nullptr) return false;
 
-  const auto* device = static_cast<const DEVOBJ*>(pso->dhpdev);
+  const PDEVOBJ device = DeviceOf(pso);
   const char* missing = device == nullptr            ? "pDevObj"
                         : device->pdevOEM == nullptr ? "pOemPDEV"
                         : device->pOEMDM == nullptr  ? "pOemDevMode"
@@ -180,7 +180,7 @@ INT SendImageToPrinter(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground,
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  auto* device = static_cast<PDEVOBJ>(pso->dhpdev);
+  const PDEVOBJ device = DeviceOf(pso);
   Emission page{device,
                 DeviceState(device),
                 static_cast<OEMDEV*>(device->pOEMDM),

@@ -1,6 +1,7 @@
 #include "imaging/page_pipeline.h"
 
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -31,6 +32,7 @@ struct Page {
 // A driver may leave the last rows of a page out. What is missing of the picture is paper: white.
 bool CompleteBuffer(COemPDEV& state, std::uint64_t neededBytes) {
   if (state.dwBitmapBufferSize >= neededBytes) return true;
+  if (neededBytes > std::numeric_limits<DWORD>::max()) return false;
   const DWORD capturedBytes = state.dwBitmapBufferSize;
   if (!state.GrowPageBuffer(static_cast<DWORD>(neededBytes))) return false;
   std::memset(state.pBitmapBuffer + capturedBytes, 0xFF, neededBytes - capturedBytes);
@@ -153,6 +155,18 @@ INT SendTwoColors(const Page& page) {
   return result;
 }
 
+// Any other colour mode than one or two colours prints no image.
+INT SendImages(const Page& page) {
+  switch (page.devmode->dwColorMode) {
+    case 1:
+      return SendOneColor(page);
+    case 2:
+      return SendTwoColors(page);
+    default:
+      return 1;
+  }
+}
+
 DWORD Clamp(DWORD tenthsMm, DWORD minimumUm, DWORD maximumUm) {
   if (tenthsMm > maximumUm / 100) return maximumUm / 100;
   if (tenthsMm < minimumUm / 100) return minimumUm / 100;
@@ -182,9 +196,7 @@ INT ProcessPage(Page& page) {
     return 1;
   }
   if (!CopyPage(page) || !AddBorders(page) || !CorrectOrientation(page)) return 0;
-  INT result = 1;
-  if (page.devmode->dwColorMode == 1) result = SendOneColor(page);
-  if (page.devmode->dwColorMode == 2) result = SendTwoColors(page);
+  const INT result = SendImages(page);
   page.placed.reset();
   page.captured.reset();
   page.buffer.reset();
@@ -197,7 +209,7 @@ INT ProcessPage(Page& page) {
 
 INT ProcessImageData(SURFOBJ* pso) {
   LogTrace(kRendering, "ProcessImageData BEGIN");
-  auto* device = static_cast<PDEVOBJ>(pso == nullptr ? nullptr : pso->dhpdev);
+  const PDEVOBJ device = DeviceOf(pso);
   COemPDEV* state = DeviceState(device);
   if (state == nullptr || device->pOEMDM == nullptr || device->pPublicDM == nullptr) {
     SetLastError(ERROR_INVALID_PARAMETER);

@@ -123,6 +123,22 @@ trace	Rendering	OEMEndDoc END (1 = 1 && 7)
             (Events{"DrvStartPage", "\r\nA1\r\n", "DrvEndDoc"}));
 }
 
+TEST_F(Job, WithoutPrivateDevmodeOnlyWhatReadsItFails) {
+  driver.Device().pOEMDM = nullptr;
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_FALSE(driver.PrintPage('a'));
+  EXPECT_TRUE(driver.AbortDocument());
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_FALSE(driver.EndDocument());
+  EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "DrvStartPage", "DrvEndDoc", kHeader,
+                            "DrvStartDoc", "DrvEndDoc"}));
+  driver.Device().pOEMDM = driver.devmode.get();
+  EXPECT_TRUE(driver.PrintDocument("a"));
+  const Events events = Take();
+  EXPECT_EQ(events[0], kHeader);
+  EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x40 1-bit>"), 1);
+}
+
 TEST_F(Job, UnchangedImagesAreReused) {
   Set("dwColorMode=2 dwSetupOnFirstPageOnly=1");
   EXPECT_TRUE(driver.StartDocument());

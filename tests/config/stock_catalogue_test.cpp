@@ -5,6 +5,7 @@
 #include <set>
 
 #include "config/oemdev_fields.h"
+#include "platform/fault.h"
 #include "tests/support/temp_home.h"
 
 namespace {
@@ -68,6 +69,20 @@ TEST_F(StockCatalogue, StockWithoutIdentityComesFirst) {
   EXPECT_EQ(ChooseStock(list, GUID{9, 0, 0, {}}, &selected)->dwDarkness, 3u);
   EXPECT_FALSE(selected);
   EXPECT_EQ(ChooseStock({}, GUID{}, &selected), nullptr);
+}
+
+TEST_F(StockCatalogue, OnlyAStockWithoutIdNeedsARandomOne) {
+  const auto guidsFail = [](const char* call, void*) {
+    return std::string_view(call) == "CoCreateGuid";
+  };
+  PlatformSetFaultHook(guidsFail, nullptr);
+  const StockList list = Load(
+      "[S1]\n[S2]\n\"Id\"=\"{00000001-0000-0000-0000-000000000000}\"\n"
+      "[S3]\n\"Id\"=\"{00000000-0000-0000-0000-000000000000}\"\n");
+  PlatformSetFaultHook(nullptr, nullptr);
+  ASSERT_EQ(list.size(), 2u);
+  EXPECT_EQ(list.front().guid, GUID{});
+  EXPECT_EQ(list.back().guid, (GUID{1, 0, 0, {}}));
 }
 
 TEST_F(StockCatalogue, NamesAreStrippedForTheKey) {
