@@ -46,6 +46,44 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
   EXPECT_EQ(full.guid, (GUID{10, 11, 12, {13, 14, 15, 16, 17, 18, 19, 20}}));
 }
 
+TEST_F(StockCatalogue, EachNumberGoesToItsField) {
+  const std::pair<std::string, DWORD StockItem::*> rows[] = {
+      {"SpeedInMmPerSec", &StockItem::dwSpeedInMmPerSec},
+      {"Darkness", &StockItem::dwDarkness},
+      {"Darkness2", &StockItem::dwDarkness2},
+      {"PaperWidth", &StockItem::dwPaperWidth},
+      {"PaperLength", &StockItem::dwPaperLength},
+      {"UnprintableLeft", &StockItem::dwUnprintableLeft},
+      {"UnprintableRight", &StockItem::dwUnprintableRight},
+      {"UnprintableTop", &StockItem::dwUnprintableTop},
+      {"UnprintableBottom", &StockItem::dwUnprintableBottom},
+      {"OffsetX", &StockItem::dwOffsetX},
+      {"OffsetY", &StockItem::dwOffsetY},
+      {"SensorType", &StockItem::dwSensorType},
+      {"GapDistance", &StockItem::dwGapDistance},
+      {"IgnorePaperEnd", &StockItem::dwIgnorePaperEnd},
+      {"Rotation", &StockItem::dwRotation},
+      {"Mirror", &StockItem::dwMirror},
+      {"Invert", &StockItem::dwInvert},
+      {"TopSameAsBottom", &StockItem::dwTopSameAsBottom},
+      {"BackfeedMode", &StockItem::dwBackfeedMode},
+      {"BackfeedSpeed", &StockItem::dwBackfeedSpeed},
+      {"PrintMode", &StockItem::dwPrintMode},
+      {"NumberCopies", &StockItem::dwNumberCopies},
+      {"RibbonSaver", &StockItem::dwRibbonSaver},
+      {"SingleBuffer", &StockItem::dwSingleBuffer},
+      {"IgnoreLabelPosition", &StockItem::dwIgnoreLabelPosition}};
+  std::string key = "[S1]\n";
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    key += "\"" + rows[i].first + "\"=dword:" + std::to_string(11 + i) + "\n";  // hexadecimal
+  }
+  const StockList list = Load(key);
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    EXPECT_EQ(list.front().*rows[i].second, std::stoul(std::to_string(11 + i), nullptr, 16))
+        << rows[i].first;
+  }
+}
+
 TEST_F(StockCatalogue, NameHasRoomFor129Characters) {
   for (const std::size_t length : {129, 130}) {
     const std::string name(length, 'n');
