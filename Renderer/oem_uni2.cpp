@@ -13,8 +13,8 @@ namespace {
 
 constexpr DWORD kPluginVersion = 1;
 
-// Asked for now and then; refused without a word.
-constexpr IID kQuietlyRefused = {
+// Hosts probe for this interface; decline without logging.
+constexpr IID kProbedInterface = {
     0x4E4A7747, 0xBC76, 0x4AED, {0xAC, 0xC8, 0xC7, 0x6A, 0xF2, 0x2A, 0xAD, 0x43}};
 
 HRESULT Declined(const char* method) {
@@ -61,7 +61,7 @@ HRESULT COemUni2::QueryInterface(REFIID riid, void** ppv) {
     return S_OK;
   }
   *ppv = nullptr;
-  if (riid != kQuietlyRefused) {
+  if (riid != kProbedInterface) {
     LogWarning(kRendering, "COemUni2::QueryInterface called with unknown iid %04X%04X%04X%04X",
                riid.Data1, riid.Data2, riid.Data3, riid.Data4[0] << 8 | riid.Data4[1]);
   }
@@ -134,10 +134,8 @@ HRESULT COemUni2::PublishDriverInterface(IUnknown* pIUnknown) {
 
 HRESULT COemUni2::GetImplementedMethod(PSTR pMethodName) {
   constexpr const char* kImplemented[] = {"CommandCallback", "FilterGraphics", "ImageProcessing"};
-  if (CLogger::IsEnabled(g_logClient, LogLevel::Trace)) {
-    LogTrace(kRendering, "Renderer.COemUni2.GetImplementedMethod BEGIN (pMethodName=%s)",
-             LogTextFromAnsi(pMethodName).c_str());
-  }
+  LogTrace(kRendering, "Renderer.COemUni2.GetImplementedMethod BEGIN (pMethodName=%s)",
+           LogTextFromAnsi(pMethodName).c_str());
   bool implemented = false;
   for (const char* name : kImplemented) {
     implemented |= pMethodName != nullptr && std::strcmp(pMethodName, name) == 0;

@@ -12,26 +12,25 @@ namespace {
 
 constexpr int kShortLine = 512;  // units; nearly every line fits
 
-using LevelFunction = void (*)(CLoggerClient&, LPCWSTR, LPCWSTR);
+// The shared library decides which lines are written, so every line is formatted. A page logs two
+// lines a band: they must cost little.
+using LevelFunction = void(CLoggerClient&, LPCWSTR, LPCWSTR);
 
-constexpr LevelFunction kLevelFunctions[] = {CLogger::LOG_TRACE, CLogger::LOG_INFO,
-                                             CLogger::LOG_WARNING, CLogger::LOG_ERROR};
-
-// Widens length bytes into wide, which has room for as many units and a terminator.
+// Widens length bytes of UTF-8 into wide, which has room for as many units and a terminator.
 void Widen(const char* text, int length, WCHAR* wide) {
-  INT units = 0;
-  if (length > 0) units = MultiByteToWideChar(CP_UTF8, 0, text, length, wide, length);
-  if (units == 0) {  // the line must not be lost; its fixed text is ASCII
-    for (; units < length; ++units) wide[units] = static_cast<unsigned char>(text[units]);
+  unsigned char allBits = 0;
+  for (int i = 0; i < length; ++i) {
+    wide[i] = static_cast<unsigned char>(text[i]);
+    allBits |= static_cast<unsigned char>(text[i]);
   }
-  wide[units] = 0;
+  INT units = 0;
+  if (allBits >= 0x80) units = MultiByteToWideChar(CP_UTF8, 0, text, length, wide, length);
+  // Pure ASCII is done. So is a line that cannot be converted: it must not be lost.
+  wide[units != 0 ? units : length] = 0;
 }
 
-void Log(LogLevel level, LPCWSTR category, const char* format, va_list arguments) noexcept {
-  if (!CLogger::IsEnabled(g_logClient, level)) return;
-  const LevelFunction write = kLevelFunctions[static_cast<int>(level)];
+void Log(LevelFunction* write, LPCWSTR category, const char* format, va_list arguments) noexcept {
   const DWORD lastError = GetLastError();
-
   va_list again;
   va_copy(again, arguments);
   char line[kShortLine];
@@ -58,18 +57,18 @@ void Log(LogLevel level, LPCWSTR category, const char* format, va_list arguments
 
 }  // namespace
 
-#define DEFINE_LOG(name, level)                                   \
+#define DEFINE_LOG(name, write)                                   \
   void name(LPCWSTR category, const char* format, ...) noexcept { \
     va_list arguments;                                            \
     va_start(arguments, format);                                  \
-    Log(level, category, format, arguments);                      \
+    Log(write, category, format, arguments);                      \
     va_end(arguments);                                            \
   }
 
-DEFINE_LOG(LogTrace, LogLevel::Trace)
-DEFINE_LOG(LogInfo, LogLevel::Info)
-DEFINE_LOG(LogWarning, LogLevel::Warning)
-DEFINE_LOG(LogError, LogLevel::Error)
+DEFINE_LOG(LogTrace, CLogger::LOG_TRACE)
+DEFINE_LOG(LogInfo, CLogger::LOG_INFO)
+DEFINE_LOG(LogWarning, CLogger::LOG_WARNING)
+DEFINE_LOG(LogError, CLogger::LOG_ERROR)
 #undef DEFINE_LOG
 
 std::string LogText(LPCWSTR text) noexcept try {

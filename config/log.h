@@ -1,6 +1,6 @@
-// Formatted log lines of the plug-in, through g_logClient. The format is the narrow printf one, its
-// texts are UTF-8; nothing is formatted for a level that is not written. Nothing throws: without
-// memory a line longer than the stack buffer is cut.
+// Formatted log lines of the plug-in, through g_logClient. The format is that of the narrow printf;
+// its texts are UTF-8. Never throws: without memory a line longer than the stack buffer is cut. The
+// last error stays as it was.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ void LogInfo(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF
 void LogWarning(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
 void LogError(LPCWSTR category, const char* format, ...) noexcept PLATFORM_PRINTF(2, 3);
 
-// Texts as UTF-8, for a %s above: a wide one, and one in the thread's ANSI code page. Null and what
-// cannot be converted give an empty text.
+// Text as UTF-8, for a %s above: wide text, and text in the thread's ANSI code page. Empty for null
+// and for text that cannot be converted.
 std::string LogText(LPCWSTR text) noexcept;
 std::string LogTextFromAnsi(const char* text) noexcept;

@@ -27,16 +27,11 @@ class VLX_SHARED_API CLoggerClient {
   bool m_started = false;
 };
 
-enum class LogLevel : int { Trace = 0, Info = 1, Warning = 2, Error = 3 };
-
 class VLX_SHARED_API CLogger {
  public:
   // Log lines of a client are written between these two calls only.
   static void StartLogging(CLoggerClient& client);
   static void StopLogging(CLoggerClient& client);
-
-  // Whether a line of that level would be written now. Cheap: ask it before formatting a text.
-  static bool IsEnabled(const CLoggerClient& client, LogLevel level);
 
   // Writes one line; category may be null.
   static void LOG_TRACE(CLoggerClient& client, LPCWSTR text, LPCWSTR category);

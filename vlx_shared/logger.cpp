@@ -1,10 +1,7 @@
-// Log lines go to the platform's event log, which writes them from any thread.
+// Log lines go to the platform's event log, which is thread-safe.
 
 #include "config/vlx_shared.h"
 #include "platform/event_log.h"
-
-static_assert(static_cast<int>(LogLevel::Trace) == static_cast<int>(EventLevel::Trace));
-static_assert(static_cast<int>(LogLevel::Error) == static_cast<int>(EventLevel::Error));
 
 CLoggerClient::CLoggerClient() = default;
 CLoggerClient::~CLoggerClient() { CLogger::StopLogging(*this); }
@@ -21,10 +18,6 @@ void CLogger::StopLogging(CLoggerClient& client) {
   if (!client.m_started) return;
   client.m_started = false;
   PlatformCloseEventLog();
-}
-
-bool CLogger::IsEnabled(const CLoggerClient& client, LogLevel level) {
-  return client.m_started && static_cast<int>(level) >= static_cast<int>(PlatformEventLogLevel());
 }
 
 #define DEFINE_LEVEL(name, level)                                                \

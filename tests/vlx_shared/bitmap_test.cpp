@@ -61,7 +61,8 @@ TEST_F(Bitmaps, DiagnosticSaveWritesAPngOrOneLine) {
   unsetenv("VLX_SAVE_BITMAPS");
   EXPECT_EQ(home.LogLines().size(), 1u);
   CLogger::StopLogging(client);
-  EXPECT_FALSE(CLogger::IsEnabled(client, LogLevel::Error));
+  CLogger::LOG_ERROR(client, WTEXT("late"), nullptr);
+  EXPECT_EQ(home.LogLines().size(), 1u);
 }
 
 }  // namespace
