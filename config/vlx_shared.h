@@ -4,6 +4,7 @@
 #pragma once
 
 #include "config/config_record.h"
+#include "config/ditherers.h"
 #include "config/oemdev.h"
 #include "platform/driver.h"
 #include "platform/gdiplus.h"
@@ -75,19 +76,6 @@ VLX_SHARED_API void ConvertEp2Qor(OEMDEV* devmode);
 
 // The library's version, static text like "1.0.0".
 extern "C" VLX_SHARED_API const char* VlxSharedVersion();
-
-// How grey becomes dots; docs/image_quality.md shows each. Values not listed mean eFloydSteinberg.
-// Parameter 0 is the default that suits most labels; what is beyond a range means its end. Black
-// and white pixels of the page come out as they are, whatever the ditherer.
-enum eBitmapDitherer : WORD {
-  eThreshold = 0,           // parameter: the level below which a pixel is black, 0 means 128
-  eFloydSteinberg = 1,      // error diffusion; parameter: levels of noise on the threshold
-  eOrdered = 2,             // Bayer's 8 x 8 pattern; parameter: dots of a step, 1 to 8, 0 means 1
-  eClusteredDot = 3,        // round dots at 45 degrees; parameter: cell, 2 to 16 dots, 0 means 4
-  eBlueNoise = 4,           // a blue-noise mask; parameter: dots of a step, 1 to 4, 0 means 1
-  eClusteredDiffusion = 5,  // error diffusion that keeps dots together; parameter: how strongly,
-                            // 1 to 255, 0 means 192
-};
 
 // Operations on GDI+ bitmaps. 24-bit bitmaps hold bytes blue, green, red; 1-bit ones 0 for black.
 class VLX_SHARED_API BitmapHelper {

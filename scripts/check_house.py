@@ -24,6 +24,7 @@ SHARED_DATA = {
     "config/oemdev.h",
     "config/oemdev_fields.h",
     "config/config_record.h",
+    "config/ditherers.h",
     "config/renderer_class.h",
     "config/stock_catalogue.h",
 }

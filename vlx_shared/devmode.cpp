@@ -44,7 +44,7 @@ void RepairRanges(OEMDEV& devmode, const OEMDEV& defaults) {
       CopyField(devmode, defaults, range.offset, sizeof value);
     }
   }
-  if (devmode.wDitherer > eClusteredDiffusion) devmode.wDitherer = defaults.wDitherer;
+  if (devmode.wDitherer >= std::size(kDithererNames)) devmode.wDitherer = defaults.wDitherer;
 }
 
 }  // namespace

@@ -9,17 +9,32 @@
 
 namespace {
 
-bool IsScreen(eBitmapDitherer ditherer) {
-  return ditherer == eThreshold || ditherer == eOrdered || ditherer == eClusteredDot ||
-         ditherer == eBlueNoise;
+// Plain error diffusion: the parameter is the noise.
+DiffusionRule PlainRule(INT parameter) { return {0, 8 * std::clamp(parameter, 0, 255), 0}; }
+
+DiffusionRule ClusteredRule(INT parameter) {
+  // At 192 two to four dots hold together: large enough for a thermal head to print each alike.
+  const INT strength = parameter == 0 ? 192 : std::clamp(parameter, 1, 255);
+  return {strength, 3 * strength, 0};
 }
 
-DiffusionRule RuleOf(eBitmapDitherer ditherer, INT parameter) {
-  parameter = std::clamp(parameter, 0, 255);
-  if (ditherer != eClusteredDiffusion) return {0, 8 * parameter, 0};
-  // At 192 two to four dots hold together: large enough for a thermal head to print each alike.
-  const INT strength = parameter == 0 ? 192 : parameter;
-  return {strength, 3 * strength, 0};
+// What each ditherer does: it lays a screen over the page, or it diffuses errors.
+struct Ditherer {
+  eBitmapDitherer number;
+  Tile (*screen)(INT parameter);
+  DiffusionRule (*diffusion)(INT parameter);
+};
+constexpr Ditherer kDitherers[] = {
+    {eFloydSteinberg, nullptr, PlainRule},  // unknown ones are this one
+    {eThreshold, ThresholdTile, nullptr},          {eOrdered, OrderedTile, nullptr},
+    {eClusteredDot, ClusteredDotTile, nullptr},    {eBlueNoise, BlueNoiseTile, nullptr},
+    {eClusteredDiffusion, nullptr, ClusteredRule},
+};
+
+const Ditherer& DithererOf(eBitmapDitherer number) {
+  const auto* found = std::find_if(std::begin(kDitherers), std::end(kDitherers),
+                                   [number](const Ditherer& row) { return row.number == number; });
+  return found == std::end(kDitherers) ? kDitherers[0] : *found;
 }
 
 // Dots print larger than they are: a part a of the paper covered with dots looks like a + 4 g a (1
@@ -52,11 +67,12 @@ Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT ink
     m_levels[ink] = {m_memory.get() + rowSize * kRows * ink + kStripMargin,
                      static_cast<std::ptrdiff_t>(rowSize), widthPx};
   }
-  if (IsScreen(ditherer)) {
-    m_screen.emplace(ditherer, parameter);
+  const Ditherer& used = DithererOf(ditherer);
+  if (used.screen != nullptr) {
+    m_screen.emplace(used.screen(parameter));
     return;
   }
-  m_rule = RuleOf(ditherer, parameter);
+  m_rule = used.diffusion(parameter);
   m_stateSize = rowSize * 2 * inks;
   m_states = std::make_unique<std::int16_t[]>(m_stateSize);
   for (INT ink = 0; ink < inks; ++ink) {

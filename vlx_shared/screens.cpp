@@ -8,12 +8,6 @@
 
 namespace {
 
-// A square of thresholds, row by row.
-struct Tile {
-  INT side;
-  std::vector<BYTE> thresholds;
-};
-
 // The threshold of place rank among count, so that a level prints as nearly as can be its part of
 // them white.
 BYTE ThresholdOf(INT rank, INT count) {
@@ -110,27 +104,24 @@ Tile ClusteredDot(INT cell) {
   return tile;
 }
 
-Tile TileOf(eBitmapDitherer ditherer, INT parameter) {
-  const auto sized = [parameter](INT standard, INT least, INT most) {
-    return parameter == 0 ? standard : std::clamp(parameter, least, most);
-  };
-  switch (ditherer) {
-    case eOrdered:
-      return Enlarge(Ordered(), sized(1, 1, 8));
-    case eClusteredDot:
-      return ClusteredDot(sized(4, 2, 16));
-    case eBlueNoise:
-      return Enlarge(BlueNoise(), sized(1, 1, 4));
-    default:
-      return Tile{1, {static_cast<BYTE>(sized(kMiddle, 1, 255))}};
-  }
+INT Clamped(INT parameter, INT standard, INT least, INT most) {
+  return parameter == 0 ? standard : std::clamp(parameter, least, most);
 }
 
 }  // namespace
 
-Screen::Screen(eBitmapDitherer ditherer, INT parameter) {
+Tile ThresholdTile(INT parameter) {
+  return {1, {static_cast<BYTE>(Clamped(parameter, kMiddle, 1, 255))}};
+}
+
+Tile OrderedTile(INT parameter) { return Enlarge(Ordered(), Clamped(parameter, 1, 1, 8)); }
+
+Tile ClusteredDotTile(INT parameter) { return ClusteredDot(Clamped(parameter, 4, 2, 16)); }
+
+Tile BlueNoiseTile(INT parameter) { return Enlarge(BlueNoise(), Clamped(parameter, 1, 1, 4)); }
+
+Screen::Screen(const Tile& tile) {
   if (PlatformShouldFail("Screen")) throw std::bad_alloc();
-  const Tile tile = TileOf(ditherer, parameter);
   m_side = tile.side;
   m_strideBytes = static_cast<std::size_t>(m_side) + kStripMargin;
   m_rows.resize(m_side * m_strideBytes);

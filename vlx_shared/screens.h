@@ -5,14 +5,25 @@
 #include <cstddef>
 #include <vector>
 
-#include "config/vlx_shared.h"
 #include "vlx_shared/raster_kernels.h"
+
+// A square of thresholds, row by row.
+struct Tile {
+  INT side;
+  std::vector<BYTE> thresholds;
+};
+
+// The tiles of the ditherers that have one; parameter as in config/ditherers.h. They throw
+// std::bad_alloc.
+Tile ThresholdTile(INT parameter);
+Tile OrderedTile(INT parameter);
+Tile ClusteredDotTile(INT parameter);
+Tile BlueNoiseTile(INT parameter);
 
 class Screen {
  public:
-  // The screen of a ditherer that has one (eThreshold, eOrdered, eClusteredDot, eBlueNoise).
   // Throws std::bad_alloc.
-  Screen(eBitmapDitherer ditherer, INT parameter);
+  explicit Screen(const Tile& tile);
 
   INT Period() const { return m_side; }
   // Whether the screen decides as RasterKernels::PackLevels does, so that one ink needs none.

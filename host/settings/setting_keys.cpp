@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "config/ditherers.h"
 #include "host/error.h"
 
 namespace {
@@ -10,7 +11,15 @@ using Kind = SettingKey::Kind;
 constexpr LONG kAny = 2147483647;
 constexpr LONG kFarUm = 3276700;  // no label is longer
 
-constexpr SettingKey kKeys[] = {
+const std::string kDithererWords = [] {
+  std::string words;
+  for (std::size_t i = 0; i < std::size(kDithererNames); ++i) {
+    words += std::string(kDithererNames[i]) + "=" + std::to_string(i) + " ";
+  }
+  return words;
+}();
+
+const SettingKey kKeys[] = {
     {"paper.size", Kind::Paper, ""},
     {"paper.orientation", Kind::Words, "", "portrait=0 landscape=1"},
     {"paper.dpi", Kind::Number, "", "", 100, 1200},
@@ -41,8 +50,7 @@ constexpr SettingKey kKeys[] = {
     {"colour.mode", Kind::Words, "dwColorMode", "one=1 two=2"},
     {"colour.highlight", Kind::Color, "crHighlightColor"},
     {"colour.tolerance", Kind::Percent, "nColorTolerance", "", 0, 100},
-    {"colour.ditherer", Kind::Words, "wDitherer",
-     "threshold=0 floyd-steinberg=1 ordered=2 clustered-dot=3 blue-noise=4 clustered-diffusion=5"},
+    {"colour.ditherer", Kind::Words, "wDitherer", kDithererWords},
     {"colour.ditherer_parameter", Kind::Number, "byDitherParam", "", 0, 255},
     {"colour.threshold", Kind::Number, "byDitherParam", "", 0, 255},
 
