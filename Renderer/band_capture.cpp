@@ -58,8 +58,8 @@ bool BuildColorTable(COemPDEV& state, DWORD format) {
   return true;
 }
 
-// Grows the page buffer by bytes, which the caller fills. Without memory the page is given up,
-// whether or not it held a band already.
+// Grows the page buffer; the caller fills the new bytes. Without memory the page is dropped,
+// whether or not it already held a band.
 bool GrowBuffer(COemPDEV& state, std::uint64_t bytes) {
   const DWORD oldSize = state.pBitmapBuffer == nullptr ? 0 : state.dwBitmapBufferSize;
   if (bytes <= kMostBytes - oldSize && state.GrowPageBuffer(oldSize + static_cast<DWORD>(bytes))) {
@@ -70,7 +70,7 @@ bool GrowBuffer(COemPDEV& state, std::uint64_t bytes) {
   return false;
 }
 
-// A size of a page that cannot exist is asked for as one that no buffer has.
+// An impossible page size counts as one that no buffer can hold.
 std::uint64_t PageBytes(std::int64_t widthPx, LONG heightPx) {
   if (widthPx <= 0 || heightPx <= 0 || widthPx > std::numeric_limits<LONG>::max()) {
     return ~std::uint64_t{0};
@@ -108,15 +108,15 @@ bool StartPage(COemPDEV& state, const Band& band) {
   return BuildColorTable(state, band.format);
 }
 
-// The first band that gets this far gives the page its width.
+// The first band that can be captured gives the page its width.
 bool SizePage(COemPDEV& state, const Band& band) {
   if (band.orientation == DMORIENT_LANDSCAPE) return StartLandscapePage(state, band);
   state.bmiPage.biWidth = band.header->biWidth;
   return true;
 }
 
-// Writes the band's rows beside those of the bands to its right. What reaches beyond the end of a
-// row, the row padding of the strip at the right edge included, or beyond the buffer, is dropped.
+// Writes the strip's rows at its x offset. Bytes beyond the end of a page row, such as the row
+// padding of the strip at the right edge, and bytes beyond the buffer are dropped.
 void FillIn(COemPDEV& state, const Band& band) {
   const std::int64_t targetStride = StrideBytes(state.bmiPage.biWidth);
   const std::int64_t bandStride = StrideBytes(band.header->biWidth);

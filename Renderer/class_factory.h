@@ -1,10 +1,10 @@
-// The class factory of the plug-in object.
+// The class factory of the plug-in object. Thread-safe.
 #pragma once
 
 #include "platform/com.h"
 #include "platform/synch.h"
 
-extern LONG g_cLocks;  // LockServer
+extern LONG g_cLocks;  // counted by LockServer
 
 class COemCF final : public IClassFactory {
  public:

@@ -34,7 +34,8 @@ HRESULT InvalidArgument(const char* method) {
   return E_FAIL;
 }
 
-// The margins of the stock that the private devmode selects, else of the first stock, else its own.
+// The margins of the stock that the private devmode selects. Without it, those of the first stock;
+// without any stock, the private devmode's own.
 Margins ChooseMargins(PDEVOBJ pdevobj) {
   auto* devmode = static_cast<OEMDEV*>(pdevobj->pOEMDM);
   if (devmode == nullptr) return {};

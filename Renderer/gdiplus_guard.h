@@ -1,4 +1,4 @@
-// Counted start-up of GDI+, one object a process. Start and Stop may be called from any thread.
+// Counted start-up of GDI+, one object per process. Thread-safe.
 #pragma once
 
 #include "platform/gdiplus.h"
@@ -12,7 +12,7 @@ class CGdiPlusGuard {
   CGdiPlusGuard& operator=(const CGdiPlusGuard&) = delete;
 
   void Start();
-  void Stop();  // without a matching Start it does nothing
+  void Stop();  // does nothing without a matching Start
 
  private:
   CRITICAL_SECTION m_lock;

@@ -1,5 +1,5 @@
-// The plug-in object that the printer driver calls. Reference counted from any thread; the methods
-// of one device context come from one thread at a time. Nothing thrown leaves a method.
+// The plug-in object that the printer driver calls. Reference counting is thread-safe; the driver
+// calls the methods of one device context from one thread at a time. The methods never throw.
 #pragma once
 
 #include "platform/print_oem.h"

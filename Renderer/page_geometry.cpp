@@ -9,7 +9,7 @@ namespace {
 constexpr std::int64_t kSizeToleranceUm = 199;
 constexpr std::int64_t kPixelTolerance = 2;
 
-// The whole pixels in a length. The product is a 32-bit one: there are never more than 84,547.
+// The whole pixels in a length. The product wraps at 32 bits, so the result is at most 84,547.
 LONG PixelsOf(DWORD lengthUm, ULONG dpi) {
   const float product = static_cast<float>(static_cast<LONG>(dpi * lengthUm));
   return static_cast<LONG>(std::floor(product / 10000.0f / 2.54f));
@@ -17,7 +17,7 @@ LONG PixelsOf(DWORD lengthUm, ULONG dpi) {
 
 // Micrometres in steps of 100.
 LONG SizeOf(LONG pixels, ULONG dpi) {
-  if (dpi == 0) return 0;  // such a page has no pixels either
+  if (dpi == 0) return 0;  // a page without resolution has no pixels
   const float steps =
       static_cast<float>(pixels) * 10000.0f * 2.54f / static_cast<float>(dpi) / 100.0f;
   return static_cast<LONG>(100u * static_cast<DWORD>(std::round(steps)));
@@ -25,7 +25,7 @@ LONG SizeOf(LONG pixels, ULONG dpi) {
 
 LONG Negated(LONG value) { return static_cast<LONG>(0u - static_cast<DWORD>(value)); }
 
-// Puts value into field when they differ by more than the tolerance; true when it did.
+// Sets the field if it differs from the value by more than the tolerance. Returns whether it did.
 template <typename Field>
 bool Replace(Field& field, LONG value, std::int64_t tolerance, LONG* old) {
   *old = static_cast<LONG>(field);
@@ -53,7 +53,7 @@ std::string UpdateSize(const char* label, ULONG& field, LONG sizeUm) {
              : std::string();
 }
 
-// What remains between two margins; the offset stays on the paper when nothing does.
+// What remains between two margins. If nothing does, the offset is moved back onto the paper.
 LONG Printable(LONG physicalPx, LONG marginsPx, LONG* offsetPx) {
   const LONG printable =
       static_cast<LONG>(static_cast<DWORD>(physicalPx) - static_cast<DWORD>(marginsPx));

@@ -25,7 +25,7 @@ struct PageGeometry {
   LONG offsetYPx;
 };
 
-// Margins as they lie after a landscape page is turned upright.
+// The margins of a landscape page, turned by a quarter.
 Margins TurnedForLandscape(const Margins& margins);
 
 // Paper size in micrometres, resolution in dots per inch. Single precision throughout: the driver's
@@ -33,6 +33,7 @@ Margins TurnedForLandscape(const Margins& margins);
 PageGeometry ComputePageGeometry(LONG paperWidthUm, LONG paperLengthUm, const Margins& margins,
                                  ULONG dpiX, ULONG dpiY);
 
-// Replaces what differs from the geometry by more than rounding (200 micrometres, 2 pixels).
-// Returns what was replaced as text for the log, empty when nothing was.
+// Replaces the fields that differ from the geometry by more than rounding does: 200 micrometres or
+// more, or more than 2 pixels. Returns the replacements as text for the log; empty if there are
+// none.
 std::string UpdateGdiInfo(GDIINFO& gdiInfo, const PageGeometry& geometry);

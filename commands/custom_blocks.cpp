@@ -18,7 +18,7 @@ constexpr std::string_view kEscapes = "\\eEnNrRtT";
 constexpr std::string_view kEscaped = "\\\x1B\x1B\n\n\r\r\t\t";
 static_assert(kEscapes.size() == kEscaped.size());
 
-// Low 8 bits of the number that makes up all of the text: white space, sign, digits.
+// The low 8 bits of a number, as strtol reads it; nullopt unless the whole text is the number.
 std::optional<char> ReadByte(std::string_view text, int base) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
   const bool negative = text.starts_with('-');
@@ -37,8 +37,8 @@ void SubstitutePageNumber(std::string& text, DWORD pageNumber) {
   text.replace(open, close - open + 1, std::to_string(pageNumber));
 }
 
-// Appends what the escape at the start of rest (a backslash and at least one byte more) stands for
-// and returns how many bytes it takes.
+// Appends the meaning of the escape at the start of rest, which is a backslash and at least one
+// more byte. Returns the escape's length in bytes.
 std::size_t TakeEscape(std::string_view rest, std::string& out) {
   if (const std::size_t known = kEscapes.find(rest[1]); known != std::string_view::npos) {
     out += kEscaped[known];

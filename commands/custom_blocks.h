@@ -1,4 +1,4 @@
-// The user's eight custom command blocks: what the stored text of a block becomes for the printer.
+// The user's eight custom command blocks: turns the stored text of a block into printer commands.
 #pragma once
 
 #include <optional>
@@ -19,11 +19,11 @@ std::string ExpandCustomBlock(WORD kind, std::string_view text,
 std::string ExpandCustomBlock(const OEMDEV& devmode, int k,
                               std::optional<DWORD> pageNumber = std::nullopt);
 
-// The text with its backslash escapes resolved: at most 79 bytes, or "Error 111" when it would be
-// longer. With a page number, the first "{...}" that does not begin the text becomes that number
-// first.
+// The text with its backslash escapes resolved, at most 79 bytes; "Error 111" if the result would
+// be longer. With a page number, the first "{...}" becomes that number before escapes are resolved,
+// unless it begins the text.
 std::string ParseEscapes(std::string_view text, std::optional<DWORD> pageNumber);
 
-// The expansion with a line end behind it or in front of it, empty when the expansion is.
+// The expansion with a line end after or before it; empty if the expansion is empty.
 std::string WithLineEnd(std::string expansion);
 std::string AfterLineEnd(std::string expansion);

@@ -5,9 +5,9 @@
 
 #include "config/oemdev.h"
 
-// The cut commands of a page, possibly none. The record's first call gives the initial ones as well
-// and sets dwInitialCutSent, also when there were none to give.
+// The cut commands of a page, possibly none. The first call for a record also gives the initial
+// ones and sets dwInitialCutSent, even if there are none.
 std::string BuildCutCommands(OEMDEV& devmode);
 
-// The cut line at the end of the job, possibly empty. It has no line end of its own.
+// The cut line at the end of the job, possibly empty. It does not end with a line end.
 std::string BuildEndCutCommand(const OEMDEV& devmode);

@@ -9,17 +9,17 @@
 
 namespace {
 
-// Where an image goes: at which side in x and whether its offset counts from the far end in y.
+// Where an image goes: its side in x, and whether its offset counts from the far end in y.
 struct PlacementRow {
   bool rightSide;
   bool fromLength;
 };
-// By the head's direction and the turn of the label; an unknown turn is none.
+// By print direction and rotation of the label; an unknown rotation counts as none.
 constexpr PlacementRow kPlacementRows[][4] = {
     {{true, true}, {false, true}, {false, false}, {true, false}},
     {{false, false}, {false, true}, {true, true}, {true, false}}};
 
-// Both options together turn the head's direction round, which exchanges rotations 0 and 2.
+// Both options together reverse the print direction, which exchanges rotations 0 and 2.
 bool TurnsPlacement(const OEMDEV& devmode) {
   return devmode.dwOptionM != 0 && devmode.dwUseDarkness2 != 0;
 }

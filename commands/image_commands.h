@@ -9,11 +9,11 @@
 // Erases all images stored in the printer.
 std::string ComposeImageErase();
 
-// What stands before and after the PNG file of a downloaded image.
+// The bytes before and after the PNG file of a downloaded image.
 std::string ComposeImageDownloadHeader(const std::string& name);
 std::string ComposeImageDataEnd();
 
-// What the placement of a page's images depends on besides the private devmode.
+// The inputs of a page's image placement besides the private devmode.
 struct ImagePlacement {
   LONG paperWidthTenthsMm;
   LONG paperLengthTenthsMm;
@@ -30,7 +30,8 @@ std::string ComposeImageCommands(const JobState& job, OEMDEV& devmode,
                                  const ImagePlacement& placement);
 
 // The text of one image on a label of width W and length L. Index 0 is the one-colour image and the
-// highlight, 1 the two-colour background. From the second page on a reused set-up is recalled.
+// highlight, 1 the two-colour background. With a set-up that is sent once, pages from the second on
+// recall it.
 struct ImageCommand {
   float widthMm;
   float lengthMm;

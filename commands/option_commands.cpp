@@ -89,7 +89,7 @@ std::string Flags(const OEMDEV& devmode) {
   return text + OptionT(devmode);
 }
 
-// A source of its own replaces the P command of the option set. Sources 1 and 2 share their value.
+// A P source replaces the P command of the option set. Sources 1 and 2 share one value.
 std::string PSource(const OEMDEV& devmode, std::string ofOptionSet) {
   if (devmode.dwPSource1Enabled || devmode.dwPSource2Enabled) {
     return PCommand(devmode.nPSource1Value);

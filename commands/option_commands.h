@@ -5,6 +5,6 @@
 
 #include "config/oemdev.h"
 
-// Returns the option line, empty when no option is set; *pAndCutText receives the P command, if
-// any, followed by the page's cut commands (which may set the record's dwInitialCutSent).
+// Returns the option line; empty if no option is set. *pAndCutText receives the P command, if any,
+// and the page's cut commands, which may set the record's dwInitialCutSent.
 std::string BuildOptionCommands(OEMDEV& devmode, std::string* pAndCutText);

@@ -6,9 +6,9 @@
 
 #include "config/device_state.h"
 
-// Composes the set-up commands of the coming page; empty for every page but the first when the
-// set-up is wanted there only. Width and length are tenths of a millimetre, pageCount the pages
-// started so far. Sets job.dwPageNumber; may set the record's dwInitialCutSent.
+// Composes the set-up commands of the coming page. If the set-up is sent once, they are empty from
+// the second page on. Width and length are in tenths of a millimetre; pageCount is the number of
+// pages started so far. Sets job.dwPageNumber; may set the record's dwInitialCutSent.
 std::string BuildPageCommands(JobState& job, OEMDEV& devmode, DWORD widthTenthsMm,
                               DWORD lengthTenthsMm, LONG pageCount, DWORD colorMode);
 

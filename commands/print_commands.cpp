@@ -16,7 +16,7 @@ const OEMDEV& PrivateDevmode(PDEVOBJ pdevobj) {
 }  // namespace
 
 std::string BuildPrintCommand(const DEVMODEW& publicDevmode, const OEMDEV& devmode) {
-  // A collated job repeats as a whole, so each of its labels is printed once.
+  // The application repeats a collated job as a whole, so each label is printed once.
   const int quantity = publicDevmode.dmCollate != 0 ? 1 : publicDevmode.dmCopies;
   std::string text(g_strLineEnd);
   text += WithLineEnd(ExpandCustomBlock(devmode, 7));
@@ -31,7 +31,7 @@ void SendPrintCommand(PDEVOBJ pdevobj) {
 
 void SendClosingBlock(PDEVOBJ pdevobj) {
   const OEMDEV& devmode = PrivateDevmode(pdevobj);
-  if (devmode.wCustomType1 == kBlockInline) return;  // it went out with every label size
+  if (devmode.wCustomType1 == kBlockInline) return;  // sent with every label size command
   std::string block = AfterLineEnd(ExpandCustomBlock(devmode, 1));
   const DWORD jobBytes =
       DeviceState(pdevobj)->job.dwJobBytesWritten + static_cast<DWORD>(block.size());

@@ -5,7 +5,7 @@
 
 #include "config/oemdev.h"
 
-// The print line, with custom command block 7 before it and block 5 behind it.
+// The print line, with custom command block 7 before it and block 5 after it.
 std::string BuildPrintCommand(const DEVMODEW& publicDevmode, const OEMDEV& devmode);
 
 // Writes the print line of the page that was just emitted.
@@ -14,5 +14,5 @@ void SendPrintCommand(PDEVOBJ pdevobj);
 // Writes the end of the job: cut line, print line of the last page, block 3, closing block.
 void WriteJobEnd(PDEVOBJ pdevobj);
 
-// Writes the job's last piece, block 1. The job is kept off a length of a multiple of 512 bytes.
+// Writes block 1, the last piece of the job, and keeps the job's length off multiples of 512 bytes.
 void SendClosingBlock(PDEVOBJ pdevobj);

@@ -1,5 +1,5 @@
-// The printer's configuration record as the shared library hands it out. The library owns it; a
-// pointer to it stays valid until the cache instance that it came from is released.
+// The printer's configuration record. The shared library owns it; a pointer to it is valid until
+// the cache instance that it came from is released.
 #pragma once
 
 #include "platform/types.h"

@@ -13,8 +13,8 @@ namespace {
 void FreeBlock(void* block) { LocalFree(block); }
 void FreeBitmap(void* bitmap) { BitmapHelper::DeleteBitmap(static_cast<Gdiplus::Bitmap*>(bitmap)); }
 
-// Makes owner hold the resource. The smart pointer frees the resource itself when its bookkeeping
-// cannot be allocated.
+// Makes owner own the resource. Without memory for its control block, the smart pointer frees the
+// resource itself.
 bool Own(std::shared_ptr<void>& owner, void* resource, void (*release)(void*)) {
   if (resource == nullptr) {
     owner.reset();
@@ -51,7 +51,7 @@ bool COemPDEV::SetPageBuffer(BYTE* buffer, DWORD size) {
 }
 
 bool COemPDEV::GrowPageBuffer(DWORD size) {
-  // What another state still shows is copied.
+  // A buffer that another state shares is copied.
   if (m_pageBufferOwner == nullptr || m_pageBufferOwner.use_count() != 1) {
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, size));
     if (buffer == nullptr) return false;

@@ -1,6 +1,6 @@
 // The state of one device context, from EnablePDEV to DisablePDEV. The driver calls one device
-// context from one thread at a time, so nothing here is locked. It stands in this folder because
-// the capture of bands, the page pipeline and the command writers all work on it.
+// context from one thread at a time, so nothing here is locked. Band capture, page pipeline and
+// command writers all work on it, so it belongs to the folder that they share.
 #pragma once
 
 #include <cstdint>
@@ -14,45 +14,44 @@
 // Bytes of a row of 24-bit pixels, in a band and in the page buffer: padded to 4.
 constexpr std::int64_t StrideBytes(std::int64_t widthPx) { return (24 * widthPx + 31) / 32 * 4; }
 
-// What the writers of one job count. Never shared between two jobs of a process.
+// The counters of one job. Never shared between two jobs of a process.
 struct JobState {
   DWORD dwJobBytesWritten = 0;  // bytes handed to the spooler since the job header began
   DWORD dwPageNumber = 0;       // 1-based page whose set-up commands were composed last
 };
 
-// Copying a state (ResetPDEV) makes both states holders of the page buffer, the colour table and
-// the kept bitmaps: each is freed when its last holder lets go of it, by the functions below or by
-// being destroyed. The raw fields are what the calls of the driver see; the owners behind them are
-// set together with them, so they are changed through these functions only.
+// After a copy (ResetPDEV) both states share the page buffer, the colour table and the kept
+// bitmaps; each is freed with its last owner. The raw fields mirror the owners behind them, so
+// change both through the functions below only.
 class COemPDEV {
  public:
   COemPDEV() = default;
   COemPDEV(const COemPDEV&) = default;
   COemPDEV& operator=(COemPDEV&&) noexcept = default;
-  // Whole, or not at all when there is no memory.
+  // Strong guarantee: without memory the state stays as it was.
   COemPDEV& operator=(const COemPDEV& other) { return *this = COemPDEV(other); }
   virtual ~COemPDEV() = default;
 
-  // Take over a block from LocalAlloc as page buffer (size in bytes) or colour table (count of
-  // entries), and let go of the one before. Return false, the block freed and the state as before,
-  // when there is no memory for the bookkeeping.
+  // Take ownership of a block from LocalAlloc as page buffer (size in bytes) or colour table
+  // (number of entries), and release the previous one. Without memory they free the block, leave
+  // the state as it was and return false.
   bool SetPageBuffer(BYTE* buffer, DWORD size);
   bool SetColorTable(RGBQUAD* table, LONG entries);
 
-  // Makes the page buffer that many bytes long, its content kept and what is added without a value.
-  // Returns false, the state as before, when there is no memory.
+  // Resizes the page buffer to that many bytes. Its content is kept; added bytes are undefined.
+  // Returns false and leaves the state as it was if there is no memory.
   bool GrowPageBuffer(DWORD size);
 
-  // Take over a bitmap that the shared library made (null: none) as the kept background or
-  // highlight. Without memory for the bookkeeping nothing is kept, so that the next page is
-  // compared with nothing rather than with a page that the printer no longer holds.
+  // Take ownership of a bitmap of the shared library (null: none) as the kept background or
+  // highlight. Without memory nothing is kept: the next page is then sent whole rather than
+  // compared with an image that the printer no longer holds.
   void KeepBackground(Gdiplus::Bitmap* bitmap);
   void KeepHighlight(Gdiplus::Bitmap* bitmap);
 
-  // ResetPage for a page that is still read: the buffer lives until the result is let go of.
+  // Like ResetPage, but the buffer lives until the result is released: the page is still read.
   std::shared_ptr<const void> TakePage();
 
-  // Lets go of the page buffer and zeroes its description; the next band starts a page.
+  // Releases the page buffer and zeroes its description; the next band starts a page.
   void ResetPage();
 
   PFN_DrvStartDoc pfnDrvStartDoc = nullptr;
@@ -82,7 +81,7 @@ class COemPDEV {
   LONG gdiPhysSizeCy = 0;
   LONG gdiPhysOffsetX = 0;
   LONG gdiPhysOffsetY = 0;
-  DEVMODEW dmPublicCopy = {};  // both as they were when the coming page was prepared
+  DEVMODEW dmPublicCopy = {};  // both copied when the coming page was prepared
   OEMDEV dmPrivateCopy = {};
   std::string strPageSetup;
 

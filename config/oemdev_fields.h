@@ -1,4 +1,4 @@
-// The fields of the private devmode as a table, for whoever shows, checks or sets them by name.
+// The fields of the private devmode as a table, to show, check or set them by name.
 #pragma once
 
 #include <span>

@@ -1,5 +1,5 @@
-// The process-wide objects of the plug-in. They are defined beside the module entry, which starts
-// and stops them with the module.
+// The process-wide objects of the plug-in. They are defined in the file of the module entry, which
+// starts and stops them.
 #pragma once
 
 #include "config/vlx_shared.h"

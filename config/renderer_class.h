@@ -1,4 +1,4 @@
-// The class identifier of the plug-in's object, known to the plug-in and to whoever loads it.
+// The class identifier of the plug-in object, shared by the plug-in and the hosts that load it.
 #pragma once
 
 #include "platform/com.h"

@@ -64,7 +64,7 @@ class RegKey {
   HKEY m_key = nullptr;
 };
 
-// The text of a value, false when there is none that fits with its terminator.
+// Reads the text of a value. Returns false if there is none or it does not fit with its terminator.
 bool ReadText(HKEY key, LPCWSTR name, WideText& text) {
   WCHAR buffer[kTextRoomBytes / sizeof(WCHAR) + 1] = {};
   DWORD bytes = kTextRoomBytes;
@@ -96,8 +96,8 @@ void LoadSubkeys(StockList& list, HKEY stocks) {
     DWORD length = kNameRoom;
     const LSTATUS status =
         RegEnumKeyExW(stocks, index, name, &length, nullptr, nullptr, nullptr, nullptr);
-    if (status == LSTATUS(ERROR_MORE_DATA)) continue;  // no stock of ours has such a name
-    // Besides the end, a registry that fails would fail for every further index.
+    if (status == LSTATUS(ERROR_MORE_DATA)) continue;  // no stock has such a long name
+    // At the end of the list, or the registry fails and would fail for every index.
     if (status != LSTATUS(ERROR_SUCCESS)) return;
 
     RegKey key;
@@ -106,7 +106,7 @@ void LoadSubkeys(StockList& list, HKEY stocks) {
     const bool hasRandom = SUCCEEDED(CoCreateGuid(&item.guid));
     if (!hasRandom) item.guid = {};
     ReadStockItem(item, key.Get());
-    // Without an identifier of either kind it would pass for the stock with the all-zero one.
+    // Without any identifier it would be taken for the stock whose identifier is all zeros.
     if (!hasRandom && !ReadIdentifier(key.Get(), item.guid)) continue;
     list.insert(item.guid == GUID{} ? list.begin() : list.end(), item);
   }

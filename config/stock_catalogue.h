@@ -9,7 +9,8 @@
 #include "config/wide_text.h"
 #include "platform/registry.h"
 
-// One stock. The units of what the renderer does not use are its writer's business.
+// One stock. Fields that the renderer does not use have the units that the user interface gives
+// them.
 struct StockItem {
   GUID guid = {};
   WideText displayName;
@@ -46,16 +47,16 @@ using StockList = std::list<StockItem>;
 // thread's last error to 0 on entry.
 void LoadStocksForPrinter(StockList& list, HANDLE hPrinter);
 
-// The same for a driver and a printer name from which the characters below are already taken.
+// The same for a driver and a printer name that StripKeyChars has stripped.
 void LoadStocks(StockList& list, const WideText& driverName, const WideText& printerName);
 
-// Reads one stock's values over the defaults that item holds; what is missing or of the wrong size
-// stays. Always true.
+// Reads one stock's values over the defaults that item holds. A value that is missing or has the
+// wrong size leaves the default. Always returns true.
 bool ReadStockItem(StockItem& item, HKEY key);
 
 // The name without spaces, colons, backslashes and slashes, as it stands in a registry path.
 WideText StripKeyChars(WideText name);
 
-// The stock that the identifier selects: the first with that identifier, else the first of all,
-// null for an empty list. *selected tells whether the identifier was found.
+// The first stock with that identifier, or else the first stock; null for an empty list. *selected
+// is set to whether the identifier was found.
 const StockItem* ChooseStock(const StockList& list, const GUID& identifier, bool* selected);

@@ -1,6 +1,5 @@
 // The interface of the maker's shared library: logging, configuration, devmode operations, bitmaps.
-// Everything here may be called from any thread unless it says otherwise; nothing throws. Texts are
-// 16-bit, NUL-terminated.
+// Thread-safe unless stated otherwise. Never throws. Texts are 16-bit and NUL-terminated.
 #pragma once
 
 #include "config/config_record.h"
@@ -30,7 +29,7 @@ class VLX_SHARED_API CLoggerClient {
 
 class VLX_SHARED_API CLogger {
  public:
-  // Log lines of a client are written between these two calls only.
+  // A client's lines are written between these two calls only.
   static void StartLogging(CLoggerClient& client);
   static void StopLogging(CLoggerClient& client);
 
@@ -42,7 +41,7 @@ class VLX_SHARED_API CLogger {
 };
 
 // The process-wide cache of configuration records. GetInstance and ReleaseInstance are counted;
-// the last release drops the records. GetInstance gives null when there is no memory.
+// the last release frees the records. GetInstance returns null without memory.
 class VLX_SHARED_API ConfigsCache {
  public:
   static ConfigsCache* GetInstance();
@@ -51,27 +50,26 @@ class VLX_SHARED_API ConfigsCache {
 
 class VLX_SHARED_API CConfigParser {
  public:
-  // Gives the configuration record of the printer. The record belongs to the cache. Returns false,
-  // *config null, for a bad handle or a printer without a configuration record.
+  // Sets *config to the printer's configuration record, which the cache owns. Returns false and
+  // sets *config to null for an invalid handle or a printer without a record.
   static bool Load(HANDLE hPrinter, const Config** config, ConfigsCache* cache,
                    CLoggerClient& client);
 
-  // Writes the name of the printer's driver, at most cchBuffer units with the terminator in buffer
-  // (which has room for one unit more). Returns false, the name empty, when there is none or it
-  // does not fit.
+  // Writes the name of the printer's driver to buffer, at most cchBuffer units with the terminator.
+  // Returns false and an empty name if there is none or it does not fit.
   static bool GetPrinterDriverName(HANDLE hPrinter, LPWSTR buffer, DWORD cchBuffer,
                                    CLoggerClient& client);
 };
 
-// Carries out the driver's devmode operation dwMode (OEMDM_*) on the private devmode. Records from
-// outside are untrusted: what is broken is repaired to the default. OEMDM_SIZE stores the size in
-// cbBufSize. E_FAIL with last error ERROR_INVALID_PARAMETER for a null or impossible argument,
-// ERROR_INSUFFICIENT_BUFFER for an output that has no room.
+// Carries out the driver's devmode operation dwMode (OEMDM_*) on the private devmode. Records come
+// from applications and are not trusted: an invalid value becomes the default. OEMDM_SIZE stores
+// the size in cbBufSize. Returns E_FAIL with last error ERROR_INVALID_PARAMETER for an invalid
+// argument, or ERROR_INSUFFICIENT_BUFFER if the output has no room.
 VLX_SHARED_API HRESULT hrOEMDevMode(CLoggerClient& client, ConfigsCache* cache, LPCWSTR text,
                                     DWORD dwMode, POEMDMPARAM pOemDMParam);
 
-// Brings a record of an older layout to the current one, in place. A current record, and one that
-// is not ours, stays as it is byte for byte; null is ignored.
+// Converts a record of an older layout to the current one, in place. A current record, a record of
+// another driver and null are left alone.
 VLX_SHARED_API void ConvertEp2Qor(OEMDEV* devmode);
 
 // The library's version, static text like "1.0.0".
@@ -80,7 +78,7 @@ extern "C" VLX_SHARED_API const char* VlxSharedVersion();
 // Operations on GDI+ bitmaps. 24-bit bitmaps hold bytes blue, green, red; 1-bit ones 0 for black.
 class VLX_SHARED_API BitmapHelper {
  public:
-  // Null when the bitmap cannot be made; name is for diagnosis. DeleteBitmap takes null.
+  // Returns null if the bitmap cannot be created; name is for diagnosis. DeleteBitmap accepts null.
   static Gdiplus::Bitmap* CreateBitmap(INT width, INT height, Gdiplus::PixelFormat format,
                                        LPCWSTR name);
   static void DeleteBitmap(Gdiplus::Bitmap* bitmap);
@@ -95,26 +93,25 @@ class VLX_SHARED_API BitmapHelper {
   // or 0 with the target untouched when the shapes disagree.
   static INT GetMonochromeImage1BPP(Gdiplus::Bitmap* source, Gdiplus::Bitmap* target);
 
-  // Splits a 24-bit page into what is printed in black and what is printed in the highlight colour,
-  // both black on white, dithered, 24-bit and of the page's size; the caller deletes them. Every
-  // pixel counts as a mixture of paper, black and highlight; tolerance, 0 to 1, is how far a colour
-  // may be from these mixtures, and its hue from the highlight's, and still get highlight.
-  // Returns 0, both outs null, on failure.
+  // Splits a 24-bit page into the image printed in black and the image printed in the highlight
+  // colour. Both are dithered, black on white, 24-bit and of the page's size; the caller deletes
+  // them. Each pixel is taken as a mixture of paper, black and highlight. tolerance, 0 to 1, is how
+  // far a colour may be from such a mixture, and its hue from the highlight's, to get any
+  // highlight. Returns 0 and sets both outs to null on failure.
   static INT SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, double tolerance,
                         eBitmapDitherer ditherer, INT ditherParam, Gdiplus::Bitmap** background,
                         Gdiplus::Bitmap** highlightImage);
 
-  // The first or last row or column of a 1-bit bitmap that holds a black pixel; -1 when there is
-  // none.
+  // The first or last row or column of a 1-bit bitmap with a black pixel; -1 if there is none.
   static INT GetFirstContentRow1BPP(Gdiplus::Bitmap* bitmap);
   static INT GetLastContentRow1BPP(Gdiplus::Bitmap* bitmap);
   static INT GetFirstContentColumn1BPP(Gdiplus::Bitmap* bitmap);
   static INT GetLastContentColumn1BPP(Gdiplus::Bitmap* bitmap);
 
-  // 1 when both are 1-bit bitmaps of the same size with the same pixels, else 0.
+  // 1 if both are 1-bit bitmaps of the same size with the same pixels, else 0.
   static INT Are1BPPBitmapsEqual(Gdiplus::Bitmap* first, Gdiplus::Bitmap* second);
 
-  // Writes the bitmap as PNG into the folder that VLX_SAVE_BITMAPS names, if it is set.
+  // Writes the bitmap as a PNG file to the folder that VLX_SAVE_BITMAPS names, if it is set.
   static void DevTestSaveBitmapAs(Gdiplus::Bitmap* bitmap, DWORD dwJobId, DWORD dwPage,
                                   LPCWSTR stage, CLoggerClient& client);
 };
