@@ -25,7 +25,7 @@ CGdiPlusGuard::~CGdiPlusGuard() {
 void CGdiPlusGuard::Start() {
   const Locked locked(m_lock);
   if (m_startCount == 0) {
-    const Gdiplus::GdiplusStartupInput input = {1, nullptr, FALSE, FALSE};
+    const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&m_token, &input, nullptr);
   }
   ++m_startCount;

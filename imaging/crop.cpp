@@ -1,19 +1,59 @@
 #include "imaging/crop.h"
 
-#include <algorithm>
+#include <cstddef>
 
+namespace {
+
+// The rows of a 1-bit bitmap while they are locked. Null pixels when they cannot be.
+class Bits {
+ public:
+  Bits(Gdiplus::Bitmap* bitmap, Gdiplus::ImageLockMode mode) : m_bitmap(bitmap) {
+    const Gdiplus::Rect whole(0, 0, static_cast<INT>(bitmap->GetWidth()),
+                              static_cast<INT>(bitmap->GetHeight()));
+    m_locked = bitmap->LockBits(&whole, mode, PixelFormat1bppIndexed, &m_data) == Gdiplus::Ok;
+  }
+  ~Bits() {
+    if (m_locked) m_bitmap->UnlockBits(&m_data);
+  }
+  Bits(const Bits&) = delete;
+  Bits& operator=(const Bits&) = delete;
+
+  bool IsLocked() const { return m_locked; }
+  BYTE* Row(INT y) const {
+    return static_cast<BYTE*>(m_data.Scan0) + static_cast<std::ptrdiff_t>(y) * m_data.Stride;
+  }
+
+ private:
+  Gdiplus::Bitmap* const m_bitmap;
+  Gdiplus::BitmapData m_data = {};
+  bool m_locked = false;
+};
+
+// Copies count bits of a row, from the bit first on, to the start of another row.
+void CopyBits(const BYTE* from, INT first, INT count, BYTE* to) {
+  from += first / 8;
+  const INT shift = first % 8;
+  const INT sourceBytes = (shift + count + 7) / 8;
+  for (INT i = 0; i < (count + 7) / 8; ++i) {
+    const int next = i + 1 < sourceBytes ? from[i + 1] : 0;
+    to[i] = static_cast<BYTE>(from[i] << shift | next >> (8 - shift));
+  }
+}
+
+// A new 1-bit bitmap with a rectangle of the source, which is 1-bit and holds all of it. Null if it
+// cannot be made. GDI+ does not draw on 1-bit bitmaps everywhere, so bits are copied.
 BitmapOwner CropBitmap(Gdiplus::Bitmap* source, INT x, INT y, INT width, INT height) {
-  width = std::max(width, 1);
-  height = std::max(height, 1);
-  BitmapOwner cropped =
-      MakeBitmap(width, height, source->GetPixelFormat(), WTEXT("pCroppedBitmap"));
+  BitmapOwner cropped = MakeBitmap(static_cast<UINT>(width), static_cast<UINT>(height),
+                                   PixelFormat1bppIndexed, WTEXT("pCroppedBitmap"));
   if (cropped == nullptr) return nullptr;
-  const GraphicsOwner graphics = DrawOn(cropped.get());
-  if (graphics == nullptr) return nullptr;
-  graphics->Clear(kOpaqueWhite);
-  graphics->DrawImage(source, 0, 0, Gdiplus::Rect{x, y, width, height});
+  const Bits from(source, Gdiplus::ImageLockModeRead);
+  const Bits to(cropped.get(), Gdiplus::ImageLockModeWrite);
+  if (!from.IsLocked() || !to.IsLocked()) return nullptr;
+  for (INT row = 0; row < height; ++row) CopyBits(from.Row(y + row), x, width, to.Row(row));
   return cropped;
 }
+
+}  // namespace
 
 CroppedImage CropToContent(Gdiplus::Bitmap* given, DWORD rotation) {
   CroppedImage image{given, nullptr};

@@ -5,10 +5,6 @@
 #include "config/device_state.h"
 #include "imaging/bitmap_owner.h"
 
-// A new bitmap with the source's rectangle, in the source's format; sizes below 1 count as 1, and
-// what lies outside the source is white. None when it cannot be made.
-BitmapOwner CropBitmap(Gdiplus::Bitmap* source, INT x, INT y, INT width, INT height);
-
 // The bitmap that is sent in place of a given one.
 struct CroppedImage {
   Gdiplus::Bitmap* used;  // the copy below, or the given bitmap

@@ -72,7 +72,7 @@ void CropImages(Emission& page) {
 }
 
 bool SavePng(Gdiplus::Bitmap* bitmap, IStream* stream, const CLSID& encoder, const char* name) {
-  if (bitmap->Save(stream, &encoder) == Gdiplus::Ok) return true;
+  if (bitmap->Save(stream, &encoder, nullptr) == Gdiplus::Ok) return true;
   LogError(kNoCategory, "SendImageToPrinter: %s->Save failed!!!", name);
   return false;
 }
@@ -81,7 +81,7 @@ bool SavePng(Gdiplus::Bitmap* bitmap, IStream* stream, const CLSID& encoder, con
 bool EncodeBothSides(const Emission& page, const CLSID& encoder) {
   Gdiplus::Bitmap* used = page.usedBackground.used;
   const UINT width = used->GetWidth();
-  const BitmapOwner doubled = MakeBitmap(2 * width, used->GetHeight(), Gdiplus::PixelFormat24bppRGB,
+  const BitmapOwner doubled = MakeBitmap(2 * width, used->GetHeight(), PixelFormat24bppRGB,
                                          WTEXT("pTopSideSameAsBottomBitmap"));
   if (doubled == nullptr) return false;
   bool encoded = false;

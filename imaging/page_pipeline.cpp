@@ -13,9 +13,6 @@
 
 namespace {
 
-using Gdiplus::PixelFormat1bppIndexed;
-using Gdiplus::PixelFormat24bppRGB;
-
 // One page in the pipeline.
 struct Page {
   SURFOBJ* surface;
@@ -55,41 +52,50 @@ bool CopyPage(Page& page) {
   return true;
 }
 
+// Pixel for pixel, whatever resolutions the bitmaps are said to have.
+void DrawWhole(Gdiplus::Graphics& graphics, Gdiplus::Bitmap* bitmap, INT x, INT y) {
+  const INT width = static_cast<INT>(bitmap->GetWidth());
+  const INT height = static_cast<INT>(bitmap->GetHeight());
+  graphics.DrawImage(bitmap, Gdiplus::Rect(x, y, width, height), 0, 0, width, height,
+                     Gdiplus::UnitPixel);
+}
+
 // The bands hold the printable area only: puts the page where it is on the paper.
 bool AddBorders(Page& page) {
   const INT offsetX = page.state->gdiPhysOffsetX;
   const INT offsetY = page.state->gdiPhysOffsetY;
   if (offsetX == 0 && offsetY == 0) return true;
-  const UINT width = page.Bitmap()->GetWidth();
-  const UINT height = page.Bitmap()->GetHeight();
+  const INT width = static_cast<INT>(page.Bitmap()->GetWidth());
+  const INT height = static_cast<INT>(page.Bitmap()->GetHeight());
   BitmapOwner bordered =
       MakeBitmap(width, height, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_NonprintableBorders"));
   if (bordered == nullptr) return false;
   if (const GraphicsOwner graphics = DrawOn(bordered.get())) {
     graphics->Clear(kOpaqueWhite);
-    graphics->DrawImage(page.Bitmap(), offsetX, offsetY,
-                        Gdiplus::Rect{0, 0, static_cast<INT>(width), static_cast<INT>(height)});
+    DrawWhole(*graphics, page.Bitmap(), offsetX, offsetY);
   }
   SaveStage(*page.state, bordered.get(), WTEXT("b_NonprintableBorders"));
   page.placed = std::move(bordered);
   return true;
 }
 
-// A landscape page is turned 90 degrees clockwise: (x, y) lands at (height - 1 - y, x).
+// A landscape page is turned 90 degrees clockwise: (x, y) lands at (height - 1 - y, x). GDI+ turns
+// a whole bitmap exactly, which it does not promise of drawing in a turned world.
 bool CorrectOrientation(Page& page) {
   if (page.device->pPublicDM->dmOrientation == DMORIENT_PORTRAIT) return true;
   const UINT width = page.Bitmap()->GetWidth();
   const UINT height = page.Bitmap()->GetHeight();
   BitmapOwner turned =
       MakeBitmap(height, width, PixelFormat24bppRGB, WTEXT("pBmpBuffer24BPP_Orientation"));
-  if (turned == nullptr) return false;
+  if (turned == nullptr || turned->RotateFlip(Gdiplus::Rotate270FlipNone) != Gdiplus::Ok) {
+    return false;
+  }
   GraphicsOwner graphics = DrawOn(turned.get());
   if (graphics == nullptr) return false;
   graphics->Clear(kOpaqueWhite);
-  graphics->RotateTransform(90.0f, Gdiplus::MatrixOrderAppend);
-  graphics->TranslateTransform(static_cast<float>(height), 0.0f, Gdiplus::MatrixOrderAppend);
-  graphics->DrawImage(page.Bitmap(), 0, 0);
+  DrawWhole(*graphics, page.Bitmap(), 0, 0);
   graphics.reset();
+  if (turned->RotateFlip(Gdiplus::Rotate90FlipNone) != Gdiplus::Ok) return false;
   SaveStage(*page.state, turned.get(), WTEXT("c_CorrectedOrientation"));
   page.placed = std::move(turned);
   return true;

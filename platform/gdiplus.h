@@ -5,14 +5,13 @@
 
 #include "platform/com.h"
 
+inline constexpr INT PixelFormat1bppIndexed = 196865;
+inline constexpr INT PixelFormat24bppRGB = 137224;
+
 namespace Gdiplus {
 
-using REAL = float;
 using ARGB = DWORD;
 using PixelFormat = INT;
-
-inline constexpr PixelFormat PixelFormat1bppIndexed = 196865;
-inline constexpr PixelFormat PixelFormat24bppRGB = 137224;
 
 enum Status : INT {
   Ok = 0,
@@ -25,14 +24,16 @@ enum Status : INT {
   GdiplusNotInitialized = 18,
 };
 using GpStatus = Status;
-enum MatrixOrder : INT { MatrixOrderPrepend = 0, MatrixOrderAppend = 1 };
-using GpMatrixOrder = MatrixOrder;
 enum Unit : INT { UnitWorld = 0, UnitDisplay = 1, UnitPixel = 2 };
 using GpUnit = Unit;
 enum ImageLockMode : UINT {
   ImageLockModeRead = 1,
   ImageLockModeWrite = 2,
-  ImageLockModeUserInputBuf = 4,
+};
+enum RotateFlipType : INT {
+  RotateNoneFlipNone = 0,
+  Rotate90FlipNone = 1,  // clockwise
+  Rotate270FlipNone = 3,
 };
 
 class GpImage;  // every image here is a bitmap
@@ -43,10 +44,13 @@ struct EncoderParameters;
 using DrawImageAbort = BOOL (*)(void*);
 
 struct Rect {
-  INT X;
-  INT Y;
-  INT Width;
-  INT Height;
+  Rect() = default;
+  Rect(INT x, INT y, INT width, INT height) : X(x), Y(y), Width(width), Height(height) {}
+
+  INT X = 0;
+  INT Y = 0;
+  INT Width = 0;
+  INT Height = 0;
 };
 using GpRect = Rect;
 
@@ -54,7 +58,7 @@ struct BitmapData {
   UINT Width;
   UINT Height;
   INT Stride;  // bytes from one row to the next
-  PixelFormat PixelFormat_;
+  INT PixelFormat;
   void* Scan0;
   ULONG_PTR Reserved;
 };
@@ -79,7 +83,13 @@ static_assert(sizeof(ImageCodecInfo) == 104);
 
 using DebugEventProc = void (*)(INT level, char* message);
 struct GdiplusStartupInput {
-  DWORD GdiplusVersion;
+  GdiplusStartupInput(DebugEventProc debugEventCallback = nullptr,
+                      BOOL suppressBackgroundThread = FALSE, BOOL suppressExternalCodecs = FALSE)
+      : DebugEventCallback(debugEventCallback),
+        SuppressBackgroundThread(suppressBackgroundThread),
+        SuppressExternalCodecs(suppressExternalCodecs) {}
+
+  DWORD GdiplusVersion = 1;
   DebugEventProc DebugEventCallback;
   BOOL SuppressBackgroundThread;
   BOOL SuppressExternalCodecs;
@@ -109,16 +119,15 @@ PLATFORM_API GpStatus WINAPI GdipGetImageWidth(GpImage* image, UINT* width);
 PLATFORM_API GpStatus WINAPI GdipGetImageHeight(GpImage* image, UINT* height);
 PLATFORM_API GpStatus WINAPI GdipGetImagePixelFormat(GpImage* image, PixelFormat* format);
 
-// Gives the bitmap's own pixels, in the bitmap's own format only. rect must be null (the whole
-// image). Locked for writing alone, what the pixels were is lost: all of them must be written. A
-// 24-bit bitmap can be written as 1-bit rows, for writing alone; it is then black and white. Until
-// its pixels are asked for it is kept so, and can be read as 1-bit rows too. Write and
-// UserInputBuf: the whole image is in the caller's buffer, Scan0, whose Stride is that of rows
-// padded to 4 bytes. It is copied when the bitmap is changed next; until the bitmap is changed or
-// disposed of, the buffer stays as it is.
+// Gives the bitmap's own pixels, in the bitmap's own format only. rect must be null or the whole
+// image. Locked for writing alone, what the pixels were is lost: all of them must be written.
 PLATFORM_API GpStatus WINAPI GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags,
                                                 PixelFormat format, BitmapData* lockedBitmapData);
 PLATFORM_API GpStatus WINAPI GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData);
+
+// Turns the bitmap itself, whose width and height change places. Quarter turns only; anything else
+// is NotImplemented.
+PLATFORM_API GpStatus WINAPI GdipImageRotateFlip(GpImage* image, RotateFlipType type);
 
 // A drawing context on a bitmap, which must outlive it. Drawings may be made late: a bitmap and
 // those it was drawn from belong to one thread.
@@ -126,17 +135,8 @@ PLATFORM_API GpStatus WINAPI GdipGetImageGraphicsContext(GpImage* image, GpGraph
 PLATFORM_API GpStatus WINAPI GdipDeleteGraphics(GpGraphics* graphics);
 PLATFORM_API GpStatus WINAPI GdipGraphicsClear(GpGraphics* graphics, ARGB color);
 
-// World transform: quarter turns (90.0, 180.0, 270.0 and their negatives) and whole-pixel
-// translations; anything else is NotImplemented. Positive angles turn clockwise on the page.
-PLATFORM_API GpStatus WINAPI GdipRotateWorldTransform(GpGraphics* graphics, REAL angle,
-                                                      GpMatrixOrder order);
-PLATFORM_API GpStatus WINAPI GdipTranslateWorldTransform(GpGraphics* graphics, REAL dx, REAL dy,
-                                                         GpMatrixOrder order);
-
-// Draws pixel for pixel (no scaling, no interpolation) through the world transform; what falls
-// outside the target is dropped. Between the formats a 1-bit target takes pixels of luminance 128
-// and above as white. A pixel (x, y) covers the square from (x, y) to (x + 1, y + 1): a quarter
-// turn maps squares.
+// Draws pixel for pixel (no scaling, no interpolation); what falls outside the target is dropped.
+// Between the formats a 1-bit target takes pixels of luminance 128 and above as white.
 PLATFORM_API GpStatus WINAPI GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y);
 // The source rectangle at (dstx, dsty); the two sizes must agree. srcUnit: UnitPixel.
 PLATFORM_API GpStatus WINAPI GdipDrawImageRectRectI(GpGraphics* graphics, GpImage* image, INT dstx,
@@ -158,31 +158,6 @@ PLATFORM_API GpStatus WINAPI GdipSaveImageToStream(GpImage* image, IStream* stre
 
 }  // namespace DllExports
 
-// What a caller wants to know of pixels.
-class PixelReduction {
- public:
-  // Makes count pixels (blue, green, red) into as many bytes in each of the planes that are read.
-  virtual void Reduce(const BYTE* pixels, INT count, BYTE* const* planes) = 0;
-
- protected:
-  ~PixelReduction() = default;
-};
-
-// Rows of bytes, one a pixel.
-struct BytePlane {
-  BYTE* first;
-  std::ptrdiff_t strideBytes;
-};
-
-// Reads rows of a 24-bit bitmap as what the reduction makes of them, in one plane or two with room
-// for the bitmap's width in each row; the first row of each is the row top. A page that was drawn
-// turned is read so without ever being turned as pixels. The reduction sees each pixel of the rows
-// at least once, in any order. Bound to the thread that the bitmap belongs to. InvalidParameter for
-// another format, rows that are not all of the bitmap, or another number of planes; OutOfMemory.
-PLATFORM_API GpStatus WINAPI PlatformReadPlanes(GpBitmap* bitmap, INT top, INT rows,
-                                                PixelReduction& reduction, const BytePlane* planes,
-                                                INT planeCount);
-
 // What both wrappers share: memory from GDI+ (operator new gives null, not an exception).
 class GdiplusBase {
  public:
@@ -190,78 +165,106 @@ class GdiplusBase {
   static void operator delete(void* p) { DllExports::GdipFree(p); }
 };
 
-// A bitmap and the status of the last call on it.
-class Bitmap : public GdiplusBase {
+// An image and the first failure since it was last asked for.
+class Image : public GdiplusBase {
  public:
-  Bitmap(INT width, INT height, PixelFormat format) {
-    lastResult =
-        DllExports::GdipCreateBitmapFromScan0(width, height, 0, format, nullptr, &nativeImage);
-  }
-  Bitmap(const Bitmap&) = delete;
-  Bitmap& operator=(const Bitmap&) = delete;
-  ~Bitmap() { DllExports::GdipDisposeImage(nativeImage); }
+  Image(const Image&) = delete;
+  Image& operator=(const Image&) = delete;
+  ~Image() { DllExports::GdipDisposeImage(nativeImage); }
 
-  Status GetLastStatus() const { return lastResult; }
-  UINT GetWidth() const {
+  Status GetLastStatus() const {
+    const Status status = lastStatus;
+    lastStatus = Ok;
+    return status;
+  }
+  UINT GetWidth() {
     UINT width = 0;
-    DllExports::GdipGetImageWidth(nativeImage, &width);
+    Keep(DllExports::GdipGetImageWidth(nativeImage, &width));
     return width;
   }
-  UINT GetHeight() const {
+  UINT GetHeight() {
     UINT height = 0;
-    DllExports::GdipGetImageHeight(nativeImage, &height);
+    Keep(DllExports::GdipGetImageHeight(nativeImage, &height));
     return height;
   }
-  PixelFormat GetPixelFormat() const {
+  PixelFormat GetPixelFormat() {
     PixelFormat format = 0;
-    DllExports::GdipGetImagePixelFormat(nativeImage, &format);
+    Keep(DllExports::GdipGetImagePixelFormat(nativeImage, &format));
     return format;
   }
-  Status Save(IStream* stream, const CLSID* clsidEncoder,
-              const EncoderParameters* params = nullptr) {
-    return lastResult =
-               DllExports::GdipSaveImageToStream(nativeImage, stream, clsidEncoder, params);
+  Status RotateFlip(RotateFlipType type) {
+    return Keep(DllExports::GdipImageRotateFlip(nativeImage, type));
+  }
+  Status Save(IStream* stream, const CLSID* clsidEncoder, const EncoderParameters* params) {
+    return Keep(DllExports::GdipSaveImageToStream(nativeImage, stream, clsidEncoder, params));
+  }
+
+ protected:
+  Image() = default;
+  Status Keep(Status status) const {
+    if (status != Ok) lastStatus = status;
+    return status;
   }
 
   GpImage* nativeImage = nullptr;
 
  private:
-  Status lastResult;
+  friend class Graphics;
+  friend GpImage* NativeImage(const Image* image);  // the platform's own
+  mutable Status lastStatus = Ok;
+};
+
+class Bitmap : public Image {
+ public:
+  Bitmap(INT width, INT height, PixelFormat format) {
+    Keep(DllExports::GdipCreateBitmapFromScan0(width, height, 0, format, nullptr, &nativeImage));
+  }
+
+  Status LockBits(const Rect* rect, UINT flags, PixelFormat format, BitmapData* lockedBitmapData) {
+    return Keep(DllExports::GdipBitmapLockBits(nativeImage, rect, flags, format, lockedBitmapData));
+  }
+  Status UnlockBits(BitmapData* lockedBitmapData) {
+    return Keep(DllExports::GdipBitmapUnlockBits(nativeImage, lockedBitmapData));
+  }
 };
 
 // A drawing context on a bitmap. Statuses are recorded and left to the caller.
 class Graphics : public GdiplusBase {
  public:
   // Null when the object cannot be allocated.
-  static Graphics* FromImage(Bitmap* image) { return new Graphics(image); }
-  explicit Graphics(Bitmap* image) {
-    lastResult = DllExports::GdipGetImageGraphicsContext(image->nativeImage, &nativeGraphics);
+  static Graphics* FromImage(Image* image) { return new Graphics(image); }
+  explicit Graphics(Image* image) {
+    Keep(DllExports::GdipGetImageGraphicsContext(image->nativeImage, &nativeGraphics));
   }
   Graphics(const Graphics&) = delete;
   Graphics& operator=(const Graphics&) = delete;
   ~Graphics() { DllExports::GdipDeleteGraphics(nativeGraphics); }
 
-  Status GetLastStatus() const { return lastResult; }
-  void Clear(ARGB color) { lastResult = DllExports::GdipGraphicsClear(nativeGraphics, color); }
-  void RotateTransform(REAL angle, MatrixOrder order = MatrixOrderPrepend) {
-    lastResult = DllExports::GdipRotateWorldTransform(nativeGraphics, angle, order);
+  Status GetLastStatus() const {
+    const Status status = lastStatus;
+    lastStatus = Ok;
+    return status;
   }
-  void TranslateTransform(REAL dx, REAL dy, MatrixOrder order = MatrixOrderPrepend) {
-    lastResult = DllExports::GdipTranslateWorldTransform(nativeGraphics, dx, dy, order);
+  Status Clear(ARGB color) { return Keep(DllExports::GdipGraphicsClear(nativeGraphics, color)); }
+  Status DrawImage(Image* image, INT x, INT y) {
+    return Keep(DllExports::GdipDrawImageI(nativeGraphics, image->nativeImage, x, y));
   }
-  void DrawImage(Bitmap* image, INT x, INT y) {
-    lastResult = DllExports::GdipDrawImageI(nativeGraphics, image->nativeImage, x, y);
-  }
-  // Copies the source rectangle to (x, y), pixel for pixel.
-  void DrawImage(Bitmap* image, INT x, INT y, const Rect& source) {
-    lastResult = DllExports::GdipDrawImageRectRectI(
-        nativeGraphics, image->nativeImage, x, y, source.Width, source.Height, source.X, source.Y,
-        source.Width, source.Height, UnitPixel, nullptr, nullptr, nullptr);
+  // Copies the source rectangle, pixel for pixel. srcUnit: UnitPixel.
+  Status DrawImage(Image* image, const Rect& destRect, INT srcx, INT srcy, INT srcwidth,
+                   INT srcheight, Unit srcUnit) {
+    return Keep(DllExports::GdipDrawImageRectRectI(
+        nativeGraphics, image->nativeImage, destRect.X, destRect.Y, destRect.Width, destRect.Height,
+        srcx, srcy, srcwidth, srcheight, srcUnit, nullptr, nullptr, nullptr));
   }
 
  private:
+  Status Keep(Status status) {
+    if (status != Ok) lastStatus = status;
+    return status;
+  }
+
   GpGraphics* nativeGraphics = nullptr;
-  Status lastResult;
+  mutable Status lastStatus = Ok;
 };
 
 }  // namespace Gdiplus

@@ -54,6 +54,8 @@ def include_fault(folder, kind, target):
         return None
     if owner not in MAY_INCLUDE[folder]:
         return f'{folder}/ may not include "{target}"'
+    if target == "platform/extensions.h" and folder not in {"vlx_shared", "host"}:
+        return f'{folder}/ may use published interfaces only, not "{target}"'
     if target.startswith("platform/linux/"):
         return f'"{target}" is private to platform/'
     if folder == "host" and owner == "config" and target not in SHARED_DATA:
@@ -82,6 +84,7 @@ def self_test():
     bad = {
         "commands/a.cpp": '#include "imaging/crop.h"',
         "imaging/b.cpp": "#include <unistd.h>",
+        "imaging/extended.cpp": '#include "platform/extensions.h"',
         "Renderer/c.cpp": '#include "platform/linux/text/unicode.h"',
         "host/d.cpp": '#include "config/vlx_shared.h"',
         "vlx_shared/e.cpp": '#include "tests/support/record.h"',

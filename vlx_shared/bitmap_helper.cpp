@@ -9,8 +9,6 @@
 #include "vlx_shared/raster_kernels.h"
 
 using Gdiplus::Bitmap;
-using Gdiplus::PixelFormat1bppIndexed;
-using Gdiplus::PixelFormat24bppRGB;
 
 namespace {
 
@@ -90,20 +88,13 @@ void BitmapHelper::DeleteBitmap(Bitmap* bitmap) { delete bitmap; }
 void BitmapHelper::Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT height,
                                            Bitmap* bitmap) {
   if (buffer == nullptr || !HasSize(bitmap, width, height)) return;
-  const INT strideBytes = (3 * width + 3) / 4 * 4;
-  Gdiplus::BitmapData data = {static_cast<UINT>(width), static_cast<UINT>(height), strideBytes,
-                              PixelFormat24bppRGB,      const_cast<BYTE*>(buffer), 0};
-  constexpr UINT kFlags = Gdiplus::ImageLockModeWrite | Gdiplus::ImageLockModeUserInputBuf;
-  if (Gdiplus::DllExports::GdipBitmapLockBits(bitmap->nativeImage, nullptr, kFlags,
-                                              PixelFormat24bppRGB, &data) == Gdiplus::Ok) {
-    Gdiplus::DllExports::GdipBitmapUnlockBits(bitmap->nativeImage, &data);
-  }
+  PlatformLendPixels(bitmap, buffer);
 }
 
 INT BitmapHelper::GetMonochromeImage1BPP(Bitmap* source, Bitmap* target) {
-  const Pixels dots(source, PixelFormat1bppIndexed);  // it may be kept as such
+  const Dots dots(source);  // it may be kept as such
   const Pixels from(dots.IsValid() ? nullptr : source, PixelFormat24bppRGB);
-  const Pixels& given = dots.IsValid() ? dots : from;
+  const LockedRows& given = dots.IsValid() ? static_cast<const LockedRows&>(dots) : from;
   if (!given.IsValid() || !HasSize(target, given.Width(), given.Height()) ||
       target->GetPixelFormat() != PixelFormat1bppIndexed) {
     return 0;

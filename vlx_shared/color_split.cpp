@@ -32,13 +32,13 @@ INT BitmapHelper::SplitImage(Gdiplus::Bitmap* source, Gdiplus::ARGB highlight, d
   const INT width = static_cast<INT>(source->GetWidth());
   const INT height = static_cast<INT>(source->GetHeight());
   const auto make = [width, height](LPCWSTR name) {
-    return CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, name);
+    return CreateBitmap(width, height, PixelFormat24bppRGB, name);
   };
   Gdiplus::Bitmap* black = make(WTEXT("SplitBackground"));
   Gdiplus::Bitmap* colored = make(WTEXT("SplitHighlight"));
   try {
-    const Pixels blackDots(black, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
-    const Pixels coloredDots(colored, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
+    const Dots blackDots(black, Gdiplus::ImageLockModeWrite);
+    const Dots coloredDots(colored, Gdiplus::ImageLockModeWrite);
     InkLevels levels(highlight, tolerance);
     Halftone(ditherer, ditherParam, width, 2).Print(source, levels, {&blackDots, &coloredDots});
     *background = black;

@@ -43,7 +43,7 @@ bool EncodePng(Gdiplus::Bitmap* bitmap, std::vector<BYTE>& file) {
   ComPtr<IStream> stream;
   STATSTG statistics = {};
   if (png == nullptr || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
-      bitmap->Save(stream.Get(), &png->Clsid) != Gdiplus::Ok ||
+      bitmap->Save(stream.Get(), &png->Clsid, nullptr) != Gdiplus::Ok ||
       FAILED(stream->Stat(&statistics, STATFLAG_NONAME)) ||
       FAILED(stream->Seek({}, STREAM_SEEK_SET, nullptr))) {
     return false;

@@ -82,24 +82,23 @@ Halftone::Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT ink
 }
 
 void Halftone::Print(Gdiplus::Bitmap* page, LevelReader& reader,
-                     std::initializer_list<const Pixels*> dots) {
+                     std::initializer_list<const LockedRows*> dots) {
   if (page == nullptr) throw std::bad_alloc();
-  for (const Pixels* bits : dots) {
+  for (const LockedRows* bits : dots) {
     if (!bits->IsValid()) throw std::bad_alloc();
   }
   const RasterKernels& kernels = BestKernels();
   const INT height = static_cast<INT>(page->GetHeight());
   for (INT top = 0; top < height; top += kRows) {
     const INT rows = std::min(kRows, height - top);
-    const Gdiplus::BytePlane planes[2] = {{m_levels[0].origin, m_levels[0].strideBytes},
-                                          {m_levels[1].origin, m_levels[1].strideBytes}};
-    if (Gdiplus::PlatformReadPlanes(page->nativeImage, top, rows, reader, planes, m_inks) !=
-        Gdiplus::Ok) {
+    const BytePlane planes[2] = {{m_levels[0].origin, m_levels[0].strideBytes},
+                                 {m_levels[1].origin, m_levels[1].strideBytes}};
+    if (PlatformReadPlanes(page, top, rows, reader, planes, m_inks) != Gdiplus::Ok) {
       throw std::bad_alloc();
     }
     Dither(rows, reader.TakeHasGrey());
     INT ink = 0;
-    for (const Pixels* bits : dots) {
+    for (const LockedRows* bits : dots) {
       for (INT y = 0; y < rows; ++y) {
         kernels.PackLevels(Row(ink, y), m_levels[0].widthPx, bits->Row(top + y));
       }

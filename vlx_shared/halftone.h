@@ -13,7 +13,7 @@
 #include "vlx_shared/screens.h"
 
 // Makes levels of each ink from pixels, and remembers whether there are greys among them.
-class LevelReader : public Gdiplus::PixelReduction {
+class LevelReader : public PixelReduction {
  public:
   void Reduce(const BYTE* pixels, INT count, BYTE* const* levels) final {
     m_hasGrey |= Levels(pixels, count, levels);
@@ -40,7 +40,8 @@ class Halftone {
 
   // Makes the dots of a whole page. dots: 1-bit rows of each ink, locked for writing and of the
   // page's size. Throws std::bad_alloc when a bitmap is null or its pixels cannot be had.
-  void Print(Gdiplus::Bitmap* page, LevelReader& reader, std::initializer_list<const Pixels*> dots);
+  void Print(Gdiplus::Bitmap* page, LevelReader& reader,
+             std::initializer_list<const LockedRows*> dots);
 
  private:
   // How many rows of levels are read at once, as many as the platform turns at a time: where the

@@ -4,39 +4,56 @@
 
 #include <cstddef>
 
-#include "platform/gdiplus.h"
+#include "platform/extensions.h"
 
-// Holds a bitmap's pixels for reading, or for writing all of them. Not valid when the bitmap is
-// null or of another format. A 24-bit bitmap can also be written as 1-bit rows, and read so while
-// it has not been touched otherwise.
-class Pixels {
+// Rows of a bitmap that are held.
+class LockedRows {
  public:
-  Pixels(Gdiplus::Bitmap* bitmap, Gdiplus::PixelFormat format,
-         Gdiplus::ImageLockMode mode = Gdiplus::ImageLockModeRead) {
-    if (bitmap == nullptr) return;
-    if (Gdiplus::DllExports::GdipBitmapLockBits(bitmap->nativeImage, nullptr, mode, format,
-                                                &m_data) == Gdiplus::Ok) {
-      m_image = bitmap->nativeImage;
-    }
-  }
-  ~Pixels() {
-    if (m_image != nullptr) Gdiplus::DllExports::GdipBitmapUnlockBits(m_image, &m_data);
-  }
-  Pixels(const Pixels&) = delete;
-  Pixels& operator=(const Pixels&) = delete;
+  LockedRows(const LockedRows&) = delete;
+  LockedRows& operator=(const LockedRows&) = delete;
 
-  bool IsValid() const { return m_image != nullptr; }
+  bool IsValid() const { return m_bitmap != nullptr; }
   INT Width() const { return static_cast<INT>(m_data.Width); }
   INT Height() const { return static_cast<INT>(m_data.Height); }
-  bool SameSize(const Pixels& other) const {
+  bool SameSize(const LockedRows& other) const {
     return Width() == other.Width() && Height() == other.Height();
   }
-  std::ptrdiff_t StrideBytes() const { return m_data.Stride; }
   BYTE* Row(INT y) const {
     return static_cast<BYTE*>(m_data.Scan0) + static_cast<std::ptrdiff_t>(y) * m_data.Stride;
   }
 
- private:
-  Gdiplus::GpImage* m_image = nullptr;
+ protected:
+  LockedRows() = default;
+  ~LockedRows() = default;
+
+  Gdiplus::Bitmap* m_bitmap = nullptr;  // null unless its rows are held
   Gdiplus::BitmapData m_data = {};
+};
+
+// Holds a bitmap's pixels for reading, or for writing all of them. Not valid when the bitmap is
+// null or of another format.
+class Pixels : public LockedRows {
+ public:
+  Pixels(Gdiplus::Bitmap* bitmap, Gdiplus::PixelFormat format,
+         Gdiplus::ImageLockMode mode = Gdiplus::ImageLockModeRead) {
+    if (bitmap == nullptr || bitmap->GetPixelFormat() != format) return;
+    const Gdiplus::Rect whole(0, 0, static_cast<INT>(bitmap->GetWidth()),
+                              static_cast<INT>(bitmap->GetHeight()));
+    if (bitmap->LockBits(&whole, mode, format, &m_data) == Gdiplus::Ok) m_bitmap = bitmap;
+  }
+  ~Pixels() {
+    if (m_bitmap != nullptr) m_bitmap->UnlockBits(&m_data);
+  }
+};
+
+// Holds the dots of a 24-bit bitmap as 1-bit rows: for writing all of them, or for reading if the
+// bitmap is kept as dots. Not valid otherwise.
+class Dots : public LockedRows {
+ public:
+  explicit Dots(Gdiplus::Bitmap* bitmap, Gdiplus::ImageLockMode mode = Gdiplus::ImageLockModeRead) {
+    if (PlatformLockDots(bitmap, mode, &m_data) == Gdiplus::Ok) m_bitmap = bitmap;
+  }
+  ~Dots() {
+    if (m_bitmap != nullptr) PlatformUnlockDots(m_bitmap, &m_data);
+  }
 };

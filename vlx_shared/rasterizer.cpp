@@ -23,10 +23,10 @@ Gdiplus::Bitmap* BitmapRasterizer::Dither(Gdiplus::Bitmap* source, eBitmapDither
   const INT width = static_cast<INT>(source->GetWidth());
   const INT height = static_cast<INT>(source->GetHeight());
   Gdiplus::Bitmap* dithered =
-      BitmapHelper::CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, WTEXT("Dithered"));
+      BitmapHelper::CreateBitmap(width, height, PixelFormat24bppRGB, WTEXT("Dithered"));
   try {
     // Dots are kept as such until somebody wants to see pixels.
-    const Pixels dots(dithered, Gdiplus::PixelFormat1bppIndexed, Gdiplus::ImageLockModeWrite);
+    const Dots dots(dithered, Gdiplus::ImageLockModeWrite);
     GreyLevels levels;
     Halftone(ditherer, ditherParam, width, 1).Print(source, levels, {&dots});
     return dithered;

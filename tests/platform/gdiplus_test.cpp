@@ -6,7 +6,9 @@
 #include <cstring>
 #include <memory>
 #include <tuple>
+#include <utility>
 
+#include "platform/extensions.h"
 #include "tests/support/png_image.h"
 #include "tests/support/temp_home.h"
 
@@ -28,7 +30,7 @@ class GdiPlus : public GdiPlusTest {
   std::string Png(Bitmap& bitmap) {
     ComPtr<IStream> stream;
     EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
-    EXPECT_EQ(bitmap.Save(stream.Get(), &Encoders()->Clsid), Ok);
+    EXPECT_EQ(bitmap.Save(stream.Get(), &Encoders()->Clsid, nullptr), Ok);
     STATSTG statistics;
     stream->Stat(&statistics, STATFLAG_NONAME);
     std::string file(statistics.cbSize.QuadPart, '\0');
@@ -80,16 +82,10 @@ class Drawings : public GdiPlus {
                                             oneBit ? PixelFormat1bppIndexed : PixelFormat24bppRGB);
     sheet.pixels.assign(sheet.width * sheet.height, 0);
     if (oneBit || Number(0, 2) != 0) return;
-    BitmapData data = {static_cast<UINT>(sheet.width),
-                       static_cast<UINT>(sheet.height),
-                       (3 * sheet.width + 3) / 4 * 4,
-                       PixelFormat24bppRGB,
-                       page.data(),
-                       0};
-    const UINT flags = ImageLockModeWrite | ImageLockModeUserInputBuf;
-    GdipBitmapLockBits(sheet.bitmap->nativeImage, nullptr, flags, PixelFormat24bppRGB, &data);
-    GdipBitmapUnlockBits(sheet.bitmap->nativeImage, &data);
-    sheet.pixels = ColorsOf(data);
+    ASSERT_EQ(PlatformLendPixels(sheet.bitmap.get(), page.data()), Ok);
+    const INT stride = (3 * sheet.width + 3) / 4 * 4;
+    sheet.pixels = ColorsOf({static_cast<UINT>(sheet.width), static_cast<UINT>(sheet.height),
+                             stride, PixelFormat24bppRGB, page.data(), 0});
   }
   // What a bitmap makes of a colour.
   static DWORD ColorOn(const Sheet& sheet, DWORD color) {
@@ -102,44 +98,48 @@ class Drawings : public GdiPlus {
     Graphics(sheet.bitmap.get()).Clear(0xFF000000 | color);
     sheet.pixels.assign(sheet.pixels.size(), ColorOn(sheet, color));
   }
-  // Draws as a page is drawn, or a part of it in any other way.
+  // Draws as a page is drawn, or a part of it somewhere.
   void Draw(Sheet& target, const Sheet& source) {
-    const bool fits = Number(0, 1) == 0, whole = fits || Number(0, 1) == 0;
-    const INT turns = fits ? Number(0, 1) : Number(-1, 3);
-    const INT x = fits ? 0 : Number(-30, 60), y = fits ? 0 : Number(-30, 60);
+    const bool whole = Number(0, 1) == 0;
     const auto border = [this] { return Number(0, 2) == 0 ? Number(-2, 2) : 0; };
-    const INT dx = fits ? turns * source.height + border() : Number(-60, 160);
-    const INT dy = fits ? border() : Number(-60, 160);
-    const Rect part = whole ? Rect{0, 0, source.width, source.height}
-                            : Rect{Number(-20, 60), Number(-20, 60), Number(1, 150), Number(1, 99)};
+    const INT dx = whole ? border() : Number(-60, 160), dy = whole ? border() : Number(-60, 160);
+    const Rect part = whole ? Rect(0, 0, source.width, source.height)
+                            : Rect(Number(-20, 60), Number(-20, 60), Number(1, 150), Number(1, 99));
     Graphics graphics(target.bitmap.get());
-    graphics.RotateTransform(90.0f * static_cast<float>(turns), MatrixOrderAppend);
-    graphics.TranslateTransform(static_cast<float>(dx), static_cast<float>(dy), MatrixOrderAppend);
-    whole ? graphics.DrawImage(source.bitmap.get(), x, y)
-          : graphics.DrawImage(source.bitmap.get(), x, y, part);
+    graphics.DrawImage(source.bitmap.get(), Rect(dx, dy, part.Width, part.Height), part.X, part.Y,
+                       part.Width, part.Height, UnitPixel);
     EXPECT_EQ(graphics.GetLastStatus(), Ok);
     for (INT j = std::max(part.Y, 0); j < std::min(part.Y + part.Height, source.height); ++j) {
       for (INT i = std::max(part.X, 0); i < std::min(part.X + part.Width, source.width); ++i) {
-        // The middle of the pixel, in half pixels, turned clockwise and moved.
-        INT u = 2 * (x + i - part.X) + 1, v = 2 * (y + j - part.Y) + 1;
-        for (INT t = 0; t < (turns + 4) % 4; ++t) u = -std::exchange(v, u);
-        const INT tx = (u - 1) / 2 + dx, ty = (v - 1) / 2 + dy;
+        const INT tx = i - part.X + dx, ty = j - part.Y + dy;
         if (tx < 0 || ty < 0 || tx >= target.width || ty >= target.height) continue;
         target.pixels[ty * target.width + tx] =
             ColorOn(target, source.pixels[j * source.width + i]);
       }
     }
   }
+  void Turn(Sheet& sheet) {
+    const bool clockwise = Number(0, 2) != 0;
+    ASSERT_EQ(sheet.bitmap->RotateFlip(clockwise ? Rotate90FlipNone : Rotate270FlipNone), Ok);
+    const Colors before = sheet.pixels;
+    const INT width = sheet.width, height = sheet.height;
+    for (INT y = 0; y < height; ++y) {
+      for (INT x = 0; x < width; ++x) {
+        const INT to = clockwise ? x * height + height - 1 - y : (width - 1 - x) * height + y;
+        sheet.pixels[to] = before[y * width + x];
+      }
+    }
+    std::swap(sheet.width, sheet.height);
+  }
   void ChangeDot(Sheet& sheet) {
     const BitmapData data = Lock(*sheet.bitmap);
     *static_cast<BYTE*>(data.Scan0) ^= 0xC0;
     sheet.pixels = ColorsOf(data);
   }
-  void WriteAsBits(Sheet& sheet) {
+  void WriteAsDots(Sheet& sheet) {
+    if (sheet.bitmap->GetPixelFormat() == PixelFormat1bppIndexed) return ChangeDot(sheet);
     BitmapData data = {};
-    ASSERT_EQ(GdipBitmapLockBits(sheet.bitmap->nativeImage, nullptr, ImageLockModeWrite,
-                                 PixelFormat1bppIndexed, &data),
-              Ok);
+    ASSERT_EQ(PlatformLockDots(sheet.bitmap.get(), ImageLockModeWrite, &data), Ok);
     FillAtRandom(data);
     sheet.pixels = ColorsOf(data);
   }
@@ -158,7 +158,7 @@ class Drawings : public GdiPlus {
     std::vector<BYTE> bytes(2 * stride * rows, 0x5A), expected = bytes;
     const BytePlane planes[] = {{bytes.data() + 1, stride},
                                 {bytes.data() + stride * rows + 1, stride}};
-    ASSERT_EQ(PlatformReadPlanes(sheet.bitmap->nativeImage, top, rows, reduction, planes, 2), Ok);
+    ASSERT_EQ(PlatformReadPlanes(sheet.bitmap.get(), top, rows, reduction, planes, 2), Ok);
     for (INT i = 0; i < rows * sheet.width; ++i) {
       const BYTE green = static_cast<BYTE>(sheet.pixels[top * sheet.width + i] >> 8);
       BYTE* at = &expected[i / sheet.width * stride + 1 + i % sheet.width];
@@ -170,8 +170,7 @@ class Drawings : public GdiPlus {
     BitmapData data = {};
     if (sheet.bitmap->GetPixelFormat() == PixelFormat24bppRGB) CompareGreens(sheet);
     // Only some pages can be read as bits too.
-    if (GdipBitmapLockBits(sheet.bitmap->nativeImage, nullptr, ImageLockModeRead,
-                           PixelFormat1bppIndexed, &data) == Ok) {
+    if (PlatformLockDots(sheet.bitmap.get(), ImageLockModeRead, &data) == Ok) {
       ASSERT_EQ(ColorsOf(data), sheet.pixels);
     }
     if (Number(0, 9) == 0) {
@@ -207,9 +206,11 @@ TEST_F(Drawings, ShowWhatTheyWouldShowIfMadeAtOnceOnEveryProcessor) {
           ChangeDot(sheet);
           break;
         case 3:
-          WriteAsBits(sheet);
+          WriteAsDots(sheet);
           break;
         case 4:
+          Turn(sheet);
+          break;
         case 5:
           Compare(sheet);
           break;

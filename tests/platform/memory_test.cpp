@@ -39,7 +39,7 @@ class Memory : public ::testing::Test {
   Memory() { Start(); }
   ~Memory() override { Stop(); }
   void Start() {
-    const Gdiplus::GdiplusStartupInput input = {1, nullptr, FALSE, FALSE};
+    const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);
   }
   void Stop() { Gdiplus::GdiplusShutdown(token); }
@@ -100,7 +100,7 @@ TEST_F(Memory, LaterPagesTakeTheRoomOfEarlierOnes) {
   // Black and highlight of one page are kept while the next one's are made.
   std::vector<std::unique_ptr<Gdiplus::Bitmap>> kept;
   const auto keep = [&kept] {
-    kept.push_back(std::make_unique<Gdiplus::Bitmap>(1200, 1800, Gdiplus::PixelFormat1bppIndexed));
+    kept.push_back(std::make_unique<Gdiplus::Bitmap>(1200, 1800, PixelFormat1bppIndexed));
     Gdiplus::Graphics(kept.back().get()).Clear(0xFFFFFFFF);
   };
   keep();

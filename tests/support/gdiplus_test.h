@@ -14,7 +14,7 @@ class GdiPlusTest : public ::testing::Test {
   using Colors = std::vector<DWORD>;  // 0xRRGGBB, row by row
 
   GdiPlusTest() {
-    const Gdiplus::GdiplusStartupInput input = {1, nullptr, FALSE, FALSE};
+    const Gdiplus::GdiplusStartupInput input;
     EXPECT_EQ(Gdiplus::GdiplusStartup(&m_token, &input, nullptr), Gdiplus::Ok);
   }
   ~GdiPlusTest() override { Gdiplus::GdiplusShutdown(m_token); }
@@ -22,8 +22,8 @@ class GdiPlusTest : public ::testing::Test {
   // The whole bitmap, to read and to write.
   static Gdiplus::BitmapData Lock(Bitmap& bitmap) {
     Gdiplus::BitmapData data = {};
-    Gdiplus::DllExports::GdipBitmapLockBits(bitmap.nativeImage, nullptr, 3, bitmap.GetPixelFormat(),
-                                            &data);
+    bitmap.LockBits(nullptr, Gdiplus::ImageLockModeRead | Gdiplus::ImageLockModeWrite,
+                    bitmap.GetPixelFormat(), &data);
     return data;
   }
   static BYTE* Row(const Gdiplus::BitmapData& data, INT y) {
@@ -35,7 +35,7 @@ class GdiPlusTest : public ::testing::Test {
     for (UINT i = 0; i < data.Width * data.Height; ++i) {
       const UINT x = i % data.Width;
       const BYTE* row = Row(data, static_cast<INT>(i / data.Width));
-      colors.push_back(data.PixelFormat_ == Gdiplus::PixelFormat24bppRGB
+      colors.push_back(data.PixelFormat == PixelFormat24bppRGB
                            ? row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16
                            : (row[x / 8] >> (7 - x % 8) & 1) * 0xFFFFFF);
     }

@@ -6,8 +6,6 @@
 
 namespace {
 
-using Gdiplus::PixelFormat1bppIndexed;
-
 TEST_F(Bitmaps, ContentAndEqualityIgnoreThePadding) {
   for (INT width = 1; width <= 70; ++width) {
     const INT height = 5;

@@ -19,7 +19,7 @@ class Bitmaps : public GdiPlusTest {
   Bitmap* Page(INT width, const Colors& colors) {
     const INT height = static_cast<INT>(colors.size()) / width;
     Bitmap* bitmap =
-        Own(BitmapHelper::CreateBitmap(width, height, Gdiplus::PixelFormat24bppRGB, WTEXT("page")));
+        Own(BitmapHelper::CreateBitmap(width, height, PixelFormat24bppRGB, WTEXT("page")));
     const Gdiplus::BitmapData data = Lock(*bitmap);
     for (INT i = 0; i < width * height; ++i) {
       BYTE* pixel = Row(data, i / width) + i % width * 3;

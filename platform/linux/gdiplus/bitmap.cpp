@@ -5,35 +5,29 @@
 #include "platform/fault.h"
 #include "platform/linux/gdiplus/image.h"
 
-namespace Gdiplus::DllExports {
+namespace Gdiplus {
 
 namespace {
 
 constexpr std::int64_t kMostBytes = 0x7FFFFFFF;
 
-GpStatus LockUserBuffer(const GpImage& image, const GpRect* rect, PixelFormat format,
-                        BitmapData* data) {
-  if (rect != nullptr || format != image.format || data->Scan0 == nullptr ||
-      data->Stride != image.strideBytes) {
-    return InvalidParameter;
-  }
-  data->Reserved = ImageLockModeUserInputBuf;  // needs no memory and cannot fail
+GpStatus Give(GpImage& image, const PixelRows& rows, PixelFormat format, BitmapData* data) {
+  *data = {static_cast<UINT>(image.width),
+           static_cast<UINT>(image.height),
+           static_cast<INT>(rows.strideBytes),
+           format,
+           rows.first,
+           0};
   return Ok;
 }
 
-// Makes the image ready for the lock.
-void Prepare(GpImage& image, UINT flags, bool asBits) {
-  if (asBits && flags == ImageLockModeRead) return;  // the bits are there
-  if (flags == ImageLockModeRead) {
-    image.MakePixels();
-  } else if (flags == ImageLockModeWrite) {
-    image.DropPixels(asBits ? GpImage::Content::Bits : GpImage::Content::Pixels);
-  } else {
-    image.ChangePixels();
-  }
+bool IsWhole(const GpImage& image, const GpRect& rect) {
+  return rect.X == 0 && rect.Y == 0 && rect.Width == image.width && rect.Height == image.height;
 }
 
 }  // namespace
+
+namespace DllExports {
 
 GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat format, BYTE* scan0,
                                    GpBitmap** bitmap) {
@@ -81,34 +75,58 @@ GpStatus GdipGetImagePixelFormat(GpImage* image, PixelFormat* format) {
 
 GpStatus GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* rect, UINT flags, PixelFormat format,
                             BitmapData* lockedBitmapData) {
-  if (bitmap == nullptr || lockedBitmapData == nullptr) return InvalidParameter;
-  if (flags == (ImageLockModeWrite | ImageLockModeUserInputBuf)) {
-    return LockUserBuffer(*bitmap, rect, format, lockedBitmapData);
+  if (bitmap == nullptr || lockedBitmapData == nullptr || format != bitmap->format ||
+      (rect != nullptr && !IsWhole(*bitmap, *rect))) {
+    return InvalidParameter;
   }
-  const bool reads = flags != ImageLockModeWrite;
-  const bool asBits = format == PixelFormat1bppIndexed && !bitmap->IsOneBit();
-  const bool possible = asBits ? !reads || (flags == ImageLockModeRead &&
-                                            bitmap->GetContent() == GpImage::Content::Bits)
-                               : format == bitmap->format;
-  if (!possible || rect != nullptr) return InvalidParameter;
   if (PlatformShouldFail("GdipBitmapLockBits")) return OutOfMemory;
-  Prepare(*bitmap, flags, asBits);
-  const PixelRows rows = asBits ? bitmap->BitRows() : bitmap->Rows();
-  *lockedBitmapData = {static_cast<UINT>(bitmap->width),
-                       static_cast<UINT>(bitmap->height),
-                       static_cast<INT>(rows.strideBytes),
-                       format,
-                       rows.first,
-                       0};
-  return Ok;
+  if (flags == ImageLockModeRead) {
+    bitmap->MakePixels();
+  } else if (flags == ImageLockModeWrite) {
+    bitmap->DropPixels();
+  } else {
+    bitmap->ChangePixels();
+  }
+  return Give(*bitmap, bitmap->Rows(), format, lockedBitmapData);
 }
 
 GpStatus GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData) {
-  if (bitmap == nullptr || lockedBitmapData == nullptr) return InvalidParameter;
-  if (lockedBitmapData->Reserved == ImageLockModeUserInputBuf) {
-    bitmap->Borrow(static_cast<BYTE*>(lockedBitmapData->Scan0));
-  }
-  return Ok;
+  return bitmap == nullptr || lockedBitmapData == nullptr ? InvalidParameter : Ok;
 }
 
-}  // namespace Gdiplus::DllExports
+GpStatus GdipImageRotateFlip(GpImage* image, RotateFlipType type) {
+  const GpStatus status = Check("GdipImageRotateFlip", image != nullptr);
+  if (status != Ok || type == RotateNoneFlipNone) return status;
+  if (type != Rotate90FlipNone && type != Rotate270FlipNone) return NotImplemented;
+  return image->Turn(type == Rotate90FlipNone) ? Ok : OutOfMemory;
+}
+
+}  // namespace DllExports
+}  // namespace Gdiplus
+
+using Gdiplus::BitmapData;
+using Gdiplus::GpImage;
+
+Gdiplus::Status PlatformLockDots(Gdiplus::Bitmap* bitmap, UINT mode, BitmapData* dots) {
+  GpImage* image = NativeImage(bitmap);
+  const bool reads = mode == Gdiplus::ImageLockModeRead;
+  if (image == nullptr || dots == nullptr || image->IsOneBit() ||
+      (reads ? image->GetContent() != GpImage::Content::Bits
+             : mode != Gdiplus::ImageLockModeWrite)) {
+    return Gdiplus::InvalidParameter;
+  }
+  if (PlatformShouldFail("PlatformLockDots")) return Gdiplus::OutOfMemory;
+  if (!reads) image->DropPixels(GpImage::Content::Bits);
+  return Gdiplus::Give(*image, image->BitRows(), PixelFormat1bppIndexed, dots);
+}
+
+Gdiplus::Status PlatformUnlockDots(Gdiplus::Bitmap* bitmap, BitmapData* dots) {
+  return bitmap == nullptr || dots == nullptr ? Gdiplus::InvalidParameter : Gdiplus::Ok;
+}
+
+Gdiplus::Status PlatformLendPixels(Gdiplus::Bitmap* bitmap, const BYTE* rows) {
+  GpImage* image = NativeImage(bitmap);
+  if (image == nullptr || rows == nullptr || image->IsOneBit()) return Gdiplus::InvalidParameter;
+  image->Borrow(const_cast<BYTE*>(rows));
+  return Gdiplus::Ok;
+}

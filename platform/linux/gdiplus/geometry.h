@@ -45,12 +45,6 @@ struct Transform {
 
   Transform Inverse() const { return {xx, yx, xy, yy, -(xx * dx + xy * dy), -(yx * dx + yy * dy)}; }
 
-  // The same for pixels, which are squares: where an axis is turned round, the far edge of a pixel
-  // becomes the near one.
-  Transform OfPixels() const {
-    return {xx, xy, yx, yy, dx + std::min({xx, yx, 0}), dy + std::min({xy, yy, 0})};
-  }
-
   // Where an area of pixels that is not empty lands.
   Area Of(const Area& area) const {
     const std::int64_t x1 = xx * area.left + yx * area.top + dx;

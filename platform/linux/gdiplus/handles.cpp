@@ -41,18 +41,9 @@ void KeepFreedMemory(bool keep) {
   if (!keep) malloc_trim(0);
 }
 
-bool IsWhole(REAL value) {
-  return std::floor(value) == value && value >= -16777216.0f && value <= 16777216.0f;
-}
-
-void Apply(Transform& world, const Transform& change, GpMatrixOrder order) {
-  world = order == MatrixOrderAppend ? Combine(world, change) : Combine(change, world);
-}
-
-// Draws the source rectangle with its corner at (x, y) of the world.
+// Draws the source rectangle with its corner at (x, y).
 void DrawPart(const GpGraphics& graphics, GpImage& source, INT x, INT y, const Rect& part) {
-  const Transform fromSource = {1, 0, 0, 1, std::int64_t{x} - part.X, std::int64_t{y} - part.Y};
-  const Transform place = Combine(fromSource, graphics.world.OfPixels());
+  const Transform place = {1, 0, 0, 1, std::int64_t{x} - part.X, std::int64_t{y} - part.Y};
   const Area asked = {part.X, part.Y, std::int64_t{part.X} + part.Width,
                       std::int64_t{part.Y} + part.Height};
   const Area visible =
@@ -97,7 +88,7 @@ GpStatus GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics) {
   *graphics = nullptr;
   const GpStatus status = Check("GdipGetImageGraphicsContext", image != nullptr);
   if (status != Ok) return status;
-  *graphics = new (std::nothrow) GpGraphics{image, {}};
+  *graphics = new (std::nothrow) GpGraphics{image};
   return *graphics == nullptr ? OutOfMemory : Ok;
 }
 
@@ -111,27 +102,6 @@ GpStatus GdipGraphicsClear(GpGraphics* graphics, ARGB color) {
   const GpStatus status = Check("GdipGraphicsClear", graphics != nullptr);
   if (status == Ok) graphics->target->Fill(color);
   return status;
-}
-
-GpStatus GdipRotateWorldTransform(GpGraphics* graphics, REAL angle, GpMatrixOrder order) {
-  const GpStatus status = Check("GdipRotateWorldTransform", graphics != nullptr);
-  if (status != Ok) return status;
-  const REAL quarters = angle / 90.0f;
-  if (!IsWhole(quarters)) return NotImplemented;
-  constexpr Transform kQuarterTurn = {0, 1, -1, 0, 0, 0};
-  const INT turns = (static_cast<INT>(quarters) % 4 + 4) % 4;
-  for (INT i = 0; i < turns; ++i) Apply(graphics->world, kQuarterTurn, order);
-  return Ok;
-}
-
-GpStatus GdipTranslateWorldTransform(GpGraphics* graphics, REAL dx, REAL dy, GpMatrixOrder order) {
-  const GpStatus status = Check("GdipTranslateWorldTransform", graphics != nullptr);
-  if (status != Ok) return status;
-  if (!IsWhole(dx) || !IsWhole(dy)) return NotImplemented;
-  const Transform shift = {
-      1, 0, 0, 1, static_cast<std::int64_t>(dx), static_cast<std::int64_t>(dy)};
-  Apply(graphics->world, shift, order);
-  return Ok;
 }
 
 GpStatus GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y) {

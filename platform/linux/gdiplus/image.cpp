@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace Gdiplus {
 
@@ -117,10 +118,34 @@ bool GpImage::PutOff(Drawing drawing) {
   return true;
 }
 
-// Before the pixels change or go: what was to be drawn from them is drawn, and what was to be drawn
-// here is not.
-void GpImage::Forget() {
+bool GpImage::Turn(bool clockwise) {
+  const std::int64_t bits = std::int64_t{height} * (IsOneBit() ? 1 : 24);
+  GpImage turned(height, width, format, static_cast<INT>((bits + 31) / 32 * 4));
+  if (!turned.HasMemory()) return false;
+  DrawReaders();
+  const Transform turn =
+      clockwise ? Transform{0, 1, -1, 0, height - 1, 0} : Transform{0, -1, 1, 0, 0, width - 1};
+  if (m_content == Content::Drawing) {
+    m_drawing.place = Combine(m_drawing.place, turn);
+  } else if (m_content != Content::Color) {
+    MakePixels();
+    DrawRows({this, Bounds(), turn}, IsOneBit(), 0, turned.height, turned.Rows());
+  }
+  std::swap(width, height);
+  strideBytes = turned.strideBytes;
+  std::swap(m_block, turned.m_block);
+  m_pixels = m_block;
+  return true;
+}
+
+// Before the pixels change or go: what was to be drawn from them is drawn.
+void GpImage::DrawReaders() {
   while (m_readers != nullptr) m_readers->MakePixels();
+}
+
+// The same, and what was to be drawn here is not.
+void GpImage::Forget() {
+  DrawReaders();
   if (m_drawing.source == nullptr) return;
   GpImage** place = &m_drawing.source->m_readers;
   while (*place != this) place = &(*place)->m_nextReader;

@@ -1,7 +1,7 @@
 // The objects behind the GDI+ handles.
 #pragma once
 
-#include "platform/gdiplus.h"
+#include "platform/extensions.h"
 #include "platform/linux/gdiplus/geometry.h"
 
 namespace Gdiplus {
@@ -17,7 +17,7 @@ struct Drawing {
 
 // A bitmap keeps its pixels in the cheapest form until somebody asks for them. A new or cleared one
 // is a colour. One that a 24-bit bitmap was drawn on next is still to be drawn: strips of it can be
-// read without the whole ever being made. One that was written through a 1-bit lock is bits.
+// read without the whole ever being made. One that was written as dots is bits.
 class GpImage {
  public:
   enum class Content { Color, Drawing, Bits, Pixels };
@@ -27,10 +27,10 @@ class GpImage {
   GpImage(const GpImage&) = delete;
   GpImage& operator=(const GpImage&) = delete;
 
-  const INT width;
-  const INT height;
+  INT width;  // as height and stride, changed by Turn alone
+  INT height;
   const PixelFormat format;
-  const INT strideBytes;
+  INT strideBytes;
 
   bool HasMemory() const { return m_block != nullptr; }
   bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
@@ -54,6 +54,8 @@ class GpImage {
   void DropPixels(Content coming = Content::Pixels);
   void Fill(ARGB with);
   void Draw(const Drawing& drawing);
+  // Turns the whole by a quarter. Returns false, the image as it was, without memory.
+  bool Turn(bool clockwise);
   // Takes the pixels to be those of a buffer, which stays as it is until they change.
   void Borrow(BYTE* pixels);
 
@@ -63,10 +65,11 @@ class GpImage {
 
  private:
   bool PutOff(Drawing drawing);
+  void DrawReaders();
   void Forget();
   void FillRows(INT count, const PixelRows& rows) const;
 
-  BYTE* const m_block;
+  BYTE* m_block;
   BYTE* m_pixels;  // the block, or a buffer that is only read; the rows of Content::Bits stand at
                    // its beginning
   Content m_content = Content::Color;
@@ -78,8 +81,12 @@ class GpImage {
 
 struct GpGraphics {
   GpImage* target;
-  Transform world;
 };
+
+// What a wrapper object stands for; null for null.
+inline GpImage* NativeImage(const Image* image) {
+  return image == nullptr ? nullptr : image->nativeImage;
+}
 
 // Why a call cannot go on, Ok when it can.
 GpStatus Check(const char* call, bool argumentsValid);

@@ -94,25 +94,30 @@ void ReadRows(const PixelRows& rows, INT width, const Reading& reading) {
   }
 }
 
-}  // namespace
-
-GpStatus PlatformReadPlanes(GpBitmap* bitmap, INT top, INT rows, PixelReduction& reduction,
-                            const BytePlane* planes, INT planeCount) {
-  const bool possible = bitmap != nullptr && !bitmap->IsOneBit() && top >= 0 && rows > 0 &&
-                        rows <= bitmap->height - top && planeCount > 0 && planeCount <= kMostPlanes;
-  if (!possible) return InvalidParameter;
-  if (PlatformShouldFail("PlatformReadPlanes")) return OutOfMemory;
-  const Reading reading = {top, top + rows, reduction, planes, planeCount};
-  const bool waits = bitmap->GetContent() == GpImage::Content::Drawing;
-  if (waits && bitmap->WaitingDrawing().place.IsClockwiseTurn()) {
-    ReadTurned(*bitmap, reading);
+GpStatus ReadPlanes(GpImage& image, const Reading& reading) {
+  const bool waits = image.GetContent() == GpImage::Content::Drawing;
+  if (waits && image.WaitingDrawing().place.IsClockwiseTurn()) {
+    ReadTurned(image, reading);
   } else if (waits) {
-    ReadRows(bitmap->DrawnRows(top, top + rows), bitmap->width, reading);
+    ReadRows(image.DrawnRows(reading.top, reading.bottom), image.width, reading);
   } else {
-    bitmap->MakePixels();
-    ReadRows({bitmap->Row(top), bitmap->strideBytes}, bitmap->width, reading);
+    image.MakePixels();
+    ReadRows({image.Row(reading.top), image.strideBytes}, image.width, reading);
   }
   return Ok;
 }
 
+}  // namespace
 }  // namespace Gdiplus
+
+Gdiplus::Status PlatformReadPlanes(Gdiplus::Bitmap* page, INT top, INT rows,
+                                   PixelReduction& reduction, const BytePlane* planes,
+                                   INT planeCount) {
+  Gdiplus::GpImage* image = NativeImage(page);
+  const bool possible = image != nullptr && !image->IsOneBit() && top >= 0 && rows > 0 &&
+                        rows <= image->height - top && planeCount > 0 &&
+                        planeCount <= Gdiplus::kMostPlanes;
+  if (!possible) return Gdiplus::InvalidParameter;
+  if (PlatformShouldFail("PlatformReadPlanes")) return Gdiplus::OutOfMemory;
+  return Gdiplus::ReadPlanes(*image, {top, top + rows, reduction, planes, planeCount});
+}
