@@ -92,6 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Disarm();
     ForgetFailed();
+    if (driver.objectReferences == 0 && driver.helperReferences != 0) std::abort();
   }
   if (Plugin::CanUnloadNow() != S_OK) std::abort();
   return 0;

@@ -1,7 +1,7 @@
 """Changes one operator, comparison, condition or constant, empties one text or removes one statement, at a
-time, in the command builders, the page geometry and the band capture, and runs the tests that cover it:
+time, in the plug-in and the library's devmode, and runs the tests that cover it:
 
-    mutants.py BUILD [--sanitized BUILD2] [--sample N]
+    mutants.py BUILD [--sanitized BUILD2] [--sample N [--seed S]] [--shard K/N] [--only TEXT]
 
 The builds are built trees; what lives in BUILD is tried again in BUILD2, whose sanitizers see reads and
 writes that go beyond a block. A mutant that the tests let live is printed; those in mutants_explained.txt
@@ -22,9 +22,15 @@ import sys
 import tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-SOURCES = sorted(glob.glob(os.path.join(ROOT, "commands", "*.cpp"))) + [
-    os.path.join(ROOT, "Renderer", name) for name in ("page_geometry.cpp", "band_capture.cpp")]
-TESTS = {"commands": "tests/commands/commands_test", "Renderer": "tests/Renderer/renderer_test"}
+SOURCES = sorted(path for pattern in ("Renderer/*.cpp", "imaging/*.cpp", "commands/*.cpp", "config/stock_catalogue.cpp",
+                                      "vlx_shared/devmode*.cpp")
+                 for path in glob.glob(os.path.join(ROOT, pattern)))
+# For each folder: what is linked with a mutant, and the test program that runs on it.
+CHECKS = {"Renderer": [("vlx_renderer", "plugin_test"), ("renderer_test", "renderer_test")],
+          "imaging": [("vlx_renderer", "plugin_test")],
+          "commands": [("commands_test", "commands_test"), ("vlx_renderer", "plugin_test")],
+          "config": [("config_test", "config_test"), ("vlx_renderer", "plugin_test")],
+          "vlx_shared": [("vlx_shared", "shared_test"), ("vlx_shared", "plugin_test")]}
 EXPLAINED = os.path.join(ROOT, "scripts", "mutants_explained.txt")
 SECONDS = 30
 MOST_BYTES = 2 << 30  # of a mutant that asks for memory without end
@@ -142,6 +148,12 @@ class Tester:
             entries = {entry["file"]: entry for entry in json.load(file)}
         self.commands = {path: self._prepared(entries[path], os.path.join(work, str(number)))
                          for number, path in enumerate(paths)}
+        targets = {target for path in paths for target, _ in self._checks(path)}
+        self.links = {target: self._link(target) for target in targets}
+
+    @staticmethod
+    def _checks(path):
+        return CHECKS[os.path.basename(os.path.dirname(path))]
 
     def _prepared(self, entry, headers):
         """The folder, command and object of a source; its headers are compiled once for all mutants."""
@@ -154,7 +166,20 @@ class Tester:
         with open(headers, "w", encoding="utf-8") as file:
             file.writelines(includes)
         self._run([*command, "-x", "c++-header", headers, "-o", headers + ".gch"], entry["directory"])
-        return entry["directory"], [*command, "-include", headers], made
+        return entry["directory"], [*command, "-include", headers], os.path.basename(made)
+
+    def _link(self, target):
+        """The folder and command that link a target, by the tree's generator."""
+        if os.path.exists(os.path.join(self.folder, "build.ninja")):
+            lines = subprocess.run(["ninja", "-t", "commands", target], cwd=self.folder, text=True, check=True,
+                                   capture_output=True).stdout.splitlines()
+            cwd, line = self.folder, lines[-1].split(" && ")[1]  # what follows runs the program
+        else:
+            [path] = glob.glob(os.path.join(self.folder, "**", f"{target}.dir", "link.txt"), recursive=True)
+            cwd = os.path.dirname(os.path.dirname(os.path.dirname(path)))
+            with open(path, encoding="utf-8") as file:
+                line = file.readline()
+        return cwd, [part for part in shlex.split(line) if part != "ccache" and not part.endswith("/ccache")]
 
     def _run(self, command, cwd, environment=None):
         try:
@@ -172,31 +197,32 @@ class Tester:
             made = os.path.join(work, "mutant.o")
             if self._run([*command, "-c", source, "-o", made], directory) != 0:
                 return "void"
-            test = TESTS[os.path.basename(os.path.dirname(mutant.path))]
-            return "alive" if self._test_passes(test, original, made, work) else "dead"
+            passes = all(self._test_passes(*check, original, made, work) for check in self._checks(mutant.path))
+            return "alive" if passes else "dead"
 
-    def _test_passes(self, test, original, mutant, work):
-        cwd = os.path.join(self.folder, os.path.dirname(test))
-        name = os.path.basename(test)
-        with open(os.path.join(cwd, "CMakeFiles", f"{name}.dir", "link.txt"), encoding="utf-8") as file:
-            link = shlex.split(file.read())
-        program = os.path.join(work, name)
-        link[link.index("-o") + 1] = program
+    def _test_passes(self, target, test, original, mutant, work):
+        cwd, link = self.links[target]
+        name = os.path.basename(link[link.index("-o") + 1])
+        made = os.path.join(work, name)
         # An object takes the original's place; before a library it keeps the library's own one out.
-        kept = [part for part in link if not part.endswith(original)]
-        kept.insert(kept.index("-o"), mutant)
-        libraries = os.path.join(self.folder, "lib")
-        if self._run(kept + [f"-Wl,-rpath,{libraries}"], cwd) != 0:
+        kept = [part for part in link if os.path.basename(part) != original]
+        at = kept.index("-o")
+        kept[at:at + 2] = [mutant, "-o", made]
+        if self._run(kept, cwd) != 0:
             sys.exit(f"{name} cannot be linked with a mutant of {original}")
         # The sanitizers need addresses without end, and have a limit of their own.
         limit = "" if "-fsanitize" in " ".join(link) else f"ulimit -v {MOST_BYTES >> 10}; "
-        environment = {**os.environ, "TMPDIR": work, "ASAN_OPTIONS": f"hard_rss_limit_mb={MOST_BYTES >> 20}"}
+        environment = {**os.environ, "TMPDIR": work, "LD_LIBRARY_PATH": f"{work}:{self.folder}/lib",
+                       "ASAN_OPTIONS": f"hard_rss_limit_mb={MOST_BYTES >> 20}"}
+        if target == "vlx_renderer":
+            environment["VLX_TEST_PLUGIN"] = made
+        program = made if target == test else os.path.join(self.folder, "bin", test)
         run = ["sh", "-c", f"{limit}exec {program} --gtest_brief=1 --gtest_fail_fast"]
         return self._run(run, work, environment) == 0
 
 
-def verdicts_of(folder, mutants):
-    with tempfile.TemporaryDirectory() as work, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+def verdicts_of(folder, mutants, jobs):
+    with tempfile.TemporaryDirectory() as work, concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         paths = sorted({mutant.path for mutant in mutants})
         tester = Tester(folder, paths, work)
         for path in paths:
@@ -215,19 +241,24 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
     parser.add_argument("build")
     parser.add_argument("--sanitized", metavar="BUILD2", help="a tree built with the sanitizers")
-    parser.add_argument("--sample", type=int, default=0, help="try so many, chosen at random")
+    parser.add_argument("--sample", type=int, default=0, help="try that many, chosen at random")
+    parser.add_argument("--seed", type=int, default=7, help="of the choice")
+    parser.add_argument("--shard", default="1/1", help="K/N: every N-th of them, from the K-th on")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="mutants at a time")
     parser.add_argument("--only", default="", help="those whose line in the list contains this text")
     options = parser.parse_args()
     every = [mutant for path in SOURCES for mutant in mutants_of(path) if options.only in mutant.key]
     chosen = every
     if options.sample and options.sample < len(every):
-        chosen = random.Random(7).sample(every, options.sample)
-    verdicts = verdicts_of(options.build, chosen)
+        chosen = random.Random(options.seed).sample(every, options.sample)
+    shard, shards = map(int, options.shard.split("/"))
+    chosen = chosen[shard - 1::shards]
+    verdicts = verdicts_of(options.build, chosen, options.jobs)
     tried = len(chosen) - verdicts.count("void")
     alive = [mutant for mutant, verdict in zip(chosen, verdicts) if verdict == "alive"]
     alone = len(alive)
     if options.sanitized:
-        verdicts = verdicts_of(options.sanitized, alive)
+        verdicts = verdicts_of(options.sanitized, alive, options.jobs)
         alive = [mutant for mutant, verdict in zip(alive, verdicts) if verdict != "dead"]
     reasons, unexplained = explained(), 0
     for mutant in alive:

@@ -33,24 +33,21 @@ class Pages : public JobTest {
         },
         &m_failing);
   }
-  // The names of the saved stages, sorted; the folder is empty then.
-  Events TakeStages() {
+  // The names of the stages saved since SaveStages, sorted.
+  Events Stages() const {
     Events names;
     for (const auto& entry : std::filesystem::directory_iterator(home.Path("stages"))) {
       names.push_back(entry.path().stem());
     }
-    for (const std::string& name : names) std::filesystem::remove(StagePath(name));
     std::sort(names.begin(), names.end());
     return names;
   }
-  std::string StagePath(const std::string& name) const {
-    return home.Path("stages/" + name + ".png");
-  }
   PngImage Stage(const std::string& name) const {
-    std::ifstream file(StagePath(name), std::ios::binary);
+    std::ifstream file(home.Path("stages/" + name + ".png"), std::ios::binary);
     return DecodePng({std::istreambuf_iterator<char>(file), {}});
   }
   void SaveStages() {
+    std::filesystem::remove_all(home.Path("stages"));
     std::filesystem::create_directory(home.Path("stages"));
     setenv("VLX_SAVE_BITMAPS", home.Path("stages").c_str(), 1);
   }
@@ -247,21 +244,6 @@ TEST_F(Pages, StagesAreSavedByJobPageAndName) {
   driver.paint = TwoBlocks;
   EXPECT_TRUE(driver.PrintDocument("aa"));
   const std::string prefix = "job00012_page0002_";
-  for (const auto& [stage, name] :
-       {std::pair("f_2C_Background1BPP_Opt", "1"), {"f_2C_Highlight1BPP_Opt", "0"}}) {
-    EXPECT_EQ(Stage(prefix + stage).grey, Image(name).grey);
-  }
-  const PngImage whole = Stage(prefix + "a_OriginalBuffer"),
-                 bordered = Stage(prefix + "b_NonprintableBorders"),
-                 turned = Stage(prefix + "c_CorrectedOrientation");
-  const LONG left = driver.info.ptlPhysOffset.x, top = driver.info.ptlPhysOffset.y;
-  EXPECT_EQ(std::pair(left, top), std::pair(7, 3));
-  for (LONG i = 0; i < 60 * 40; ++i) {
-    const LONG x = i % 60, y = i / 60;
-    EXPECT_EQ(whole.At(x, y), TwoBlocks(x, y) >> 16);
-    EXPECT_EQ(bordered.At(x, y), x < left || y < top ? 255 : whole.At(x - left, y - top));
-    EXPECT_EQ(turned.At(39 - y, x), bordered.At(x, y));
-  }
   Events expected;
   for (const std::string& page : {std::string("job00012_page0001_"), prefix}) {
     for (const char* stage :
@@ -271,19 +253,34 @@ TEST_F(Pages, StagesAreSavedByJobPageAndName) {
       expected.push_back(page + stage);
     }
   }
-  EXPECT_EQ(TakeStages(), expected);
+  ASSERT_EQ(Stages(), expected);
+  EXPECT_EQ(Stage(prefix + "f_2C_Background1BPP_Opt").grey, Image("1").grey);
+  EXPECT_EQ(Stage(prefix + "f_2C_Highlight1BPP_Opt").grey, Image("0").grey);
+  const PngImage whole = Stage(prefix + "a_OriginalBuffer");
+  const PngImage bordered = Stage(prefix + "b_NonprintableBorders");
+  const PngImage turned = Stage(prefix + "c_CorrectedOrientation");
+  ASSERT_EQ(std::tuple(whole.width, bordered.width, turned.width), std::tuple(60u, 60u, 40u));
+  const LONG left = driver.info.ptlPhysOffset.x, top = driver.info.ptlPhysOffset.y;
+  EXPECT_EQ(std::pair(left, top), std::pair(7, 3));
+  for (LONG i = 0; i < 60 * 40; ++i) {
+    const LONG x = i % 60, y = i / 60;
+    EXPECT_EQ(whole.At(x, y), TwoBlocks(x, y) >> 16);
+    EXPECT_EQ(bordered.At(x, y), x < left || y < top ? 255 : whole.At(x - left, y - top));
+    EXPECT_EQ(turned.At(39 - y, x), bordered.At(x, y));
+  }
 
   driver.publicDevmode.dmOrientation = DMORIENT_PORTRAIT;
   Set("dwColorMode=1 bTopSideSameAsBottom=1 dwUnprintableTop=0 dwUnprintableRight=0");
   EXPECT_TRUE(driver.EnableDevice());
+  SaveStages();
   driver.jobId = 3;
   EXPECT_TRUE(driver.PrintDocument("a"));
-  EXPECT_EQ(Stage("job00003_page0001_g_1C_Background_TopSideSameAsBottom").width, 120u);
   EXPECT_EQ(
-      TakeStages(),
+      Stages(),
       (Events{"job00003_page0001_a_OriginalBuffer", "job00003_page0001_d_1C_Background24BPP",
               "job00003_page0001_e_1C_Background1BPP", "job00003_page0001_f_1C_Background1BPP_Opt",
               "job00003_page0001_g_1C_Background_TopSideSameAsBottom"}));
+  EXPECT_EQ(Stage("job00003_page0001_g_1C_Background_TopSideSameAsBottom").width, 120u);
 }
 
 TEST_F(Pages, BothSidesShowTheOneColourImageTwice) {

@@ -21,12 +21,10 @@ struct Part {
 };
 
 constexpr Part kParts[] = {
-    {"calls", FailEachCall, "trace"},      {"memory", FailEachRequest, "trace"},
-    {"writes", FailEachWrite, "error"},    {"bytes", EachByteOfTheRecord, "error"},
-    {"jobs", HostileJobs, "error"},        {"lengths", HostileLengths, "error"},
-    {"files", HostileFiles, "error"},      {"order", CallOrders, "error"},
-    {"threads", ManyAtOnce, "trace"},      {"soak-pages", SoakPages, "error"},
-    {"soak-jobs", SoakDocuments, "error"},
+    {"calls", FailEachCall, "trace"},     {"memory", FailEachRequest, "trace"},
+    {"writes", FailEachWrite, "error"},   {"bytes", EachByteOfTheRecord, "error"},
+    {"lengths", HostileLengths, "error"}, {"threads", ManyAtOnce, "trace"},
+    {"soak-pages", SoakPages, "error"},   {"soak-jobs", SoakDocuments, "error"},
 };
 
 constexpr int kMostPrinted = 20;

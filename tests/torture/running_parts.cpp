@@ -1,4 +1,4 @@
-// Calls in any order, many jobs at once, long runs, and the jobs as text.
+// Many jobs at once, long runs, and the jobs as text.
 
 #include <algorithm>
 #include <array>
@@ -16,60 +16,6 @@
 #include "tests/torture/torture.h"
 
 namespace {
-
-// What the plug-in must look like from outside after each call, worked out from the calls alone.
-struct Model {
-  bool published = false;
-  bool headerSent = false;
-  std::size_t headers = 0;
-
-  void Follow(char verb, const Driver& driver, bool hadDevice, bool done) {
-    if (verb == 'P' && driver.objectReferences > 0) published = true;
-    if (verb == 'v' || driver.objectReferences == 0) published = false;
-    if (verb == 'N' || verb == 'D' || driver.objectReferences == 0) headerSent = false;
-    if (!hadDevice) return;
-    if (verb == 'S' && done) {
-      headers += headerSent ? 0 : 1;
-      headerSent = true;
-    }
-    if (verb == 'E' || verb == 'X') headerSent = false;
-  }
-};
-
-std::string Disagreement(const Driver& driver, const Model& model) {
-  const bool inUse = driver.objectReferences > 0 || driver.locks > 0;
-  if (Plugin::CanUnloadNow() != (inUse ? S_FALSE : S_OK)) return "DllCanUnloadNow is wrong";
-  if (driver.helperReferences != (model.published ? 1 : 0)) {
-    return std::to_string(driver.helperReferences) + " references to the helper are held";
-  }
-  const auto headers = static_cast<std::size_t>(
-      std::count_if(driver.writes.begin(), driver.writes.end(),
-                    [](const auto& w) { return w.starts_with(";Created"); }));
-  return headers == model.headers ? "" : std::to_string(headers) + " headers are written";
-}
-
-void RandomOrder(Report& report, unsigned seed) {
-  constexpr std::string_view kVerbs = "OVNSSpiiisabcrEXEDvo+oLUPPFNSaE";
-  std::mt19937 random(seed);
-  Driver driver;
-  driver.widthPx = 24;
-  driver.heightPx = 16;
-  driver.devmode->dwColorMode = 1 + random() % 2;
-  driver.publicDevmode.dmOrientation = static_cast<SHORT>(1 + random() % 2);
-  Model model;
-  std::string verbs = "O";
-  for (unsigned length = 5 + random() % 60; length > 0; --length) {
-    verbs += kVerbs[random() % kVerbs.size()];
-  }
-  report.Try("order " + std::to_string(seed) + " " + verbs);
-  for (const char verb : verbs) {
-    const bool hadDevice = driver.HasDevice();
-    const bool done = DoVerb(driver, verb);
-    model.Follow(verb, driver, hadDevice, done);
-    const std::string wrong = Disagreement(driver, model);
-    if (!wrong.empty()) return report.Find(std::string(1, verb) + ": " + wrong);
-  }
-}
 
 // What this process holds: bytes from the heap, bytes of address space (blocks that do not come
 // from the heap are among them), descriptors.
@@ -120,17 +66,6 @@ Outcome JobOfThread(int thread, const TempHome& home) {
 }
 
 }  // namespace
-
-void CallOrders(Report& report, const TempHome&, int share) {
-  // What is kept for the process's life is made by the first few.
-  constexpr long kFirst = 500;
-  long before = 0;
-  for (long seed = 0; seed < kFirst + 1000L * share; ++seed) {
-    if (seed == kFirst) before = LiveBlocks();
-    RandomOrder(report, static_cast<unsigned>(seed));
-  }
-  report.Find(Leak(before));
-}
 
 void ManyAtOnce(Report& report, const TempHome& home, int share) {
   std::vector<Outcome> alone, together(kThreads);
@@ -227,12 +162,5 @@ void Plant(Report& report, const TempHome& home, const std::string& fault) {
       if (write.starts_with("\x89PNG")) write.resize(write.size() / 2);
     }
     if (!DownloadsAreWhole(job.writes)) report.Find("a download is written in part");
-  }
-  if (fault == "reference") {
-    Driver driver;
-    driver.CreateObject();
-    driver.objectReferences = 0;
-    report.Find(Disagreement(driver, {}));
-    driver.objectReferences = 1;
   }
 }

@@ -59,8 +59,8 @@ struct Report {
 // Runs one part; share: of the whole, in percent, that is tried.
 using PartFunction = void(Report& report, const TempHome& home, int share);
 PartFunction FailEachCall, FailEachRequest, FailEachWrite;
-PartFunction EachByteOfTheRecord, HostileJobs, HostileLengths, HostileFiles;
-PartFunction CallOrders, ManyAtOnce, SoakPages, SoakDocuments;
+PartFunction EachByteOfTheRecord, HostileLengths;
+PartFunction ManyAtOnce, SoakPages, SoakDocuments;
 // Prints a line for every write of every scenario, images as pixels.
 void PrintStreams(const TempHome& home);
 // Commits one fault on purpose; returns when nothing noticed.
