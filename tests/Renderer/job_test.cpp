@@ -185,31 +185,30 @@ TEST_F(Job, SettingsChangeBetweenAPagesStartAndItsEnd) {
 }
 
 TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
-  const auto printer = [this](const std::string& minWidth, const std::string& maxWidth) {
+  const std::pair<std::string, std::string> bounds[] = {{"60099", "70099"}, {"60000", "50000"}};
+  const struct {
+    int bounds;
+    SHORT width, length;
+    std::string size;
+  } rows[] = {{0, 650, 150, "15.00,18.00,65.00"}, {0, 500, 50, "10.00,13.00,60.00"},
+              {0, 701, 201, "20.00,23.00,70.00"}, {0, -1, -1, "20.00,23.00,70.00"},
+              {0, 600, 100, "10.00,13.00,60.00"}, {0, -32768, 200, "20.00,23.00,70.00"},
+              {1, 550, 150, "15.00,18.00,50.00"}};  // the upper bound comes first
+  for (const auto& row : rows) {
     home.WriteFile("system.toml",
                    "[[printer]]\nname = \"label printer\"\ndriver = \"Klein\"\n[printer.label]\n"
                    "min_width_um = " +
-                       minWidth + "\nmax_width_um = " + maxWidth +
+                       bounds[row.bounds].first + "\nmax_width_um = " + bounds[row.bounds].second +
                        "\nmin_length_um = 10000\nmax_length_um = 20099\n");
-  };
-  const struct {
-    SHORT width, length;
-    const char* size;
-  } rows[] = {{650, 150, "15.00,18.00,65.00"}, {500, 50, "10.00,13.00,60.00"},
-              {701, 201, "20.00,23.00,70.00"}, {-1, -1, "20.00,23.00,70.00"},
-              {600, 100, "10.00,13.00,60.00"}, {-32768, 200, "20.00,23.00,70.00"}};
-  printer("60099", "70099");
-  for (const auto& [width, length, size] : rows) {
-    driver.publicDevmode.dmPaperWidth = width;
-    driver.publicDevmode.dmPaperLength = length;
+    driver.publicDevmode.dmPaperWidth = row.width;
+    driver.publicDevmode.dmPaperLength = row.length;
     EXPECT_TRUE(driver.PrintDocument("a"));
-    Events events = Take();
+    const Events events = Take();
     EXPECT_NE(events[0].find(";Printer model: Klein\r\n"), std::string::npos);
     const std::string& commands = events[events.size() - 3];
-    EXPECT_NE(commands.find("Sl0;0.00,0.00," + std::string(size) + "\r\n"), std::string::npos)
-        << width << " " << commands;
+    EXPECT_NE(commands.find("Sl0;0.00,0.00," + row.size + "\r\n"), std::string::npos) << commands;
     // The placement keeps the paper's own size.
-    EXPECT_TRUE(width != 650 || commands.ends_with("I:Image0;65.00,15.00,180;0")) << commands;
+    EXPECT_TRUE(row.width != 650 || commands.ends_with("I:Image0;65.00,15.00,180;0")) << commands;
   }
 }
 
