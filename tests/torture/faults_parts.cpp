@@ -21,7 +21,7 @@ constexpr FailedCalls kFailedCalls[] = {
     {"|CreateStreamOnHGlobal|", false, "CreateStreamOnHGlobal for pPngStream|page image"},
     {"|EngCreatePalette|GetPaletteEntries|", false, "error handling BMF_"},
     {"|GdipAlloc|GdipBitmapLockBits|GdipCreateBitmapFromScan0|GdipDrawImageI|"
-     "GdipDrawImageRectRectI|GdipGetImageGraphicsContext|GdipGraphicsClear|"
+     "GdipDrawImageRectRectI|GdipGetImageGraphicsContext|GdipGraphicsClear|GdipImageRotateFlip|"
      "GdipRotateWorldTransform|GdipTranslateWorldTransform|MultiByteToWideChar|RegQueryValueExW|"
      "WideCharToMultiByte|_fsopen|",
      true, ""},
@@ -29,7 +29,7 @@ constexpr FailedCalls kFailedCalls[] = {
      "GetCLSID for img/png failed|page image"},
     {"|GdipSaveImageToStream|IStream::Write|PngBuffer|PngCompressor|", false,
      "->Save failed!!!|page image"},
-    {"|GdiplusStartup|Halftone|PlatformReadPlanes|Screen|", false,
+    {"|GdiplusStartup|Halftone|PlatformLockDots|PlatformReadPlanes|Screen|", false,
      "= 0 &&|END (E_FAIL|OEMStartDoc END|page image"},
     {"|IStream::Read|IStream::Seek|IStream::Stat|", false, "SendImageToPrinter END (0)|page image"},
     {"|LocalReAlloc|", false, "LocalAlloc failed!"},
