@@ -5,25 +5,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "config/process.h"
 #include "platform/fault.h"
 #include "platform/palette.h"
-#include "tests/support/temp_home.h"
+#include "tests/support/logged_home.h"
 
 namespace {
-
-// A state folder whose log is the one that the plug-in writes to.
-class LoggedHome : public TempHome {
- public:
-  LoggedHome() { Reopen(); }
-  ~LoggedHome() { Reopen(); }
-
- private:
-  static void Reopen() {
-    CLogger::StopLogging(g_logClient);
-    CLogger::StartLogging(g_logClient);
-  }
-};
 
 LONG Stride(LONG widthPx) { return (3 * widthPx + 3) / 4 * 4; }
 

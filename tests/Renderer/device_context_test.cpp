@@ -75,6 +75,9 @@ TEST_F(DeviceContext, GeometryIsFittedAndLogged) {
                     "VertRes:0 => 703, PhysSizeCy:711 => 708, PhysOffsetX:0 => 23, ",
                     "trace: GDI-Info values: Orientation=1 Size=(97199/59500), Res=(1146/703), "
                     "PhysSize=(1183/708), PhysOffset=(23/0)."}));
+  driver.given = driver.info;
+  Geometry();
+  EXPECT_EQ(PaperLines().size(), 3u);  // there is nothing to change
 }
 
 TEST_F(DeviceContext, LandscapeTurnsPaperAndMargins) {

@@ -146,6 +146,9 @@ TEST_F(Job, UnchangedImagesAreReused) {
   EXPECT_TRUE(driver.PrintPage('a'));
   const Events first = Take();
   EXPECT_EQ(std::count(first.begin(), first.end(), "<png 60x40 1-bit>"), 2);
+  EXPECT_TRUE(
+      first[11].ends_with(",100.00\r\nI:Image0;100.00,30.00,180;0\r\nI:Image1;50.00,30.00,180;1"))
+      << first[11];
   EXPECT_TRUE(driver.PrintPage('b'));
   EXPECT_EQ(Take(),
             (Events{"\r\nR Image0;0\r\nR Image1;1", "\r\nA1\r\n", "DrvStartPage", "DrvSendPage"}));

@@ -1,3 +1,4 @@
+#include "platform/gdiplus.h"
 #include "tests/driver/job_test.h"
 
 namespace {
@@ -186,13 +187,40 @@ TEST_F(PluginObject, DeclinesWithTwoLines) {
   EXPECT_EQ(NewLog(), Events{});
 }
 
+TEST_F(PluginObject, DefaultsAreThoseOfTheLibrary) {
+  OEMDEV expected = {};
+  expected.header = {2708, 0x564C5831, 1};
+  SetFields(expected,
+            "dwSensorType=1 dwGapDistance=3000 dwSpeed=100 dwColorMode=1 crHighlightColor=255 "
+            "nColorTolerance=25 wDitherer=1");
+  DevModeCall call(nullptr, *driver.devmode);
+  EXPECT_EQ(object->DevMode(OEMDM_DEFAULT, &call.block), S_OK);
+  EXPECT_EQ(std::memcmp(driver.devmode.get(), &expected, sizeof expected), 0);
+}
+
 TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
-  {
-    const Plugin plugin;
-    Driver driver;
-    EXPECT_TRUE(driver.Open());
+  const auto runsGdiPlus = [] {
+    Gdiplus::GpBitmap* bitmap = nullptr;
+    return Gdiplus::DllExports::GdipCreateBitmapFromScan0(1, 1, 0, PixelFormat24bppRGB, nullptr,
+                                                          &bitmap) == Gdiplus::Ok &&
+           Gdiplus::DllExports::GdipDisposeImage(bitmap) == Gdiplus::Ok;
+  };
+  for (const bool disables : {true, false}) {
+    {
+      const Plugin plugin;
+      Driver driver;
+      EXPECT_TRUE(driver.CreateObject());
+      EXPECT_TRUE(driver.EnableDriver());
+      EXPECT_TRUE(driver.EnableDriver());
+      driver.DisableDriver();
+      EXPECT_TRUE(runsGdiPlus());
+      if (disables) driver.DisableDriver();
+      EXPECT_EQ(runsGdiPlus(), !disables);
+      driver.driverStarts = 0;  // the module's end stops what still runs
+    }
+    EXPECT_FALSE(Plugin::IsLoaded());
+    EXPECT_FALSE(runsGdiPlus());
   }
-  EXPECT_FALSE(Plugin::IsLoaded());
 }
 
 }  // namespace
