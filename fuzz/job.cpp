@@ -1,4 +1,4 @@
-// A whole job from bytes: what fails when, changes to both records, then calls in any order.
+// Makes a job from bytes: which call fails, changes to both records, then calls in any order.
 
 #include <algorithm>
 #include <cstdint>

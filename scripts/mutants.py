@@ -37,13 +37,13 @@ MOST_BYTES = 2 << 30  # of a mutant that asks for memory without end
 
 
 def single(text, steps=0):
-    """The single-precision number that the text is read as, or one that many steps above it."""
+    """The single-precision value of a text, or the one that many steps above it."""
     bits = struct.unpack("<i", struct.pack("<f", float(text)))[0]
     return struct.unpack("<f", struct.pack("<i", bits + steps))[0]
 
 
 def other_fraction(match):
-    """One more decimal; the next single-precision number where that is the same one."""
+    """Adds a decimal; takes the next single-precision value if that changes nothing."""
     number, suffix = match.groups()
     if suffix and single(number + "1") == single(number):
         return f"{single(number, 1):.9g}f"
@@ -59,7 +59,7 @@ CHANGES = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >=
            (r"(?<![\w.\"'\\])(\d+)(?=[u;:,)\]} ])", lambda match: str(int(match.group(1)) + 1)),
            (r"\b0x[0-9A-F]+\b", lambda match: hex(int(match.group(), 16) ^ 1)),
            (r"\b(\d+\.\d+)(f?)\b", other_fraction)]
-# Checks of our own faults and the room of buffers cannot be noticed, by design.
+# Assertions and the size of local buffers cannot be noticed, by design.
 NO_CODE = re.compile(r"^\s*(assert\(|(WCHAR|char) \w+\[|//|#|\}? ?$|namespace|using|template|static_assert"
                      r"|\"|constexpr const char\*)")
 TEXT = re.compile(r'"(?:\\.|[^"])*"|\'(?:\\.|[^\'])*\'')
@@ -69,12 +69,12 @@ Mutant = collections.namedtuple("Mutant", "path number key text")
 
 
 def blank_texts(line):
-    """The code of a line: texts as long as they are but empty, no comment."""
+    """A line without its comment, its string literals blanked out."""
     return TEXT.sub(lambda match: "\a" * len(match.group()), line).split("//")[0].rstrip()
 
 
 def condition_end(code, start):
-    """Where the parenthesis that opens at start closes; -1 when the line ends first."""
+    """The index of the parenthesis that closes the one at start; -1 if it is on another line."""
     depth = 0
     for i in range(start, len(code)):
         depth += {"(": 1, ")": -1}.get(code[i], 0)
@@ -101,7 +101,7 @@ def emptied_texts(code, line):
 
 
 def statement_end(codes, first):
-    """The last line of the statement that begins on the line first; -1 when it is none to remove."""
+    """The last line of the statement that starts on line first; -1 if it cannot be removed."""
     before = next((code for code in reversed(codes[:first]) if code), "")
     if not before.endswith((";", "{", "}", ":")) or NO_STATEMENT.match(codes[first]):
         return -1
@@ -188,7 +188,7 @@ class Tester:
             return 1  # a test that hangs has noticed
 
     def verdict(self, mutant):
-        """dead, alive, or void when the change does not compile."""
+        """dead, alive, or void if the change does not compile."""
         directory, command, original = self.commands[mutant.path]
         with tempfile.TemporaryDirectory() as work:
             source = os.path.join(work, os.path.basename(mutant.path))

@@ -21,7 +21,7 @@ class BandCapture : public ::testing::Test {
   bool SendBand(LONG x, LONG width, LONG height, int first = 0, bool blank = false) {
     return SendSized(x, width, height, static_cast<DWORD>(Stride(width) * height), first, blank);
   }
-  // A band that says another size than its rows have.
+  // A band whose header gives another size than its rows have.
   bool SendSized(LONG x, LONG width, LONG height, DWORD size, int first = 0, bool blank = false) {
     const BITMAPINFOHEADER header = {40, width, height, 1, 24, 3, size, 11, 12, 13, 14};
     std::vector<BYTE> bytes;
@@ -32,7 +32,7 @@ class BandCapture : public ::testing::Test {
         state, {blank ? nullptr : bytes.data(), &header, format, {x, 0}, blank, orientation});
   }
   static BYTE Pattern(int i) { return static_cast<BYTE>(i % 251); }
-  // The bytes at some places of the page, by their numbers in the pattern; kPaper: white.
+  // Compares bytes of the page, by their numbers in the pattern; kPaper: white.
   static constexpr int kPaper = -1;
   void ExpectBytes(std::initializer_list<std::pair<LONG, int>> bytes) const {
     for (const auto& [at, number] : bytes) {
@@ -170,7 +170,7 @@ TEST_F(BandCapture, StripsHaveNoPlaceOnAPageWithoutWidth) {
   }
 }
 
-// The number of bytes of a page is a 32-bit one; the most of them are still asked for.
+// The size of a page is a 32-bit number; the largest one is still asked for.
 TEST_F(BandCapture, PageBeyond4GigabytesIsGivenUp) {
   for (const DWORD more : {0xFFFFFFFBu, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
     PlatformSetFaultHook(nullptr, nullptr);

@@ -12,7 +12,7 @@ std::vector<ULONG> createdPalettes;  // their modes
 
 }  // namespace
 
-// Stands before the graphics engine's own and passes the call on.
+// Takes the place of the graphics engine's function, notes the mode and passes the call on.
 PLATFORM_API HPALETTE APIENTRY EngCreatePalette(ULONG iMode, ULONG cColors, ULONG* pulColors,
                                                 FLONG flRed, FLONG flGreen, FLONG flBlue) {
   createdPalettes.push_back(iMode);

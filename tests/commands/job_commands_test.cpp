@@ -72,8 +72,7 @@ TEST_F(JobCommands, EndWritesEachPieceByItself) {
   EXPECT_EQ(Print(), (Events{kHeader, "\r\nCe,2.00,1.50", "\r\nA1\r\n", "\r\nthree\n", "\r\none"}));
 }
 
-// The end must not leave a multiple of 512 bytes, whatever was counted: images, and what was
-// written before a reset of the device.
+// All bytes of the job count: images, and what was written before a reset of the device.
 TEST_F(JobCommands, JobIsNeverAMultipleOf512BytesLong) {
   Set("dwColorMode=2 dwSetupOnFirstPageOnly=1");
   SetBlock(*driver.devmode, 0, kBlockInline, "page {n}");
@@ -90,7 +89,8 @@ TEST_F(JobCommands, JobIsNeverAMultipleOf512BytesLong) {
     driver.documentName = u"";
     std::size_t shortest = 0;
     for (int step = -1; step <= 2; ++step) {
-      // The first run tells how long a name makes the job a byte too short, fitting, too long.
+      // The first run measures the job. In the next three the name's length makes it one byte less
+      // than a multiple of 512, a multiple, and one byte more.
       if (step >= 0) driver.documentName = std::u16string(2 * 512 - shortest % 512 + step - 1, 'n');
       EXPECT_TRUE(driver.StartDocument());
       for (const char picture : {'a', 'b', 'b'}) {

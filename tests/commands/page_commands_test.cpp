@@ -19,7 +19,7 @@ class PageCommands : public ::testing::Test {
   };
 
   PageCommands() { Set("dwColorMode=1 dwSensorType=1 dwGapDistance=3000 dwSpeed=100 nDarkness=5"); }
-  // Sets the fields of each step on top of those before and looks at what is built then.
+  // Sets the fields of each step on top of those before and checks what is built.
   template <typename Build>
   void ExpectSteps(const Build& build, std::initializer_list<Step> steps) {
     for (const Step& step : steps) {
@@ -30,7 +30,7 @@ class PageCommands : public ::testing::Test {
   std::string Compose(LONG pageCount = 0, DWORD width = 1000, DWORD length = 500) {
     return BuildPageCommands(job, devmode, width, length, pageCount, devmode.dwColorMode);
   }
-  // The option line, then what belongs behind the label size.
+  // The option line, then the commands that follow the label size.
   std::string Options() {
     std::string pAndCut;
     const std::string line = BuildOptionCommands(devmode, &pAndCut);

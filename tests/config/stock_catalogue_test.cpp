@@ -39,7 +39,7 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
             std::tuple(9000u, 6000u, 2u, 1u, u""));
   EXPECT_NE(empty.guid, GUID{});
   const StockItem& full = list.back();
-  // 8 bytes are no number, four are one, whatever their type.
+  // Exactly four bytes are a number, whatever the value's type.
   EXPECT_EQ(std::tuple(full.dwDarkness, full.dwUnprintableTop, full.dwUnprintableLeft,
                        full.dwRotation, full.dwPaperWidth),
             std::tuple(7u, 0x04030201u, 0u, 0x00000078u, 9000u));

@@ -1,6 +1,6 @@
-// The printer driver's side of the plug-in, spoken to through its binary interface alone. A verb
-// returns whether the plug-in reported success. Whatever it reports, the driver goes on: it judges
-// nothing. Without an object a verb does nothing and succeeds.
+// The printer driver's side of the plug-in, through its binary interface alone. A verb returns
+// whether the plug-in reported success; the driver carries on either way and judges nothing.
+// Without an object a verb does nothing and succeeds.
 #pragma once
 
 #include <functional>
@@ -17,7 +17,7 @@
 // What becomes of one spool write.
 enum class WriteFault { None, Nothing, Short, Raise };
 
-// One band of a page. Its shape, size and place need have nothing to do with each other.
+// One band of a page. Shape, size and place may contradict each other.
 struct Band {
   LONG widthPx;
   LONG heightPx;
@@ -27,7 +27,7 @@ struct Band {
   bool blank = false;
 };
 
-// It is the driver's helper interface too.
+// Also the driver's helper interface.
 class Driver final : public DriverHelper {
  public:
   Driver();
@@ -68,7 +68,7 @@ class Driver final : public DriverHelper {
 
   void FailWriteNumber(long number, WriteFault fault);  // the first is 1
 
-  // Settings. They hold from the next verb on, those of the device from its next EnableDevice.
+  // Settings. The next verb reads them; EnableDevice reads dpi, paletteColors and given.
   DEVMODEW publicDevmode = {};
   std::unique_ptr<OEMDEV> devmode;  // in a block of exactly its size
   LONG dpi = 203;

@@ -20,8 +20,8 @@ bool DoVerb(Driver& driver, char verb);
 // up to the next document are left out. Returns the verbs that failed.
 std::string RunScript(Driver& driver, std::string_view verbs);
 
-// A band whose pixels are as many bytes as its size says, without a size those of its rows; null:
-// none are given.
+// Sends a band with sizeBytes bytes of pixels, or as many as its rows need if sizeBytes is 0; with
+// null, without pixels.
 void SendOddBand(Driver& driver, LONG widthPx, LONG heightPx, DWORD sizeBytes, POINT offset,
                  bool blank, bool null = false);
 

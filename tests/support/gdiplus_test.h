@@ -1,4 +1,4 @@
-// Tests of bitmaps: GDI+ runs, and a bitmap's pixels are read as colours.
+// Fixture for bitmap tests: starts GDI+ and reads pixels as colours.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -19,7 +19,7 @@ struct PngImage {
   unsigned char At(unsigned x, unsigned y) const { return grey[y * width + x]; }
 };
 
-// An image of width 0 when the bytes are no whole PNG file.
+// Returns an image of width 0 unless the bytes are a whole PNG file.
 inline PngImage DecodePng(const std::string& bytes) {
   PngImage decoded;
   png_image image = {};
@@ -39,7 +39,7 @@ inline PngImage DecodePng(const std::string& bytes) {
   return decoded;
 }
 
-// A PNG file by libpng, of the format's pixels row by row; its height follows from their count.
+// Encodes pixels of that format, row by row, with libpng. The height follows from their count.
 inline std::string EncodePng(png_uint_32 format, const std::string& pixels, std::size_t width) {
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;

@@ -1,4 +1,4 @@
-// A private devmode that is set by the names of its fields.
+// Sets fields of a private devmode by their names.
 #pragma once
 
 #include <algorithm>
@@ -27,8 +27,8 @@ inline void SetFields(OEMDEV& devmode, const std::string& fields) {
   }
 }
 
-// The arguments of a call that gives a record, of which extra bytes are said to be there, 0: as
-// many as its own head says.
+// The arguments of a devmode call that passes a record. extra: its size as the public devmode gives
+// it; 0: only its own header does.
 struct DevModeCall {
   DevModeCall(const void* in, OEMDEV& out, std::size_t extra = 0, DWORD room = sizeof(OEMDEV)) {
     publicDevmode.dmSize = sizeof publicDevmode;

@@ -73,7 +73,7 @@ std::string Leak(long before) {
 
 #ifdef SANITIZED
 
-// The sanitizer keeps the heap; what can fail is the language's own request for memory.
+// The sanitizer owns malloc, so only operator new can fail.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 long LiveBytes() { return static_cast<long>(__sanitizer_get_current_allocated_bytes()); }
 long LiveBlocks() { return LiveBytes(); }
@@ -99,7 +99,7 @@ void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 #else
 
-// Every block of the process comes by here, those of the C library and of libpng included.
+// Replaces the process's allocator, so that requests of the C library and libpng count too.
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{128} << 20;  // as the sanitizer is told

@@ -1,5 +1,5 @@
-// Makes platform calls, or requests for memory, fail by number. Only calls that the plug-in makes
-// for the thread that armed the schedule count.
+// Makes the n-th platform call or request for memory fail. Only what the plug-in asks for on the
+// thread that called Arm counts.
 #pragma once
 
 #include <set>
@@ -7,15 +7,15 @@
 
 enum class Domain { Calls, Memory };
 
-// From the n-th chance (1 is the first) one, or every further one, fails until Disarm.
+// The n-th call fails (the first is 1), or with onwards every call from the n-th on, until Disarm.
 void Arm(Domain domain, long n, bool onwards);
 void Disarm();
-bool HasFailed();                       // whether any did
-const std::set<std::string>& Failed();  // the platform calls that did, until they are forgotten
+bool HasFailed();                       // whether any call has failed
+const std::set<std::string>& Failed();  // the platform calls that have, until ForgetFailed
 void ForgetFailed();
 
-// What this process has from the heap: bytes, and blocks (under a sanitizer bytes too).
+// Bytes and blocks that this process holds of the heap. A sanitizer counts bytes for both.
 long LiveBytes();
 long LiveBlocks();
-// Says how many more blocks there are than before; empty when there are as many.
+// How many more blocks are held than before, as text; empty if there are none.
 std::string Leak(long before);

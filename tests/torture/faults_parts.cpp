@@ -1,4 +1,4 @@
-// What can fail fails: every call of the platform, every request for memory, every write.
+// Every platform call, request for memory and spool write fails in turn.
 
 #include <algorithm>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-// What a job may look like when a platform call fails: whether what is written may read otherwise
-// (and not only be missing), and which of the lines, parted by '|', the log then has.
+// What failed platform calls may do to a job: whether a write may differ (and not only be missing),
+// and which of these lines, separated by '|', the log then has.
 struct FailedCalls {
   const char* names;
   bool mayChange;
@@ -58,7 +58,7 @@ bool IsOfDownload(const std::string& write) {
   return write.starts_with("dPNG;") || write.starts_with("\x89PNG") || write.starts_with("\x1B");
 }
 
-// How many writes of a job are not the good job's, in its order. An image may be sent again.
+// Counts the writes that are not the good job's, in its order. An image may be sent again.
 std::size_t CountChanged(const Outcome& good, const Outcome& job) {
   std::size_t at = 0, changed = 0;
   for (const std::string& write : job.writes) {
@@ -74,7 +74,7 @@ std::size_t CountChanged(const Outcome& good, const Outcome& job) {
   return changed;
 }
 
-// One scenario in one domain, failing at each chance in turn.
+// Runs one scenario with each call of one domain failing in turn.
 class FaultRun {
  public:
   FaultRun(Report& report, const TempHome& home, const Scenario& scenario, Domain domain)
@@ -85,7 +85,7 @@ class FaultRun {
     if (!m_good.failed.empty()) m_report.Find("the job fails by itself");
   }
 
-  // Ends with the run that is through before that many chances.
+  // Stops once a run is through before its n-th call.
   void FailFrom(int share, bool onwards) {
     for (long n = 1;; n += std::max(100 / share, 1)) {
       m_report.Try(std::string(m_scenario.name) + ", failure " + std::to_string(n) +
@@ -133,9 +133,9 @@ class FaultRun {
   bool MayChange(const Outcome& job) const {
     if (m_domain == Domain::Memory) {
       if (m_scenario.degrades != nullptr) return true;
-      // Documented: the header without the model, a page without its drawing, margins or bounds, an
-      // image that could not be kept and is sent again, or that takes other bytes, so that another
-      // line end keeps the job's length off the multiples of 512.
+      // These may differ: the header without the model, a page without its drawing, margins or
+      // bounds, an image that is sent again or encoded in another way, and with that the line end
+      // that keeps the job's length off the multiples of 512.
       return std::all_of(job.writes.begin(), job.writes.end(), [this](const std::string& write) {
         return write.starts_with(";Created") || IsOfDownload(write) || write == "\r\n" ||
                write.find(" Image") != write.npos || write.find(":Image") != write.npos ||
@@ -181,7 +181,7 @@ void FailEachRequest(Report& report, const TempHome& home, int share) {
   FailEach(Domain::Memory, report, home, share);
 }
 
-// The spooler's answer is never looked at: the plug-in offers the same writes, byte for byte.
+// The plug-in ignores the spooler's answer: it offers the same writes, byte for byte.
 void FailEachWrite(Report& report, const TempHome& home, int) {
   for (const Scenario& scenario : Scenarios()) {
     const Outcome good = Run(scenario, home);

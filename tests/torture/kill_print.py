@@ -1,5 +1,5 @@
-"""vlx print when its target fails, and when it is killed: kill_print.py VLX COUNT [stalled]. What
-stands under a job's name is a whole job or nothing."""
+"""vlx print when its target fails, and when it is killed: kill_print.py VLX COUNT [stalled]. A
+job's file holds the whole job or does not exist."""
 
 import os
 import random
@@ -56,7 +56,7 @@ def kill_at_any_moment(folder):
         time.sleep(chance.uniform(0, 1.1 * longest))
         process.kill()
         process.communicate()
-        # Follows the load of the machine, so that some jobs get through and some do not.
+        # Adapts to the load of the machine, so that some jobs finish and some do not.
         longest *= 0.8 if os.path.exists(job) else 1.25
         if os.path.exists(job):
             finished += 1

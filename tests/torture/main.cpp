@@ -1,6 +1,6 @@
-// torture PART [SHARE]: runs one part, wholly or the share of it in percent, and prints one line
-// about it. Exit code 1 when it found something. "torture streams" prints the jobs, "torture plant
-// FAULT" commits a fault, "torture list" names the parts.
+// torture PART [SHARE]: runs one part, or SHARE percent of it, and prints one line. Exit code 1 if
+// it found something. "torture streams" prints the jobs, "torture plant FAULT" plants a fault,
+// "torture list" names the parts.
 
 #include <sys/resource.h>
 
@@ -30,18 +30,18 @@ constexpr Part kParts[] = {
 constexpr int kMostPrinted = 20;
 char currentCase[256] = "the start";
 
-void TellCase() { std::fprintf(stderr, "while trying: %s\n", currentCase); }
+void PrintCase() { std::fprintf(stderr, "while trying: %s\n", currentCase); }
 
 void OnSignal(int number) {
-  TellCase();
+  PrintCase();
   std::signal(number, SIG_DFL);
   std::raise(number);
 }
 
 }  // namespace
 
-// A sanitizer tells the case too. Without memory it gives null, and a page has an end. The options
-// are found only by a name that the program shows.
+// A sanitizer prints the case too, returns null without memory, and limits the size of a block. It
+// finds these options only under an exported name.
 extern "C" void __sanitizer_set_death_callback(void (*)()) __attribute__((weak));
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
   return "allocator_may_return_null=1:max_allocation_size_mb=128:detect_stack_use_after_return=1";
@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   std::setvbuf(stdout, nullptr, _IONBF, 0);  // its buffer would count as a leak
   if (__sanitizer_set_death_callback != nullptr) {
-    __sanitizer_set_death_callback(TellCase);
+    __sanitizer_set_death_callback(PrintCase);
   } else {
     const rlimit limit = {1u << 30, 1u << 30};  // the sanitizer has a limit of its own
     setrlimit(RLIMIT_AS, &limit);

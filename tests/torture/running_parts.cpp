@@ -17,8 +17,8 @@
 
 namespace {
 
-// What this process holds: bytes from the heap, bytes of address space (blocks that do not come
-// from the heap are among them), descriptors.
+// What this process holds: bytes of the heap, bytes of address space (mapped blocks included),
+// descriptors.
 std::array<long, 3> Held() {
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
@@ -26,7 +26,7 @@ std::array<long, 3> Held() {
   return {LiveBytes(), pages * 4096, std::distance(begin(all), end(all))};
 }
 
-// Takes many steps and compares what is held in their second half with that of the first.
+// Runs many steps and compares what is held during the second half with the first.
 void Soak(Report& report, const char* what, long steps, const std::function<void(long)>& step) {
   constexpr const char* kNames[] = {"the heap", "the address space", "the number of descriptors"};
   constexpr long kAllowed[] = {64 * 1024, 64 * 1024, 0};
@@ -53,7 +53,7 @@ void AtOnce(int count, const std::function<void(int)>& work) {
   for (std::thread& thread : threads) thread.join();
 }
 
-// A job of its own for each of the threads.
+// Each thread prints a job of its own.
 Outcome JobOfThread(int thread, const TempHome& home) {
   const auto scenarios = Scenarios();
   Scenario scenario = scenarios[thread % scenarios.size()];
@@ -126,7 +126,7 @@ void PrintStreams(const TempHome& home) {
   }
 }
 
-// One fault for each of the checks that look for them.
+// Plants a fault for the check that must find it.
 void Plant(Report& report, const TempHome& home, const std::string& fault) {
   volatile int zero = 0;
   volatile float large = 1e20f;

@@ -39,7 +39,7 @@ void Options(Driver& driver, const TempHome&) {
     }
   }
 }
-// The state files are read anew in the middle of the job.
+// Makes the platform read the state files again in the middle of the job.
 void TouchFiles(const TempHome& home) {
   for (const char* name : {"registry.reg", "system.toml"}) {
     utimensat(AT_FDCWD, home.Path(name).c_str(), nullptr, 0);

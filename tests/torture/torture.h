@@ -24,7 +24,7 @@ struct Scenario {
 
 std::span<const Scenario> Scenarios();
 
-// Lays down the state files and block files that the scenarios use.
+// Writes the state files and block files that the scenarios use.
 void FillHome(const TempHome& home);
 
 struct Outcome {
@@ -38,7 +38,7 @@ std::unique_ptr<Driver> Prepare(const Scenario& scenario, const TempHome& home);
 Outcome Run(Driver& driver, const Scenario& scenario, const TempHome& home);
 Outcome Run(const Scenario& scenario, const TempHome& home);
 
-// The first difference of two outcomes as text, empty when there is none.
+// The first difference of two outcomes as text; empty if they are equal.
 std::string Difference(const Outcome& expected, const Outcome& found);
 
 // A download is written whole or not at all.
@@ -50,18 +50,18 @@ struct Report {
   long tried = 0;
   long found = 0;
 
-  // Names the case that runs now: it is printed should the process die in it.
+  // Names the running case, which is printed if the process dies in it.
   void Try(const std::string& name);
-  // One finding of that case; an empty text is none.
+  // Reports a finding in that case; an empty text is none.
   void Find(const std::string& what);
 };
 
-// Runs one part; share: of the whole, in percent, that is tried.
+// Runs share percent of one part.
 using PartFunction = void(Report& report, const TempHome& home, int share);
 PartFunction FailEachCall, FailEachRequest, FailEachWrite;
 PartFunction EachByteOfTheRecord, HostileLengths;
 PartFunction ManyAtOnce, SoakPages, SoakDocuments;
 // Prints a line for every write of every scenario, images as pixels.
 void PrintStreams(const TempHome& home);
-// Commits one fault on purpose; returns when nothing noticed.
+// Plants one fault on purpose; returns if nothing noticed it.
 void Plant(Report& report, const TempHome& home, const std::string& fault);
