@@ -15,6 +15,7 @@ using PageOpener = std::unique_ptr<PageSource>(PageInput input, int dpi);
 PageOpener OpenPdf;
 PageOpener OpenPng;
 PageOpener OpenPnm;
+PageOpener OpenRaster;  // with libcups only
 
 struct PageFormat {
   const char* names;  // for people
@@ -33,6 +34,14 @@ inline constexpr PageFormat kPageFormats[] = {
      },
      OpenPnm},
     {"PDF", [](std::string_view head) { return head.starts_with('%'); }, OpenPdf},
+#ifdef VLX_RASTER_PAGES
+    {"PWG raster, Apple raster (URF), CUPS raster",
+     [](std::string_view head) {
+       return head.starts_with("RaS") || head.starts_with("tSaR") || head.starts_with("2SaR") ||
+              head.starts_with("3SaR") || head.starts_with("UNIRAST");
+     },
+     OpenRaster},
+#endif
 };
 
 // Opens an input by its first bytes, whatever its name is. Throws HostError (input) if no format
