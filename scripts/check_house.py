@@ -16,6 +16,7 @@ MAY_INCLUDE = {
     "common": set(),
     "host": {"platform", "config", "common"},
     "viewer": {"common"},
+    "printing": {"host", "viewer", "platform", "common"},
     "tools": {"host", "viewer", "platform", "common"},
 }
 PLUGIN = {"config", "commands", "imaging", "Renderer"}

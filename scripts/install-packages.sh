@@ -6,10 +6,13 @@ set -euo pipefail
 packages=(
   cmake g++ make
   libdeflate-dev libisal-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
-  libgtest-dev python3 binutils poppler-utils
+  libcups2-dev libgtest-dev python3 binutils poppler-utils
 )
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
-tests=(zint zbar-tools dmtx-utils chromium)
+tests=(
+  zint zbar-tools dmtx-utils chromium
+  cups cups-client cups-daemon cups-filters cups-ppdc cups-ipp-utils ghostscript fakeroot lintian
+)
 torture=(clang clang-tidy libclang-rt-14-dev locales)
 pictures=(chromium imagemagick fonts-dejavu-core)
 

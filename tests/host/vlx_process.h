@@ -15,15 +15,15 @@ class VlxProcess : public ::testing::Test {
     home.WriteFile("page.pgm", "P5 81 47 255\n" + pixels);
     page = pixels;
   }
-  // Runs `vlx` with the arguments and gives its exit code; {} is the folder.
-  int RunVlx(std::string arguments) {
-    for (std::size_t at; (at = arguments.find("{}")) != arguments.npos;) {
-      arguments.replace(at, 2, home.Path(""));
+  // Runs a command and gives its exit code; {} is the folder.
+  int RunProgram(std::string command) {
+    for (std::size_t at; (at = command.find("{}")) != command.npos;) {
+      command.replace(at, 2, home.Path(""));
     }
-    const std::string command = m_environment + "'" VLX_PATH "' " + arguments + " >" +
-                                home.Path("out.txt") + " 2>" + home.Path("err.txt");
-    return WEXITSTATUS(std::system(command.c_str()));
+    const std::string output = " >" + home.Path("out.txt") + " 2>" + home.Path("err.txt");
+    return WEXITSTATUS(std::system((m_environment + command + output).c_str()));
   }
+  int RunVlx(const std::string& arguments) { return RunProgram("'" VLX_PATH "' " + arguments); }
   int Run(const std::string& arguments) { return RunVlx("print " + arguments); }
   // Sets a variable for the runs that follow.
   void SetEnvironment(const std::string& assignment) { m_environment += assignment + " "; }

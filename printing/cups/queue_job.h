@@ -1,0 +1,54 @@
+// What a print job of CUPS asks for: the queue's description (PPD) with its defaults, a preset of
+// the administrator, the options of the job, each over the one before.
+#pragma once
+
+#include <cups/ppd.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/settings/setting_keys.h"
+#include "host/settings/settings.h"
+#include "printing/label_paper.h"
+
+class QueueJob {
+ public:
+  // ppdPath: the queue's description. options: "name=value name=value ...", as a filter gets them.
+  // Throws HostError (settings) for a choice that the queue does not have, for a setting that a job
+  // may not have (custom command blocks, raw fields of the record: a block can name any file), and
+  // for what labels are not printed with (several pages on one).
+  QueueJob(const std::string& ppdPath, const std::string& options);
+
+  // Everything but the paper's size.
+  const Settings& JobSettings() const { return m_settings; }
+  const LabelPaper& Paper() const { return m_paper; }
+  bool Collated() const { return m_collated; }
+  // Whether the page with this number, from 1, is to be printed.
+  bool Wants(int page) const;
+
+ private:
+  struct PpdCloser {
+    void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
+  };
+  class Options;
+  enum class Marked { All, Changed };
+  struct PageRange {
+    int first;
+    int last;
+  };
+
+  void ApplyPreset(const Options& options);
+  void ApplyOptions(const Options& options);
+  void ApplyOption(const std::string& name, const std::string& value);
+  void ApplyChoice(const ppd_option_t& option, const ppd_choice_t& choice);
+  void ApplyMarked(Marked marked);
+  LabelPaper PaperOf(const Options& options) const;
+  void ReadPageRanges(const std::string& ranges);
+
+  std::unique_ptr<ppd_file_t, PpdCloser> m_ppd;
+  Settings m_settings;
+  LabelPaper m_paper;
+  bool m_collated = false;
+  std::vector<PageRange> m_ranges;  // empty: all pages
+};

@@ -1,0 +1,31 @@
+// Standard output, where the queue's backend reads the job. It is held back until it is let go or
+// finished: of a job of one label, the cost is known before the printer gets any of it.
+#pragma once
+
+#include <string>
+
+#include "host/error.h"
+#include "host/targets/job_target.h"
+
+// The backend has hung up. It tells the user why by itself.
+class BackendGoneError final : public HostError {
+ public:
+  BackendGoneError() : HostError(kExitTarget, "The backend has ended before the job was sent") {}
+};
+
+class QueueOutput final : public JobTarget {
+ public:
+  // Both throw BackendGoneError or HostError (target).
+  void Write(std::string_view bytes) override;
+  void Finish() override;
+
+  // What is held goes out with the next write.
+  void LetGo() noexcept { m_holds = false; }
+  bool Holds() const { return m_holds; }
+
+ private:
+  static void Send(std::string_view bytes);
+
+  std::string m_held;
+  bool m_holds = true;
+};

@@ -1,0 +1,110 @@
+// The filter of CUPS: rastertovlx JOB USER TITLE COPIES OPTIONS [FILE] reads a document, or
+// standard input, and writes the printer's job to standard output. The queue's description is in
+// PPD. What it tells cupsd goes to standard error, a line each: PAGE, INFO, WARNING, ERROR, DEBUG.
+
+#include <algorithm>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "host/label_job.h"
+#include "printing/cups/queue_output.h"
+#include "printing/cups/queue_pages.h"
+
+namespace {
+
+volatile std::sig_atomic_t g_cancelled = 0;
+
+void Cancel(int) { g_cancelled = 1; }
+
+void SetSignals() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);  // pdftoppm's exit status is needed
+  // Without restart: a page that is still being read is not waited for.
+  struct sigaction action = {};
+  action.sa_handler = Cancel;
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+void Tell(const char* level, std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  std::fprintf(stderr, "%s: %s\n", level, text.c_str());
+}
+
+class QueueObserver final : public JobObserver {
+ public:
+  QueueObserver(QueueOutput& output, int copies) : m_output(output), m_copies(copies) {}
+  void Warning(const std::string& text) override { Tell("WARNING", text); }
+  void Progress(std::size_t printed, std::optional<std::size_t>) override {
+    std::fprintf(stderr, "PAGE: %zu %d\n", printed, m_copies);
+    if (printed > 1) m_output.LetGo();
+  }
+  bool Cancelled() override { return g_cancelled != 0; }
+
+ private:
+  QueueOutput& m_output;
+  const int m_copies;
+};
+
+int CopiesOf(const char* text) {
+  int copies = 1;
+  std::from_chars(text, text + std::strlen(text), copies);
+  return std::clamp(copies, 1, 32767);
+}
+
+void Print(char** arguments) {
+  const char* ppd = std::getenv("PPD");
+  const QueueJob queue(ppd == nullptr ? "" : ppd, arguments[5]);
+  const std::string title = *arguments[3] == '\0' ? "label" : arguments[3];
+  const int copies = CopiesOf(arguments[4]);
+  JobRequest request;
+  request.name = title;
+  request.settings = queue.JobSettings();
+  if (!queue.Collated()) request.settings.Set("print.copies", std::to_string(copies));
+  QueuePages pages(queue, arguments[6] == nullptr ? "-" : arguments[6], title,
+                   queue.Collated() ? copies : 1);
+  const PaperSize label = pages.Label();
+  request.settings.Set("paper.size",
+                       std::to_string(label.widthUm) + "x" + std::to_string(label.lengthUm) + "um");
+
+  auto target = std::make_unique<QueueOutput>();
+  QueueOutput& output = *target;
+  QueueObserver observer(output, queue.Collated() ? 1 : copies);
+  Spool spool(std::move(target));
+  LabelJob job(request, spool, observer);
+  pages.CropTo(job.Page());
+  PrintPages(pages, job);
+  // A backend tells of its printer later on. Its message has to be the last one.
+  if (job.PagesPrinted() > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
+  spool.Finish();
+  pages.RethrowFailure();
+}
+
+int Run(int count, char** arguments) {
+  if (count < 6 || count > 7) {
+    Tell("ERROR", "rastertovlx is run by cupsd: rastertovlx JOB USER TITLE COPIES OPTIONS [FILE]");
+    return EXIT_FAILURE;
+  }
+  try {
+    Print(arguments);
+    return EXIT_SUCCESS;
+  } catch (const BackendGoneError& error) {
+    Tell("DEBUG", error.what());
+  } catch (const std::bad_alloc&) {
+    Tell("ERROR", "There is not enough memory for this page");
+  } catch (const std::exception& error) {
+    if (g_cancelled) return EXIT_SUCCESS;  // before the first label
+    Tell("ERROR", error.what());
+  }
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  setenv("VLX_HOME", VLX_SYSTEM_HOME, 0);
+  SetSignals();
+  return Run(count, arguments);
+}

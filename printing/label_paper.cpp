@@ -1,0 +1,75 @@
+#include "printing/label_paper.h"
+
+#include <cups/cups.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+constexpr double kUmPerInch = 25400;
+constexpr int kUmPerPoint = 353;
+
+// A measure that people use and that is this many dots, or the dots themselves.
+std::int32_t LikelyUm(std::uint32_t dots, int dpi) {
+  for (const int stepUm : {1000, 500, 100}) {
+    // The last dot of a page may be a part of one.
+    const double um = std::round((dots - 0.5) * kUmPerInch / dpi / stepUm) * stepUm;
+    const double exactDots = um * dpi / kUmPerInch;
+    if (exactDots > dots - 1.0 && exactDots < dots + 0.5) return static_cast<std::int32_t>(um);
+  }
+  return static_cast<std::int32_t>(std::lround(dots * kUmPerInch / dpi));
+}
+
+bool IsWithinPoint(std::int32_t um, std::int32_t other) {
+  return std::abs(um - other) <= kUmPerPoint;
+}
+
+std::string SizeText(double width, double height, int dpi) {
+  return FormatMm(width * 25.4 / dpi) + " x " + FormatMm(height * 25.4 / dpi) + " mm";
+}
+
+}  // namespace
+
+std::optional<LabelPaper> PaperOfName(const std::string& name) {
+  const bool isCustom = name.starts_with("Custom.");
+  const std::string size = isCustom ? name.substr(7) : name;
+  if (!size.empty() && size.find_first_not_of("0123456789.x") == size.npos) {
+    if (!isCustom) return std::nullopt;
+  } else if (size.find_first_not_of("0123456789.xmcinu") == size.npos) {
+    return LabelPaper{ParsePaperSize(size, "The label size"), false};
+  }
+  const pwg_media_t* media = isCustom ? pwgMediaForPPD(name.c_str()) : pwgMediaForPWG(name.c_str());
+  if (media == nullptr) return std::nullopt;
+  return LabelPaper{{media->width * 10, media->length * 10}, isCustom};
+}
+
+PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool landscape) {
+  if (!paper.rounded) return paper.size;
+  PaperSize size = {LikelyUm(page.widthPx, dpi), LikelyUm(page.heightPx, dpi)};
+  if (landscape) std::swap(size.widthUm, size.lengthUm);
+  return IsWithinPoint(size.widthUm, paper.size.widthUm) &&
+                 IsWithinPoint(size.lengthUm, paper.size.lengthUm)
+             ? size
+             : paper.size;
+}
+
+void CropToLabel(PageImage& page, const DevicePage& label, const std::string& name,
+                 bool mayBeSmaller) {
+  const int pointDots = static_cast<int>(std::ceil(label.dpi / 72.0));
+  const auto fits = [&](std::uint32_t pageDots, LONG labelDots) {
+    const std::int64_t over = std::int64_t{pageDots} - labelDots;
+    return over <= pointDots && (mayBeSmaller || over >= -pointDots);
+  };
+  if (!fits(page.widthPx, label.physicalWidthPx) || !fits(page.heightPx, label.physicalHeightPx)) {
+    throw HostError(kExitSettings,
+                    name + " is " + SizeText(page.widthPx, page.heightPx, label.dpi) +
+                        ", the label is " +
+                        SizeText(label.physicalWidthPx, label.physicalHeightPx, label.dpi),
+                    "choose the page's size as paper size in the print dialog, or the other "
+                    "orientation, or make the page as large as the label");
+  }
+  TrimPage(page, std::min<std::uint32_t>(page.widthPx, label.physicalWidthPx),
+           std::min<std::uint32_t>(page.heightPx, label.physicalHeightPx));
+}

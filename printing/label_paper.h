@@ -1,0 +1,28 @@
+// The label of a job that comes from a print system, and how the system's pages lie on it. Print
+// systems round sizes to points, so a page within one point of the label is taken for it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/pages/page_raster.h"
+#include "host/settings/length.h"
+
+struct LabelPaper {
+  PaperSize size = {100000, 150000};
+  bool rounded = false;  // known to whole points only
+};
+
+// The paper of a print system's name for it: "Custom.83x47mm", "83x47mm", "na_index-4x6_4x6in",
+// "Custom.235x133" (points); nullopt if it is none.
+std::optional<LabelPaper> PaperOfName(const std::string& name);
+
+// The label's size: the paper's, or that of a page of this size in dots if the paper is rounded and
+// the page within a point of it.
+PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool landscape);
+
+// Crops a page that is up to one point larger than the label; smaller pages are padded later.
+// Throws HostError (settings) with both sizes for any other size. mayBeSmaller: for pictures, which
+// have no page size.
+void CropToLabel(PageImage& page, const DevicePage& label, const std::string& name,
+                 bool mayBeSmaller);
