@@ -12,11 +12,13 @@ add_link_options(-static -fstack-protector-strong -Wl,--dynamicbase -Wl,--nxcomp
 # A module has the same name for a driver package and for the loader: no "lib" in front.
 set(CMAKE_SHARED_LIBRARY_PREFIX "")
 
-# Gives a module its version resource.
+# Gives a module its version resource, compiled apart: the resource compiler stumbles over the module's
+# own definitions.
 function(vlx_version_resource target description)
   set(VLX_FILE ${target})
   set(VLX_DESCRIPTION ${description})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc
                  @ONLY)
-  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  add_library(${target}_version OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_version>)
 endfunction()

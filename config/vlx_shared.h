@@ -8,7 +8,11 @@
 #include "platform/driver.h"
 #include "platform/gdiplus.h"
 
-#define VLX_SHARED_API __attribute__((visibility("default")))
+#ifdef vlx_shared_EXPORTS  // while the library itself is built
+#define VLX_SHARED_API PLATFORM_EXPORT
+#else
+#define VLX_SHARED_API PLATFORM_IMPORT
+#endif
 
 // One user of the log: a module. Constructed at module load, destroyed at unload.
 class VLX_SHARED_API CLoggerClient {

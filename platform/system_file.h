@@ -25,16 +25,15 @@ struct PlatformPrinter {
 };
 
 // The folder of the state files, UTF-8, without a trailing slash.
-__attribute__((visibility("default"))) std::string PlatformHomeFolder();
+PLATFORM_CXX_API std::string PlatformHomeFolder();
 
 // What is wrong with the file as it stands, "PATH: line 2: why"; empty when it is used or missing.
-__attribute__((visibility("default"))) std::string PlatformSystemFileComplaint();
+PLATFORM_CXX_API std::string PlatformSystemFileComplaint();
 
 // The printer behind a handle from OpenPrinterW, as the file describes it now; none for a handle
 // that is not open or a printer that the file no longer names.
-__attribute__((visibility("default"))) std::optional<PlatformPrinter> PlatformPrinterFromHandle(
-    HANDLE hPrinter);
+PLATFORM_CXX_API std::optional<PlatformPrinter> PlatformPrinterFromHandle(HANDLE hPrinter);
 
 // How much larger than a half a half tint prints, in percent of the paper, 0 to 25; 0 without an
 // entry.
-__attribute__((visibility("default"))) INT PlatformDotGainPercent();
+PLATFORM_CXX_API INT PlatformDotGainPercent();

@@ -109,7 +109,10 @@ struct RECTL {
 #define STDAPICALLTYPE
 #define APIENTRY
 #define WINAPI
-#define PLATFORM_API extern "C" __attribute__((visibility("default")))
+#define PLATFORM_EXPORT __attribute__((visibility("default")))
+#define PLATFORM_IMPORT PLATFORM_EXPORT
+#define PLATFORM_API extern "C" PLATFORM_EXPORT
+#define PLATFORM_CXX_API PLATFORM_EXPORT  // types of the C++ library in it
 // A printf of ours, whose format and first argument stand at these places: calls are checked.
 #define PLATFORM_PRINTF(format_place, argument_place) \
   __attribute__((format(printf, format_place, argument_place)))

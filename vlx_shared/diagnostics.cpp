@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -60,10 +61,12 @@ bool WriteFile(const std::string& path, const std::vector<BYTE>& content) {
   std::FILE* file = std::fopen(temporary.c_str(), "wb");
   if (file == nullptr) return false;
   const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-  if (std::fclose(file) == 0 && written && std::rename(temporary.c_str(), path.c_str()) == 0) {
-    return true;
+  std::error_code error;
+  if (std::fclose(file) == 0 && written) {
+    std::filesystem::rename(temporary, path, error);  // replaces an older one on every system
+    if (!error) return true;
   }
-  std::remove(temporary.c_str());
+  std::filesystem::remove(temporary, error);
   return false;
 }
 
@@ -74,7 +77,7 @@ void BitmapHelper::DevTestSaveBitmapAs(Gdiplus::Bitmap* bitmap, DWORD dwJobId, D
   const char* folder = std::getenv("VLX_SAVE_BITMAPS");
   if (folder == nullptr || *folder == '\0' || bitmap == nullptr) return;
   char name[64];
-  std::snprintf(name, sizeof name, "/job%05u_page%04u_", dwJobId, dwPage);
+  std::snprintf(name, sizeof name, "/job%05u_page%04u_", UINT{dwJobId}, UINT{dwPage});
   const std::string path = std::string(folder) + name + FileNamePart(stage) + ".png";
   std::vector<BYTE> file;
   if (EncodePng(bitmap, file) && WriteFile(path, file)) return;

@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
   }
   std::wstring port = L"FILE:";
   std::wstring processor = L"winprint";
+  std::wstring type = L"RAW";
   for (int i = 2; i < argc; ++i) {
     std::wstring name = Wide(argv[i]);
     PRINTER_INFO_2W printer = {};
@@ -40,6 +41,7 @@ int main(int argc, char** argv) {
     printer.pPortName = port.data();
     printer.pDriverName = driver.data();
     printer.pPrintProcessor = processor.data();
+    printer.pDatatype = type.data();
     const HANDLE handle = AddPrinterW(nullptr, 2, reinterpret_cast<BYTE*>(&printer));
     if (handle == nullptr) return Fail("AddPrinterW", argv[i]);
     ClosePrinter(handle);

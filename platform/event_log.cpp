@@ -1,8 +1,12 @@
 #include "platform/event_log.h"
 
 #include <fcntl.h>
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <sys/syscall.h>
 #include <unistd.h>
+#endif
 
 #include <atomic>
 #include <cerrno>
@@ -14,10 +18,17 @@
 #include <mutex>
 #include <string>
 
-#include "platform/linux/text/unicode.h"
 #include "platform/text.h"
 
 namespace {
+
+#ifdef _WIN32
+constexpr int kOpenFlags = O_WRONLY | O_CREAT | O_APPEND | O_BINARY | O_NOINHERIT;
+long ThreadId() { return static_cast<long>(GetCurrentThreadId()); }
+#else
+constexpr int kOpenFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+long ThreadId() { return static_cast<long>(syscall(SYS_gettid)); }
+#endif
 
 constexpr const char* kLevelNames[] = {"trace", "info", "warning", "error"};
 
@@ -34,8 +45,17 @@ EventLevel LevelFromEnvironment() {
   return EventLevel::Info;
 }
 
-void AppendEscaped(std::string& line, std::u16string_view text) {
-  for (const char c : Utf8FromUtf16(text)) {
+std::string Utf8Of(const WCHAR* text) {
+  const INT size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 1) return {};
+  std::string utf8(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), size, nullptr, nullptr);
+  utf8.resize(utf8.size() - 1);
+  return utf8;
+}
+
+void AppendEscaped(std::string& line, const WCHAR* text) {
+  for (const char c : Utf8Of(text)) {
     if (static_cast<unsigned char>(c) >= 0x20 && c != 0x7F) {
       line += c;
     } else if (c == '\n') {
@@ -58,7 +78,7 @@ std::string FormatLine(EventLevel level, const WCHAR* text, const WCHAR* categor
   char head[96];
   std::snprintf(head, sizeof head, "%04d-%02d-%02dT%02d:%02d:%02d.%03d\t%ld\t%s\t", now.wYear,
                 now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds,
-                static_cast<long>(syscall(SYS_gettid)), kLevelNames[static_cast<int>(level)]);
+                ThreadId(), kLevelNames[static_cast<int>(level)]);
   std::string line(head);
   if (category != nullptr) AppendEscaped(line, category);
   line += '\t';
@@ -74,7 +94,7 @@ void PlatformOpenEventLog() {
   if (openCount++ > 0) return;
   const char* path = std::getenv("VLX_LOG");
   if (path == nullptr || *path == '\0') return;
-  logDescriptor = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  logDescriptor = open(path, kOpenFlags, 0666);
   if (logDescriptor < 0) {
     std::fprintf(stderr, "The log file %s (VLX_LOG) cannot be opened: %s\n", path,
                  std::strerror(errno));
@@ -99,7 +119,7 @@ void PlatformWriteEvent(EventLevel level, const WCHAR* text, const WCHAR* catego
   const std::lock_guard locked(logMutex);
   if (logDescriptor < 0) return;
   // One write a line keeps the lines of several processes whole; a full disk loses the line.
-  if (write(logDescriptor, line.data(), line.size()) < 0) return;
+  if (write(logDescriptor, line.data(), static_cast<UINT>(line.size())) < 0) return;
 } catch (const std::exception&) {
   // A line without memory is lost; logging never disturbs a job.
 }
