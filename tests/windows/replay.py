@@ -59,9 +59,13 @@ def play(scenario, folder, side, command):
                    "VLX_SAVE_BITMAPS": f"{side}/stages", "TZ": "UTC"}
     call = [*command, side, *scenario.calls]
     (folder / side / "command").write_text(shlex.join(call) + "\n")
-    done = subprocess.run(call, cwd=folder, env=environment, capture_output=True, timeout=120)
+    # A file, not a pipe: programs that Wine leaves in the background would keep a pipe open.
+    errors = folder / side / "errors"
+    with open(errors, "wb") as stream:
+        done = subprocess.run(call, cwd=folder, env=environment, stdout=stream, stderr=stream,
+                              timeout=120)
     if done.returncode != 0:
-        raise RuntimeError(f"{side}: {done.stderr.decode(errors='replace').strip()}")
+        raise RuntimeError(f"{side}: {errors.read_text(errors='replace').strip()}")
     return outcome(folder / side)
 
 
