@@ -1,5 +1,3 @@
-#include "platform/event_log.h"
-
 #include <fcntl.h>
 #ifdef _WIN32
 #include <io.h>
@@ -18,6 +16,7 @@
 #include <mutex>
 #include <string>
 
+#include "platform/extensions.h"
 #include "platform/text.h"
 
 namespace {
@@ -111,10 +110,8 @@ void PlatformCloseEventLog() {
   logDescriptor = -1;
 }
 
-EventLevel PlatformEventLogLevel() { return lowestLevel.load(std::memory_order_relaxed); }
-
 void PlatformWriteEvent(EventLevel level, const WCHAR* text, const WCHAR* category) try {
-  if (level < PlatformEventLogLevel() || level >= EventLevel::Off) return;
+  if (level < lowestLevel.load(std::memory_order_relaxed) || level >= EventLevel::Off) return;
   const std::string line = FormatLine(level, text, category);
   const std::lock_guard locked(logMutex);
   if (logDescriptor < 0) return;

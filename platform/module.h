@@ -1,6 +1,6 @@
 // The loader's process notification. A module that wants it defines DllMain and, in the same source
-// file below its process-wide objects, writes PLATFORM_MODULE_ENTRY once: attach then comes after the
-// construction of those objects, detach before their destruction.
+// file below its process-wide objects, writes PLATFORM_MODULE_ENTRY once: attach then comes after
+// the construction of those objects, detach before their destruction.
 #pragma once
 
 #include "platform/types.h"
@@ -14,10 +14,10 @@ BOOL APIENTRY DllMain(HMODULE hModule, DWORD dwReason, LPVOID lpReserved);
 
 extern "C" __attribute__((visibility("hidden"))) void* __dso_handle;
 
-#define PLATFORM_MODULE_ENTRY                                              \
-  namespace {                                                              \
-  const struct ModuleEntry {                                               \
-    ModuleEntry() { DllMain(&__dso_handle, DLL_PROCESS_ATTACH, nullptr); } \
+#define PLATFORM_MODULE_ENTRY                                               \
+  namespace {                                                               \
+  const struct ModuleEntry {                                                \
+    ModuleEntry() { DllMain(&__dso_handle, DLL_PROCESS_ATTACH, nullptr); }  \
     ~ModuleEntry() { DllMain(&__dso_handle, DLL_PROCESS_DETACH, nullptr); } \
-  } moduleEntry;                                                           \
+  } moduleEntry;                                                            \
   }

@@ -1,5 +1,5 @@
-// Palettes of the graphics engine. A handle is valid until EngDeletePalette; the driver that hands a
-// palette out as a device's default palette deletes it when the device goes.
+// Palettes of the graphics engine. A handle is valid until EngDeletePalette; the driver that hands
+// a palette out as a device's default palette deletes it when the device goes.
 #pragma once
 
 #include "platform/types.h"

@@ -26,9 +26,9 @@ struct IPrintOemEngine : IPrintOemCommon {
   virtual HRESULT STDMETHODCALLTYPE EnableDriver(DWORD dwDriverVersion, DWORD cbSize,
                                                  PDRVENABLEDATA pded) = 0;
   virtual HRESULT STDMETHODCALLTYPE DisableDriver() = 0;
-  virtual HRESULT STDMETHODCALLTYPE EnablePDEV(PDEVOBJ pdevobj, PWSTR pPrinterName,
-                                               ULONG cPatterns, HSURF* phsurfPatterns,
-                                               ULONG cjGdiInfo, GDIINFO* pGdiInfo, ULONG cjDevInfo,
+  virtual HRESULT STDMETHODCALLTYPE EnablePDEV(PDEVOBJ pdevobj, PWSTR pPrinterName, ULONG cPatterns,
+                                               HSURF* phsurfPatterns, ULONG cjGdiInfo,
+                                               GDIINFO* pGdiInfo, ULONG cjDevInfo,
                                                DEVINFO* pDevInfo, DRVENABLEDATA* pded,
                                                PDEVOEM* pDevOem) = 0;
   virtual HRESULT STDMETHODCALLTYPE DisablePDEV(PDEVOBJ pdevobj) = 0;
@@ -58,9 +58,8 @@ struct IPrintOemUni : IPrintOemEngine {
                                                     DWORD dwHTNumPatterns, DWORD dwCallbackID,
                                                     PBYTE pResource, DWORD dwResourceSize) = 0;
   virtual HRESULT STDMETHODCALLTYPE MemoryUsage(PDEVOBJ pdevobj, OEMMEMORYUSAGE* pMemoryUsage) = 0;
-  virtual HRESULT STDMETHODCALLTYPE TTYGetInfo(PDEVOBJ pdevobj, DWORD dwInfoIndex,
-                                               PVOID pOutputBuf, DWORD dwSize,
-                                               DWORD* pcbcNeeded) = 0;
+  virtual HRESULT STDMETHODCALLTYPE TTYGetInfo(PDEVOBJ pdevobj, DWORD dwInfoIndex, PVOID pOutputBuf,
+                                               DWORD dwSize, DWORD* pcbcNeeded) = 0;
   virtual HRESULT STDMETHODCALLTYPE DownloadFontHeader(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj,
                                                        DWORD* pdwResult) = 0;
   virtual HRESULT STDMETHODCALLTYPE DownloadCharGlyph(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj,
@@ -68,8 +67,8 @@ struct IPrintOemUni : IPrintOemEngine {
                                                       DWORD* pdwResult) = 0;
   virtual HRESULT STDMETHODCALLTYPE TTDownloadMethod(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj,
                                                      DWORD* pdwResult) = 0;
-  virtual HRESULT STDMETHODCALLTYPE OutputCharStr(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj,
-                                                  DWORD dwType, DWORD dwCount, PVOID pGlyph) = 0;
+  virtual HRESULT STDMETHODCALLTYPE OutputCharStr(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj, DWORD dwType,
+                                                  DWORD dwCount, PVOID pGlyph) = 0;
   virtual HRESULT STDMETHODCALLTYPE SendFontCmd(PDEVOBJ pdevobj, UNIFONTOBJ* pUFObj,
                                                 FINVOCATION* pFInv) = 0;
   virtual HRESULT STDMETHODCALLTYPE TextOutAsBitmap(SURFOBJ* pso, STROBJ* pstro, FONTOBJ* pfo,
@@ -109,10 +108,9 @@ struct IPrintOemDriverUni : IUnknown {
                                                   PVOID pReserved, DWORD cbSize,
                                                   PDWORD pcbNeeded) = 0;
   virtual HRESULT STDMETHODCALLTYPE DrvUniTextOut(SURFOBJ* pso, STROBJ* pstro, FONTOBJ* pfo,
-                                                  CLIPOBJ* pco, RECTL* prclExtra,
-                                                  RECTL* prclOpaque, BRUSHOBJ* pboFore,
-                                                  BRUSHOBJ* pboOpaque, POINTL* pptlBrushOrg,
-                                                  MIX mix) = 0;
+                                                  CLIPOBJ* pco, RECTL* prclExtra, RECTL* prclOpaque,
+                                                  BRUSHOBJ* pboFore, BRUSHOBJ* pboOpaque,
+                                                  POINTL* pptlBrushOrg, MIX mix) = 0;
   virtual HRESULT STDMETHODCALLTYPE DrvWriteAbortBuf(PDEVOBJ pdevobj, PVOID pBuffer, DWORD cbSize,
                                                      DWORD dwWait) = 0;
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "host/driver/printer.h"
 #include "host/driver/stocks.h"
 #include "host/error.h"
 #include "host/settings/length.h"
 #include "host/unicode.h"
-#include "platform/system_file.h"
 #include "tools/job_options.h"
 
 namespace {
@@ -82,7 +82,7 @@ int RunStocks(const StocksOptions& options) {
   if (stocks.empty()) {
     std::printf(
         "There are no stocks of \"%s\"; the driver reads them from %s/registry.reg, below\n%s\n",
-        Narrowed(printer.Name()).c_str(), PlatformHomeFolder().c_str(), StocksKey(printer).c_str());
+        Narrowed(printer.Name()).c_str(), StateFolder().c_str(), StocksKey(printer).c_str());
   }
   for (const PrinterStock& stock : stocks) PrintStock(stock, &stock == &stocks.front());
   return kExitDone;

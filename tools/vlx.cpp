@@ -9,7 +9,6 @@
 #include "host/driver/driver.h"
 #include "host/driver/module.h"
 #include "host/pages/page_raster.h"
-#include "platform/version.h"
 #include "tools/preview_command.h"
 #include "tools/print_command.h"
 #include "tools/settings_command.h"
@@ -31,7 +30,7 @@ void ShowVersion() {
   const std::string plugin = FindPlugin();
   const LabelDriver driver(plugin, nowhere);
   std::printf("vlx %s\nplatform library %s\nshared library %s\nplug-in interface %u (%s)\n",
-              VLX_VERSION, PlatformVersion(), SharedLibraryVersion().c_str(),
+              VLX_VERSION, PlatformLibraryVersion().c_str(), SharedLibraryVersion().c_str(),
               driver.PluginVersion(), plugin.c_str());
 }
 

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "config/vlx_shared.h"
-#include "platform/system_file.h"
+#include "platform/extensions.h"
 
 namespace {
 

@@ -4,8 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/fault.h"
-#include "platform/system_file.h"
+#include "platform/extensions.h"
 
 namespace {
 

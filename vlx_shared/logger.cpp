@@ -1,7 +1,7 @@
 // Log lines go to the platform's event log, which is thread-safe.
 
 #include "config/vlx_shared.h"
-#include "platform/event_log.h"
+#include "platform/extensions.h"
 
 CLoggerClient::CLoggerClient() = default;
 CLoggerClient::~CLoggerClient() { CLogger::StopLogging(*this); }

@@ -4,7 +4,7 @@
 #include <compare>
 #include <cstdlib>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 
 namespace {
 

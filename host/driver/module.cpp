@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "host/error.h"
+#include "platform/extensions.h"
 
 PluginModule::PluginModule(const std::string& path)
     : m_handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
@@ -46,3 +47,5 @@ std::string SharedLibraryVersion() {
   dlclose(library);
   return text;
 }
+
+std::string PlatformLibraryVersion() { return PlatformVersion(); }

@@ -31,3 +31,6 @@ std::string FindPlugin();
 // The version of the maker's shared library that the loaded plug-in uses; "unknown" if the library
 // has none.
 std::string SharedLibraryVersion();
+
+// The version of the platform library, like "1.0.0".
+std::string PlatformLibraryVersion();

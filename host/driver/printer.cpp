@@ -4,8 +4,8 @@
 
 #include "host/error.h"
 #include "host/unicode.h"
+#include "platform/extensions.h"
 #include "platform/spooler.h"
-#include "platform/system_file.h"
 
 namespace {
 
@@ -19,8 +19,10 @@ std::u16string DefaultName() {
 
 std::string SystemFileWarning() {
   const std::string fault = PlatformSystemFileComplaint();
-  return fault.empty() ? fault : fault + "; the whole file is ignored until this is fixed";
+  return fault.empty() ? fault : fault + "; the default applies until this is fixed";
 }
+
+std::string StateFolder() { return PlatformHomeFolder(); }
 
 Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
   if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;

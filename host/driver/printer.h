@@ -5,9 +5,11 @@
 
 #include "platform/types.h"
 
-// What is wrong with system.toml, the file of printers: a malformed one counts as missing. Empty if
-// it is missing or right.
+// What is wrong with system.toml, whose malformed entries count as missing; empty if nothing is.
 std::string SystemFileWarning();
+
+// The folder that holds system.toml and registry.reg.
+std::string StateFolder();
 
 class Printer {
  public:

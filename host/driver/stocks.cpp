@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/unicode.h"
-#include "platform/system_file.h"
+#include "platform/extensions.h"
 
 std::vector<PrinterStock> StocksOf(const Printer& printer) {
   // A stock without an identifier gets a new one at every reading.

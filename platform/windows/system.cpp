@@ -7,10 +7,8 @@
 #include <exception>
 #include <vector>
 
-#include "platform/event_log.h"
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/spooler.h"
-#include "platform/system_file.h"
 
 namespace {
 

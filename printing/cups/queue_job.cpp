@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <sstream>
 
+#include "host/driver/printer.h"
 #include "host/error.h"
-#include "platform/system_file.h"
 
 namespace {
 
@@ -141,7 +141,7 @@ void QueueJob::ApplyPreset(const Options& options) {
   if (given == nullptr || strcmp(given, "none") == 0) return;
   const std::string name = given;
   const std::filesystem::path path =
-      std::filesystem::path(PlatformHomeFolder()) / "presets" / (name + ".toml");
+      std::filesystem::path(StateFolder()) / "presets" / (name + ".toml");
   std::error_code error;
   const bool isName = name.find('/') == name.npos && !name.starts_with('.');
   if (!isName || !std::filesystem::exists(path, error)) {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/palette.h"
 #include "tests/support/logged_home.h"
 

@@ -1,6 +1,6 @@
 // What frames a job and its pages: header, print lines, end.
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "tests/driver/job_test.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "config/oemdev_fields.h"
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "tests/support/temp_home.h"
 
 namespace {

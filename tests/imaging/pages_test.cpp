@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "tests/driver/job_test.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/gdiplus.h"
 #include "platform/synch.h"
 

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <thread>
 
-#include "platform/event_log.h"
+#include "platform/extensions.h"
 #include "platform/registry.h"
 #include "platform/spooler.h"
-#include "platform/system_file.h"
+#include "platform/text.h"
 #include "tests/support/temp_home.h"
 
 namespace {
@@ -110,20 +110,37 @@ TEST_F(StateFiles, PrinterInformationTakesTwoCalls) {
   EXPECT_EQ(printer, nullptr);
 }
 
-TEST_F(StateFiles, MalformedSystemFileCountsAsMissing) {
+TEST_F(StateFiles, MalformedEntriesCountAsMissing) {
   std::size_t lines = 0;
-  for (const char* file : {"ansi_code_page = 'x'", "ansi_code_page = 31337", "dot_gain = 26",
-                           "[[printer]]\ndriver='D'", "printer = 5", "name = [",
-                           "[[printer]]\nname='P'\n[printer.label]\nmin_width_um=-1",
-                           "[[printer]]\nname='P'\n[printer.label]\nmin_width_um=1"}) {
+  const std::string others = "dot_gain = 7\nansi_code_page = 850\n[[printer]]\nname = 'Q'\n";
+  for (const std::string file :
+       {"ansi_code_page = 'x'", "ansi_code_page = 31337", "dot_gain = 26", "png = 'tiny'",
+        "[[printer]]\ndriver='D'", "printer = 5", "name = [",
+        "[[printer]]\nname='P'\n[printer.label]\nmin_width_um=-1",
+        "[[printer]]\nname='P'\n[printer.label]\nmin_width_um=1"}) {
     home.WriteFile("system.toml", file);
+    for (int again = 0; again < 2; ++again) {
+      EXPECT_NE(PlatformSystemFileComplaint().find("system.toml: line "), std::string::npos)
+          << file;
+    }
+    EXPECT_EQ(home.LogLines().size(), ++lines) << file;
     WCHAR name[32];
     DWORD size = 32;
     EXPECT_TRUE(GetDefaultPrinterW(name, &size));
     EXPECT_EQ(std::u16string(name), u"Label Printer");
-    EXPECT_EQ(home.LogLines().size(), ++lines) << file;
-    EXPECT_NE(PlatformSystemFileComplaint().find("system.toml: line "), std::string::npos) << file;
+    EXPECT_EQ(PlatformDotGainPercent(), 0);
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, u"\u20AC", 1, nullptr, 0, nullptr, nullptr), 1);
   }
+  // A malformed entry leaves the others in force.
+  home.WriteFile("system.toml", "png = 'tiny'\n" + others);
+  WCHAR name[32];
+  DWORD size = 32;
+  EXPECT_TRUE(GetDefaultPrinterW(name, &size));
+  EXPECT_EQ(std::u16string(name), u"Q");
+  EXPECT_EQ(PlatformDotGainPercent(), 7);
+  EXPECT_NE(PlatformSystemFileComplaint().find("line 1: png must be"), std::string::npos);
+  home.WriteFile("system.toml", others);
+  EXPECT_EQ(PlatformSystemFileComplaint(), "");
 }
 
 TEST_F(StateFiles, UnreadableFileIsOneLineAndCountsAsMissing) {

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "tests/driver/plugin.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/synch.h"
 
 namespace {

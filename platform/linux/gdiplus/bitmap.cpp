@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/gdiplus/image.h"
 
 namespace Gdiplus {

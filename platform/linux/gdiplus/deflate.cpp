@@ -8,7 +8,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 
 namespace Gdiplus {
 

@@ -1,17 +1,10 @@
 // Compression of PNG images by libraries, chosen for the link that the images travel over.
 #pragma once
 
+#include "platform/linux/gdiplus/link.h"
 #include "platform/types.h"
 
 namespace Gdiplus {
-
-// What lies between this machine and the printer. Each link has the library and level with which
-// the printer has an image soonest: time to compress plus time to send.
-enum class Link {
-  Network,  // about 100 Mbit/s
-  Usb,      // about 1 MB/s: USB full speed, Wi-Fi
-  Serial,   // about 115,200 baud
-};
 
 // The room that Deflate needs for any content of that size.
 SIZE_T DeflateBound(SIZE_T bytes);

@@ -8,7 +8,7 @@
 #include <limits>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/gdiplus.h"
 #include "platform/linux/gdiplus/image.h"
 

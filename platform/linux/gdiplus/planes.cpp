@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/gdiplus/image.h"
 #include "platform/linux/gdiplus/turn.h"
 

@@ -7,10 +7,9 @@
 #include <memory>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/gdiplus/deflate.h"
 #include "platform/linux/gdiplus/image.h"
-#include "platform/linux/state/system_state.h"
 
 namespace Gdiplus {
 
@@ -86,7 +85,7 @@ GpStatus WritePng(GpImage& image, IStream* stream) {
   LayOut(image, rows.get());
   BYTE* data = PutHeader(image, file.get());
   std::memcpy(data + 4, "IDAT", 4);
-  const SIZE_T compressed = Deflate(SystemState()->link, rows.get(), bytes, data + 8, room);
+  const SIZE_T compressed = Deflate(*PrinterLink().Get(), rows.get(), bytes, data + 8, room);
   if (compressed == 0 || compressed > kMostChunkBytes) return OutOfMemory;
   BYTE* end = PutChunk(data, compressed);
   std::memcpy(end + 4, "IEND", 4);

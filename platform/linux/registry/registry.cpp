@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/registry/registry_file.h"
 #include "platform/linux/state/file_watch.h"
 #include "platform/linux/system/handle_table.h"

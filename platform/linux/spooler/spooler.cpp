@@ -3,24 +3,24 @@
 #include <cstring>
 #include <new>
 
-#include "platform/fault.h"
-#include "platform/linux/state/system_state.h"
+#include "platform/extensions.h"
+#include "platform/linux/spooler/printers.h"
 #include "platform/linux/system/handle_table.h"
 #include "platform/linux/text/unicode.h"
 
 namespace {
 
-// An open printer is its name; what the file says of it is looked up at each call.
+// An open printer is its name; system.toml is asked about it at each call.
 HandleTable<std::u16string>& OpenPrinters() {
   static HandleTable<std::u16string> table(0x200000);
   return table;
 }
 
-const PlatformPrinter* FindPrinter(const SystemContent& system, const std::u16string& name) {
-  for (const PlatformPrinter& printer : system.printers) {
-    if (FoldedCase(printer.name) == FoldedCase(name)) return &printer;
+std::optional<PlatformPrinter> FindPrinter(const std::u16string& name) {
+  for (const PlatformPrinter& printer : *Printers().Get()) {
+    if (FoldedCase(printer.name) == FoldedCase(name)) return printer;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 // The server part of a name like \\host\printer, with its backslashes; empty for a local printer.
@@ -57,10 +57,7 @@ BOOL Fail(DWORD error) {
 
 std::optional<PlatformPrinter> PlatformPrinterFromHandle(HANDLE hPrinter) {
   const auto name = OpenPrinters().Find(hPrinter);
-  if (name == nullptr) return std::nullopt;
-  const auto system = SystemState();
-  const PlatformPrinter* printer = FindPrinter(*system, *name);
-  return printer == nullptr ? std::nullopt : std::optional(*printer);
+  return name == nullptr ? std::nullopt : FindPrinter(*name);
 }
 
 BOOL OpenPrinterW(LPWSTR pPrinterName, HANDLE* phPrinter, LPVOID) try {
@@ -68,9 +65,8 @@ BOOL OpenPrinterW(LPWSTR pPrinterName, HANDLE* phPrinter, LPVOID) try {
   *phPrinter = nullptr;
   if (pPrinterName == nullptr) return Fail(ERROR_INVALID_PRINTER_NAME);
   if (PlatformShouldFail("OpenPrinterW")) return Fail(ERROR_NOT_ENOUGH_MEMORY);
-  const auto system = SystemState();
-  const PlatformPrinter* printer = FindPrinter(*system, pPrinterName);
-  if (printer == nullptr) return Fail(ERROR_INVALID_PRINTER_NAME);
+  const std::optional<PlatformPrinter> printer = FindPrinter(pPrinterName);
+  if (!printer) return Fail(ERROR_INVALID_PRINTER_NAME);
   *phPrinter = OpenPrinters().Add(printer->name);
   return TRUE;
 } catch (const std::bad_alloc&) {
@@ -83,9 +79,9 @@ BOOL ClosePrinter(HANDLE hPrinter) {
 
 BOOL GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer) try {
   if (pcchBuffer == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-  const auto system = SystemState();
-  if (system->printers.empty()) return Fail(ERROR_FILE_NOT_FOUND);
-  const std::u16string& name = system->printers.front().name;
+  const auto printers = Printers().Get();
+  if (printers->empty()) return Fail(ERROR_FILE_NOT_FOUND);
+  const std::u16string& name = printers->front().name;
   const DWORD room = *pcchBuffer;
   *pcchBuffer = static_cast<DWORD>(name.size() + 1);
   if (pszBuffer == nullptr || room < *pcchBuffer) return Fail(ERROR_INSUFFICIENT_BUFFER);

@@ -1,4 +1,4 @@
-// A state file that is read when it is first asked for and again when it has changed.
+// A state file that is read at first use and again after it has changed.
 #pragma once
 
 #include <sys/stat.h>
@@ -11,21 +11,21 @@
 #include <new>
 #include <string>
 
-#include "platform/system_file.h"
+#include "platform/extensions.h"
 
-// The whole content of a regular file; false, errno set, when it cannot be opened or read.
+// Reads a whole regular file. Returns false and sets errno if it cannot be opened or read.
 bool ReadWholeFile(const std::string& path, std::string& content);
 
-// One line in the event log about a state file that cannot be used.
+// Writes one line to the event log about a state file that is not used.
 void ReportUnusableFile(const std::string& path, const std::string& why);
 
-// Keeps what Parse made of the file of that name in the home folder. Thread-safe. Get throws
-// std::bad_alloc and nothing else.
+// The parsed content of a file in the state folder. Thread-safe. Get throws std::bad_alloc and
+// nothing else.
 template <typename Content>
 class WatchedFile {
  public:
-  // parse gives the content for a file's path and text; missing stands for no file and for a
-  // malformed one, which parse reports by throwing std::exception.
+  // parse turns the file's text into content; it throws std::exception for a malformed text.
+  // missing is the content without a file and of a malformed one.
   using Parse = std::function<Content(const std::string& text)>;
   WatchedFile(std::string name, Content missing, Parse parse)
       : m_name(std::move(name)),
@@ -44,7 +44,7 @@ class WatchedFile {
     if (path == m_path && SameFile(status)) return m_content;
     std::string text;
     if (!ReadWholeFile(path, text)) {
-      if (errno == ENOMEM) throw std::bad_alloc();  // no fault of the file's either
+      if (errno == ENOMEM) throw std::bad_alloc();  // not the file's fault
       return Without(path, std::strerror(errno));
     }
     m_content = Parsed(path, text);
@@ -53,8 +53,7 @@ class WatchedFile {
     return m_content;
   }
 
-  // What is wrong with the file, "PATH: why"; empty when it is used or there is none. Throws as
-  // Get.
+  // What is wrong with the file, "PATH: why"; empty if it is used or missing. Throws like Get.
   std::string Complaint() {
     Get();
     const std::lock_guard locked(m_mutex);
@@ -67,8 +66,8 @@ class WatchedFile {
            status.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
            status.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
   }
-  // The content when there is no file that can be read; why is empty when there is none at all. A
-  // file is complained about once, and looked at again at the next call.
+  // The content without a readable file; why is empty if there is no file at all. A file is
+  // reported once and tried again at the next call.
   std::shared_ptr<const Content> Without(const std::string& path, const std::string& why) {
     m_path.clear();
     const std::string complaint = why.empty() ? "" : path + ": " + why;
@@ -83,7 +82,7 @@ class WatchedFile {
       m_complaint.clear();
       return content;
     } catch (const std::bad_alloc&) {
-      throw;  // no fault of the file's: it is read again at the next call
+      throw;  // not the file's fault: it is read again at the next call
     } catch (const std::exception& error) {
       m_complaint = path + ": " + error.what();
       ReportUnusableFile(path, error.what());
@@ -97,6 +96,6 @@ class WatchedFile {
   std::mutex m_mutex;
   std::string m_path;
   struct stat m_status = {};
-  std::string m_complaint;  // about the file as the last call found it
+  std::string m_complaint;  // about the file as of the last call
   std::shared_ptr<const Content> m_content;
 };

@@ -1,6 +1,6 @@
-#include "platform/fault.h"
-
 #include <atomic>
+
+#include "platform/extensions.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/text/code_page.h"
 #include "platform/linux/text/unicode.h"
 #include "platform/text.h"

@@ -4,7 +4,7 @@
 #include <new>
 #include <vector>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/linux/system/handle_table.h"
 
 namespace {

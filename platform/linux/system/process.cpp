@@ -6,11 +6,10 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/fault.h"
+#include "platform/extensions.h"
 #include "platform/memory.h"
 #include "platform/synch.h"
 #include "platform/text.h"
-#include "platform/version.h"
 
 namespace {
 

@@ -6,8 +6,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/fault.h"
-#include "platform/linux/state/system_state.h"
+#include "platform/extensions.h"
 #include "platform/linux/text/unicode.h"
 #include "platform/text.h"
 
@@ -57,7 +56,19 @@ bool IsPair(std::u16string_view text, std::size_t i) {
 }  // namespace
 
 UINT ResolveCodePage(UINT codePage) {
-  return codePage == CP_ACP || codePage == CP_THREAD_ACP ? SystemState()->ansiCodePage : codePage;
+  return codePage == CP_ACP || codePage == CP_THREAD_ACP ? *AnsiCodePage().Get() : codePage;
+}
+
+SystemPart<UINT>& AnsiCodePage() {
+  static SystemPart<UINT> part(1252, [](const toml::table& file) {
+    constexpr const char* kUnknown = "is no known code page";
+    const auto number = ReadNumber(file, "ansi_code_page", 0, 65535, kUnknown);
+    if (number && !CodePageExists(static_cast<UINT>(*number))) {
+      FailAt(*file.get("ansi_code_page"), std::string("ansi_code_page ") + kUnknown);
+    }
+    return static_cast<UINT>(number.value_or(1252));
+  });
+  return part;
 }
 
 bool CodePageExists(UINT codePage) {

@@ -1,0 +1,30 @@
+// What system.toml says as a whole, and its entry for the shared library.
+
+#include "platform/extensions.h"
+#include "platform/linux/gdiplus/link.h"
+#include "platform/linux/spooler/printers.h"
+#include "platform/linux/state/system_toml.h"
+#include "platform/linux/text/code_page.h"
+
+namespace {
+
+SystemPart<INT>& DotGain() {
+  static SystemPart<INT> part(0, [](const toml::table& file) {
+    return static_cast<INT>(
+        ReadNumber(file, "dot_gain", 0, 25, "must be a percentage from 0 to 25").value_or(0));
+  });
+  return part;
+}
+
+}  // namespace
+
+INT PlatformDotGainPercent() { return *DotGain().Get(); }
+
+std::string PlatformSystemFileComplaint() {
+  for (const std::string& complaint :
+       {SystemTomlComplaint(), Printers().Complaint(), AnsiCodePage().Complaint(),
+        Gdiplus::PrinterLink().Complaint(), DotGain().Complaint()}) {
+    if (!complaint.empty()) return complaint;
+  }
+  return {};
+}
