@@ -125,18 +125,18 @@ PLATFORM_API GpStatus WINAPI GdipBitmapLockBits(GpBitmap* bitmap, const GpRect* 
                                                 PixelFormat format, BitmapData* lockedBitmapData);
 PLATFORM_API GpStatus WINAPI GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData);
 
-// Turns the bitmap itself, whose width and height change places. Quarter turns only; anything else
-// is NotImplemented.
+// Turns the bitmap itself, whose width and height change places. Quarter turns of 24-bit bitmaps
+// only; anything else is NotImplemented.
 PLATFORM_API GpStatus WINAPI GdipImageRotateFlip(GpImage* image, RotateFlipType type);
 
-// A drawing context on a bitmap, which must outlive it. Drawings may be made late: a bitmap and
-// those it was drawn from belong to one thread.
+// A drawing context on a 24-bit bitmap, which must outlive it. Indexed bitmaps have none:
+// OutOfMemory, as published. Drawings may be made late: a bitmap and those it was drawn from belong
+// to one thread.
 PLATFORM_API GpStatus WINAPI GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics);
 PLATFORM_API GpStatus WINAPI GdipDeleteGraphics(GpGraphics* graphics);
 PLATFORM_API GpStatus WINAPI GdipGraphicsClear(GpGraphics* graphics, ARGB color);
 
 // Draws pixel for pixel (no scaling, no interpolation); what falls outside the target is dropped.
-// Between the formats a 1-bit target takes pixels of luminance 128 and above as white.
 PLATFORM_API GpStatus WINAPI GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y);
 // The source rectangle at (dstx, dsty); the two sizes must agree. srcUnit: UnitPixel.
 PLATFORM_API GpStatus WINAPI GdipDrawImageRectRectI(GpGraphics* graphics, GpImage* image, INT dstx,

@@ -55,96 +55,54 @@ class GdiPlus : public GdiPlusTest {
   std::vector<BYTE> room;
 };
 
-// Bitmaps and, beside each, what its pixels must be. Pages are drawn late, from pages that are
-// drawn late themselves; whatever happens in between, each shows what it would if drawn at once.
+// Pages are drawn late: borders and turns wait until somebody reads pixels. Whatever happens in
+// between, each bitmap shows what it would if it had been drawn at once.
 class Drawings : public GdiPlus {
  protected:
-  struct Sheet {
-    INT width = 30, height = 20;
-    std::unique_ptr<Bitmap> bitmap;
-    Colors pixels;
+  // A page of random pixels that lie in a buffer of their own.
+  struct Page {
+    Page(INT pageWidth, INT pageHeight, std::mt19937& random)
+        : width(pageWidth),
+          height(pageHeight),
+          buffer(std::size_t((3 * width + 3) / 4 * 4) * height),
+          bitmap(width, height, PixelFormat24bppRGB) {
+      for (BYTE& byte : buffer) byte = static_cast<BYTE>(random());
+      EXPECT_EQ(PlatformLendPixels(&bitmap, buffer.data()), Ok);
+    }
+    DWORD At(INT x, INT y) const {
+      if (x < 0 || y < 0 || x >= width || y >= height) return 0xFFFFFF;
+      const BYTE* pixel = &buffer[y * ((3 * width + 3) / 4 * 4) + 3 * x];
+      return pixel[0] | pixel[1] << 8 | pixel[2] << 16;
+    }
+    const INT width, height;
+    std::vector<BYTE> buffer;
+    Bitmap bitmap;
   };
 
-  Drawings() : page(904 * 300) {
-    for (BYTE& byte : page) byte = static_cast<BYTE>(random());
+  // The page on white, moved by (dx, dy), then turned.
+  static std::unique_ptr<Bitmap> Draw(Page& page, INT dx, INT dy, RotateFlipType turn) {
+    auto drawn = std::make_unique<Bitmap>(page.width, page.height, PixelFormat24bppRGB);
+    Graphics graphics(drawn.get());
+    graphics.Clear(0xFFFFFFFF);
+    graphics.DrawImage(&page.bitmap, Rect(dx, dy, page.width, page.height), 0, 0, page.width,
+                       page.height, UnitPixel);
+    EXPECT_EQ(drawn->RotateFlip(turn), Ok);
+    return drawn;
   }
-  INT Number(INT least, INT most) {
-    return least + static_cast<INT>(random() % (most - least + 1));
-  }
-  // A new one, often of the size of another, which may be turned. Some lie over a buffer.
-  void Make(Sheet& sheet, const Sheet& other) {
-    const INT like = Number(0, 3);
-    std::tie(sheet.width, sheet.height) = like == 0   ? std::pair(other.width, other.height)
-                                          : like == 1 ? std::pair(other.height, other.width)
-                                                      : std::pair(Number(1, 300), Number(1, 150));
-    const bool oneBit = Number(0, 3) == 0;
-    sheet.bitmap = std::make_unique<Bitmap>(sheet.width, sheet.height,
-                                            oneBit ? PixelFormat1bppIndexed : PixelFormat24bppRGB);
-    sheet.pixels.assign(sheet.width * sheet.height, 0);
-    if (oneBit || Number(0, 2) != 0) return;
-    ASSERT_EQ(PlatformLendPixels(sheet.bitmap.get(), page.data()), Ok);
-    const INT stride = (3 * sheet.width + 3) / 4 * 4;
-    sheet.pixels = ColorsOf({static_cast<UINT>(sheet.width), static_cast<UINT>(sheet.height),
-                             stride, PixelFormat24bppRGB, page.data(), 0});
-  }
-  // What a bitmap makes of a colour.
-  static DWORD ColorOn(const Sheet& sheet, DWORD color) {
-    if (sheet.bitmap->GetPixelFormat() == PixelFormat24bppRGB) return color;
-    const DWORD luma = 299 * (color >> 16) + 587 * (color >> 8 & 0xFF) + 114 * (color & 0xFF);
-    return luma >= 128000 ? 0xFFFFFF : 0;
-  }
-  void Clear(Sheet& sheet) {
-    const DWORD color = Number(0, 2) == 0 ? random() & 0xFFFFFF : Number(0, 1) * 0xFFFFFF;
-    Graphics(sheet.bitmap.get()).Clear(0xFF000000 | color);
-    sheet.pixels.assign(sheet.pixels.size(), ColorOn(sheet, color));
-  }
-  // Draws as a page is drawn, or a part of it somewhere.
-  void Draw(Sheet& target, const Sheet& source) {
-    const bool whole = Number(0, 1) == 0;
-    const auto border = [this] { return Number(0, 2) == 0 ? Number(-2, 2) : 0; };
-    const INT dx = whole ? border() : Number(-60, 160), dy = whole ? border() : Number(-60, 160);
-    const Rect part = whole ? Rect(0, 0, source.width, source.height)
-                            : Rect(Number(-20, 60), Number(-20, 60), Number(1, 150), Number(1, 99));
-    Graphics graphics(target.bitmap.get());
-    graphics.DrawImage(source.bitmap.get(), Rect(dx, dy, part.Width, part.Height), part.X, part.Y,
-                       part.Width, part.Height, UnitPixel);
-    EXPECT_EQ(graphics.GetLastStatus(), Ok);
-    for (INT j = std::max(part.Y, 0); j < std::min(part.Y + part.Height, source.height); ++j) {
-      for (INT i = std::max(part.X, 0); i < std::min(part.X + part.Width, source.width); ++i) {
-        const INT tx = i - part.X + dx, ty = j - part.Y + dy;
-        if (tx < 0 || ty < 0 || tx >= target.width || ty >= target.height) continue;
-        target.pixels[ty * target.width + tx] =
-            ColorOn(target, source.pixels[j * source.width + i]);
+  static Colors Expected(const Page& page, INT dx, INT dy, RotateFlipType turn) {
+    Colors colors(page.width * page.height);
+    for (INT y = 0; y < page.height; ++y) {
+      for (INT x = 0; x < page.width; ++x) {
+        const INT to = turn == Rotate90FlipNone    ? x * page.height + page.height - 1 - y
+                       : turn == Rotate270FlipNone ? (page.width - 1 - x) * page.height + y
+                                                   : y * page.width + x;
+        colors[to] = page.At(x - dx, y - dy);
       }
     }
+    return colors;
   }
-  void Turn(Sheet& sheet) {
-    const bool clockwise = Number(0, 2) != 0;
-    ASSERT_EQ(sheet.bitmap->RotateFlip(clockwise ? Rotate90FlipNone : Rotate270FlipNone), Ok);
-    const Colors before = sheet.pixels;
-    const INT width = sheet.width, height = sheet.height;
-    for (INT y = 0; y < height; ++y) {
-      for (INT x = 0; x < width; ++x) {
-        const INT to = clockwise ? x * height + height - 1 - y : (width - 1 - x) * height + y;
-        sheet.pixels[to] = before[y * width + x];
-      }
-    }
-    std::swap(sheet.width, sheet.height);
-  }
-  void ChangeDot(Sheet& sheet) {
-    const BitmapData data = Lock(*sheet.bitmap);
-    *static_cast<BYTE*>(data.Scan0) ^= 0xC0;
-    sheet.pixels = ColorsOf(data);
-  }
-  void WriteAsDots(Sheet& sheet) {
-    if (sheet.bitmap->GetPixelFormat() == PixelFormat1bppIndexed) return ChangeDot(sheet);
-    BitmapData data = {};
-    ASSERT_EQ(PlatformLockDots(sheet.bitmap.get(), ImageLockModeWrite, &data), Ok);
-    FillAtRandom(data);
-    sheet.pixels = ColorsOf(data);
-  }
-  // Rows read as planes, of greens and of what they are not; bytes beside them stay.
-  void CompareGreens(const Sheet& sheet) {
+  // The greens of all rows, read some rows at a time in two planes: green and its complement.
+  static Colors GreensOf(Bitmap& bitmap) {
     class Greens final : public PixelReduction {
       void Reduce(const BYTE* pixels, INT count, BYTE* const* planes) override {
         for (INT i = 0; i < count; ++i) {
@@ -153,75 +111,105 @@ class Drawings : public GdiPlus {
         }
       }
     } reduction;
-    const INT top = Number(0, sheet.height - 1), rows = Number(1, sheet.height - top);
-    const INT stride = sheet.width + 2;
-    std::vector<BYTE> bytes(2 * stride * rows, 0x5A), expected = bytes;
-    const BytePlane planes[] = {{bytes.data() + 1, stride},
-                                {bytes.data() + stride * rows + 1, stride}};
-    ASSERT_EQ(PlatformReadPlanes(sheet.bitmap.get(), top, rows, reduction, planes, 2), Ok);
-    for (INT i = 0; i < rows * sheet.width; ++i) {
-      const BYTE green = static_cast<BYTE>(sheet.pixels[top * sheet.width + i] >> 8);
-      BYTE* at = &expected[i / sheet.width * stride + 1 + i % sheet.width];
-      at[0] = green, at[stride * rows] = static_cast<BYTE>(~green);
+    const INT width = static_cast<INT>(bitmap.GetWidth());
+    const INT height = static_cast<INT>(bitmap.GetHeight());
+    Colors greens;
+    for (INT top = 0; top < height; top += 50) {
+      const INT rows = std::min(50, height - top), stride = width + 2;
+      std::vector<BYTE> bytes(2 * stride * rows, 0x5A);
+      const BytePlane planes[] = {{bytes.data() + 1, stride},
+                                  {bytes.data() + stride * rows + 1, stride}};
+      EXPECT_EQ(PlatformReadPlanes(&bitmap, top, rows, reduction, planes, 2), Ok);
+      for (INT i = 0; i < rows * width; ++i) {
+        const BYTE* at = &bytes[i / width * stride + 1 + i % width];
+        EXPECT_EQ(at[stride * rows], static_cast<BYTE>(~at[0]));
+        greens.push_back(at[0]);
+      }
+      for (INT row = 0; row < 2 * rows; ++row) {  // bytes beside the rows stay
+        EXPECT_EQ(bytes[row * stride], 0x5A);
+        EXPECT_EQ(bytes[row * stride + width + 1], 0x5A);
+      }
     }
-    ASSERT_EQ(bytes, expected);
+    return greens;
   }
-  void Compare(const Sheet& sheet) {
-    BitmapData data = {};
-    if (sheet.bitmap->GetPixelFormat() == PixelFormat24bppRGB) CompareGreens(sheet);
-    // Only some pages can be read as bits too.
-    if (PlatformLockDots(sheet.bitmap.get(), ImageLockModeRead, &data) == Ok) {
-      ASSERT_EQ(ColorsOf(data), sheet.pixels);
-    }
-    if (Number(0, 9) == 0) {
-      ASSERT_EQ(ColorsOfPng(Png(*sheet.bitmap)), sheet.pixels);
-    }
-    if (Number(0, 3) == 0) {
-      ASSERT_EQ(ColorsOf(*sheet.bitmap), sheet.pixels);
-    }
-  }
-
-  std::vector<BYTE> page;  // for the widest bitmap
 };
 
-TEST_F(Drawings, ShowWhatTheyWouldShowIfMadeAtOnceOnEveryProcessor) {
-  const std::vector<BYTE> captured = page;
+TEST_F(Drawings, PageIsDrawnWithBordersAndTurnedOnEveryProcessor) {
   for (std::int64_t left = hwy::SupportedTargets(); left != 0; left &= left - 1) {
     hwy::SetSupportedTargetsForTest(left & -left);
     hwy::GetChosenTarget().Update(left & -left);
-    Sheet sheets[5];
-    for (Sheet& sheet : sheets) Make(sheet, sheets[0]);
-    for (int step = 0; step < 12000 && !HasFatalFailure(); ++step) {
-      SCOPED_TRACE(hwy::TargetName(left & -left) + std::string(", step ") + std::to_string(step));
-      const INT at = Number(0, 4);
-      Sheet &sheet = sheets[at], &other = sheets[(at + Number(1, 4)) % 5];
-      switch (Number(0, 9)) {
-        case 0:
-          Make(sheet, other);
-          break;
-        case 1:
-          Clear(sheet);
-          break;
-        case 2:
-          ChangeDot(sheet);
-          break;
-        case 3:
-          WriteAsDots(sheet);
-          break;
-        case 4:
-          Turn(sheet);
-          break;
-        case 5:
-          Compare(sheet);
-          break;
-        default:
-          Draw(sheet, other);
+    SCOPED_TRACE(hwy::TargetName(left & -left));
+    for (const auto& [width, height] : {std::pair(1, 1), {5, 300}, {131, 64}, {260, 97}}) {
+      for (const auto& [dx, dy] : {std::pair(0, 0), {7, 3}, {-2, 90}, {400, 0}}) {
+        for (const RotateFlipType turn :
+             {RotateNoneFlipNone, Rotate90FlipNone, Rotate270FlipNone}) {
+          Page page(width, height, random);
+          const std::unique_ptr<Bitmap> drawn = Draw(page, dx, dy, turn);
+          const Colors expected = Expected(page, dx, dy, turn);
+          Colors greens = expected;
+          for (DWORD& color : greens) color = color >> 8 & 0xFF;
+          ASSERT_EQ(GreensOf(*drawn), greens) << width << ' ' << dx << ' ' << turn;
+          ASSERT_EQ(ColorsOfPng(Png(*drawn)), expected);
+          ASSERT_EQ(ColorsOf(*drawn), expected);
+        }
       }
     }
   }
   hwy::SetSupportedTargetsForTest(0);
   hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  EXPECT_EQ(page, captured);  // a buffer is read only
+}
+
+TEST_F(Drawings, StayWhateverHappensToThePageTheyWereDrawnFrom) {
+  for (int fate = 0; fate < 5; ++fate) {
+    auto page = std::make_unique<Page>(40, 30, random);
+    const std::vector<BYTE> captured = page->buffer;
+    const Colors expected = Expected(*page, 4, 2, Rotate90FlipNone);
+    std::unique_ptr<Bitmap> drawn = Draw(*page, 4, 2, Rotate90FlipNone);
+    BitmapData dots = {};
+    switch (fate) {
+      case 0:
+        Graphics(&page->bitmap).Clear(0xFF00FF00);
+        break;
+      case 1:
+        *static_cast<BYTE*>(Lock(page->bitmap).Scan0) ^= 0xFF;
+        break;
+      case 2:
+        EXPECT_EQ(page->bitmap.RotateFlip(Rotate270FlipNone), Ok);
+        break;
+      case 3:
+        EXPECT_EQ(PlatformLockDots(&page->bitmap, ImageLockModeWrite, &dots), Ok);
+        std::memset(dots.Scan0, 0x55, dots.Stride * dots.Height);
+        break;
+      case 4:
+        EXPECT_EQ(page->buffer, captured);
+        page.reset();
+    }
+    EXPECT_TRUE(page == nullptr || page->buffer == captured);  // it is only read
+    EXPECT_EQ(ColorsOf(*drawn), expected) << fate;
+  }
+}
+
+TEST_F(Drawings, DotsAreKeptAsBitsUntilPixelsAreWanted) {
+  Bitmap page(37, 9, PixelFormat24bppRGB), oneBit(37, 9, PixelFormat1bppIndexed);
+  BitmapData dots = {};
+  EXPECT_EQ(PlatformLockDots(&page, ImageLockModeRead, &dots), InvalidParameter);
+  ASSERT_EQ(PlatformLockDots(&page, ImageLockModeWrite, &dots), Ok);
+  FillAtRandom(dots);
+  const Colors written = ColorsOf(dots);
+  ASSERT_EQ(PlatformUnlockDots(&page, &dots), Ok);
+  ASSERT_EQ(PlatformLockDots(&page, ImageLockModeRead, &dots), Ok);
+  EXPECT_EQ(ColorsOf(dots), written);
+  Bitmap shown(37, 9, PixelFormat24bppRGB);
+  Graphics(&shown).DrawImage(&page, 0, 0);
+  EXPECT_EQ(ColorsOf(shown), written);
+  EXPECT_EQ(ColorsOf(page), written);
+  EXPECT_EQ(PlatformLockDots(&page, ImageLockModeRead, &dots), InvalidParameter);
+
+  // As published: no drawing on indexed bitmaps, but drawing from them.
+  EXPECT_EQ(Graphics(&oneBit).GetLastStatus(), OutOfMemory);
+  FillAtRandom(Lock(oneBit));
+  Graphics(&shown).DrawImage(&oneBit, 0, 0);
+  EXPECT_EQ(ColorsOf(shown), ColorsOf(oneBit));
 }
 
 TEST_F(GdiPlus, EveryLinkGetsTheSamePicture) {

@@ -97,7 +97,9 @@ GpStatus GdipBitmapUnlockBits(GpBitmap* bitmap, BitmapData* lockedBitmapData) {
 GpStatus GdipImageRotateFlip(GpImage* image, RotateFlipType type) {
   const GpStatus status = Check("GdipImageRotateFlip", image != nullptr);
   if (status != Ok || type == RotateNoneFlipNone) return status;
-  if (type != Rotate90FlipNone && type != Rotate270FlipNone) return NotImplemented;
+  if (image->IsOneBit() || (type != Rotate90FlipNone && type != Rotate270FlipNone)) {
+    return NotImplemented;
+  }
   return image->Turn(type == Rotate90FlipNone) ? Ok : OutOfMemory;
 }
 

@@ -88,6 +88,7 @@ GpStatus GdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics) {
   *graphics = nullptr;
   const GpStatus status = Check("GdipGetImageGraphicsContext", image != nullptr);
   if (status != Ok) return status;
+  if (image->IsOneBit()) return OutOfMemory;
   *graphics = new (std::nothrow) GpGraphics{image};
   return *graphics == nullptr ? OutOfMemory : Ok;
 }

@@ -43,7 +43,7 @@ void GpImage::FillRows(INT count, const PixelRows& rows) const {
   for (INT y = 0; y < count; ++y) {
     BYTE* pixel = rows.Row(y);
     if (IsOneBit() || (red == green && green == blue)) {
-      std::memset(pixel, !IsOneBit() ? blue : IsLight(red, green, blue) ? 0xFF : 0, strideBytes);
+      std::memset(pixel, blue, strideBytes);
       continue;
     }
     for (INT x = 0; x < width; ++x, pixel += 3) {
@@ -96,13 +96,13 @@ void GpImage::Draw(const Drawing& drawing) {
   } else {
     ChangePixels();
   }
-  DrawRows(drawing, IsOneBit(), 0, height, Rows());
+  DrawRows(drawing, 0, height, Rows());
 }
 
 // A drawing on a colour can wait. One of an image that is itself still to be drawn on the same
 // colour is a drawing of that image's source.
 bool GpImage::PutOff(Drawing drawing) {
-  if (m_content != Content::Color || IsOneBit() || drawing.source->IsOneBit()) return false;
+  if (m_content != Content::Color || drawing.source->IsOneBit()) return false;
   const GpImage& drawn = *drawing.source;
   if (drawn.m_content == Content::Drawing && drawn.m_color == m_color) {
     const Area part = Intersect(drawing.part, drawn.m_drawing.Target());
@@ -119,8 +119,8 @@ bool GpImage::PutOff(Drawing drawing) {
 }
 
 bool GpImage::Turn(bool clockwise) {
-  const std::int64_t bits = std::int64_t{height} * (IsOneBit() ? 1 : 24);
-  GpImage turned(height, width, format, static_cast<INT>((bits + 31) / 32 * 4));
+  const std::int64_t rowBytes = (std::int64_t{24} * height + 31) / 32 * 4;
+  GpImage turned(height, width, format, static_cast<INT>(rowBytes));
   if (!turned.HasMemory()) return false;
   DrawReaders();
   const Transform turn =
@@ -129,7 +129,7 @@ bool GpImage::Turn(bool clockwise) {
     m_drawing.place = Combine(m_drawing.place, turn);
   } else if (m_content != Content::Color) {
     MakePixels();
-    DrawRows({this, Bounds(), turn}, IsOneBit(), 0, turned.height, turned.Rows());
+    DrawRows({this, Bounds(), turn}, 0, turned.height, turned.Rows());
   }
   std::swap(width, height);
   strideBytes = turned.strideBytes;
@@ -156,7 +156,7 @@ void GpImage::Forget() {
 
 PixelRows GpImage::DrawnRows(INT top, INT bottom) {
   if (!m_drawing.Target().Contains({0, top, width, bottom})) FillRows(bottom - top, Rows());
-  DrawRows(m_drawing, false, top, bottom, Rows());
+  DrawRows(m_drawing, top, bottom, Rows());
   return Rows();
 }
 

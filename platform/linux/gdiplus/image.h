@@ -91,13 +91,8 @@ inline GpImage* NativeImage(const Image* image) {
 // Why a call cannot go on, Ok when it can.
 GpStatus Check(const char* call, bool argumentsValid);
 
-// Luminance 128 and above counts as white. Weights of ITU-R BT.601.
-inline bool IsLight(BYTE red, BYTE green, BYTE blue) {
-  return 299 * red + 587 * green + 114 * blue >= 128 * 1000;
-}
-
 // Draws what lands in the rows from top up to bottom; the first of rows is the row top.
-void DrawRows(const Drawing& drawing, bool oneBit, INT top, INT bottom, const PixelRows& rows);
+void DrawRows(const Drawing& drawing, INT top, INT bottom, const PixelRows& rows);
 
 // Writes the image to the stream as a PNG file.
 GpStatus WritePng(GpImage& image, IStream* stream);
