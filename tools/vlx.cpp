@@ -1,8 +1,10 @@
 // The command vlx.
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include "common/command.h"
 #include "common/error.h"
@@ -71,6 +73,14 @@ int Report(const CommandError& error) {
   return error.Code();
 }
 
+// Output that could not be written is never success, whatever the command thought of it.
+int WithOutput(int code) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
+  const std::string why = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+  return Report(CommandError(kExitTarget, "Standard output cannot be written" + why +
+                                              "; check where it goes and the space there"));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -78,7 +88,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);  // the exit status of helper programs is needed
   try {
-    return Run(argc, argv);
+    return WithOutput(Run(argc, argv));
   } catch (const PageTooLargeError& error) {
     return Report(
         CommandError(error.Code(), error.Fact(),

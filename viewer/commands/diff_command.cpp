@@ -4,6 +4,7 @@
 
 #include "common/error.h"
 #include "viewer/commands/commands.h"
+#include "viewer/commands/job_file.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
 #include "viewer/language/text.h"
@@ -31,7 +32,7 @@ Examples:
   vlx diff before.job after.job
   vlx diff before.job after.job -o differences --dpi 300
 
-Exit codes: 0 both print the same, 1 they differ, 2 usage, 3 job unreadable,
+Exit codes: 0 both print the same, 1 they differ, 2 usage, 3 unreadable or no job,
 5 output cannot be written)";
 
 // Writes the picture of a difference. Returns its path, empty if there is none.
@@ -54,7 +55,7 @@ Json ToJson(const LabelDiff& diff, const std::string& path) {
 }
 
 int Diff(const DiffOptions& options) {
-  const std::string a = ReadJobFile(options.a), b = ReadJobFile(options.b);
+  const std::string a = ReadJob(options.a), b = ReadJob(options.b);
   if (!options.folder.empty()) MakeFolder(options.folder);
   Json labels = Json::array();
   const JobDiff result = DiffJobs(a, b, options.dpi, [&](const LabelDiff& diff) {

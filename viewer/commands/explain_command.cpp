@@ -5,6 +5,7 @@
 
 #include "common/error.h"
 #include "viewer/commands/commands.h"
+#include "viewer/commands/job_file.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
 #include "viewer/language/text.h"
@@ -21,7 +22,7 @@ using Json = nlohmann::ordered_json;
 constexpr std::size_t kLineShown = 200;
 
 int Explain(const std::string& path, bool json) {
-  const std::string job = ReadJobFile(path);
+  const std::string job = ReadJob(path);
   if (!json) {
     ExplainJob(job, [](const Explanation& it) {
       std::size_t shown = std::min(it.text.size(), kLineShown);
@@ -45,7 +46,7 @@ int Explain(const std::string& path, bool json) {
 }
 
 int Lint(const std::string& path, double dpi, bool json) {
-  const std::string job = ReadJobFile(path);
+  const std::string job = ReadJob(path);
   const LintResult result = LintJob(job, dpi);
   if (json) {
     Json faults = Json::array();
@@ -80,7 +81,7 @@ Command AddExplainCommand(CLI::App& program) {
       "Examples:\n"
       "  vlx explain label.job\n"
       "  vlx print label.png -o - | vlx explain -\n\n"
-      "Exit codes: 0 done, 2 usage, 3 job unreadable");
+      "Exit codes: 0 done, 2 usage, 3 unreadable or no job");
   return {explain, [options] { return Explain(options->job, options->json); }};
 }
 
@@ -99,6 +100,6 @@ Command AddLintCommand(CLI::App& program) {
       "Examples:\n"
       "  vlx lint label.job\n"
       "  vlx lint label.job --dpi 203 --json\n\n"
-      "Exit codes: 0 nothing found, 1 something found, 2 usage, 3 job unreadable");
+      "Exit codes: 0 nothing found, 1 something found, 2 usage, 3 unreadable or no job");
   return {lint, [options] { return Lint(options->job, options->dpi, options->json); }};
 }

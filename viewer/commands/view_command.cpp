@@ -1,9 +1,11 @@
 // vlx view: draws the labels of a job as pictures and as a contact sheet.
 
+#include <chrono>
 #include <cstdio>
 
 #include "common/error.h"
 #include "viewer/commands/commands.h"
+#include "viewer/commands/job_file.h"
 #include "viewer/commands/options.h"
 #include "viewer/files.h"
 #include "viewer/language/text.h"
@@ -22,6 +24,7 @@ struct ViewOptions {
   std::string highlight;
   bool asFed = false;
   bool json = false;
+  unsigned limit = 60;
 };
 
 constexpr const char* kViewNotes =
@@ -29,12 +32,15 @@ constexpr const char* kViewNotes =
 label; if there are none, it is 300. Pictures are upright; with --as-fed they are turned as the
 labels leave the printer, with the row printed first on top.
 
+Without -o, --sheet and --json the pictures go to a folder named after the job.
+
 Examples:
+  vlx view label.job
   vlx view label.job -o pictures
   vlx view label.job --sheet label.html
   vlx print label.png -o - | vlx view - --sheet label.html
 
-Exit codes: 0 done, 2 usage, 3 job unreadable or without labels, 5 output cannot be written)";
+Exit codes: 0 done, 2 usage, 3 unreadable, no job or without labels, 5 output cannot be written)";
 
 class Viewing {
  public:
@@ -44,15 +50,19 @@ class Viewing {
         m_view(job, options.dpi),
         m_highlight(options.highlight.empty() ? kDefaultHighlight : ReadColour(options.highlight)),
         m_stem(JobStem(options.job)) {
-    // Asked for nothing in particular, the pictures go where the user is.
-    m_folder = !options.folder.empty()                  ? options.folder
-               : options.sheet.empty() && !options.json ? "."
-                                                        : "";
+    // Asked for nothing in particular, the pictures go to a folder named after the job.
+    m_folder = options.folder;
+    if (m_folder.empty() && options.sheet.empty() && !options.json) m_folder = m_stem;
     if (!m_folder.empty()) MakeFolder(m_folder);
   }
 
   int Run() {
-    while (std::optional<DrawnLabel> drawn = m_view.Next()) Show(std::move(*drawn));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(m_options.limit);
+    while (std::optional<DrawnLabel> drawn = m_view.Next()) {
+      Show(std::move(*drawn));
+      m_stopped = std::chrono::steady_clock::now() > end;
+      if (m_stopped) break;
+    }
     if (m_totals.labels == 0) {
       throw CommandError(kExitInput, "The job " + m_options.job +
                                          " prints no label: run vlx lint to see what is wrong");
@@ -62,7 +72,10 @@ class Viewing {
                      ContactSheet(m_stem, m_job.size(), m_view, m_totals, m_strip));
     }
     Report();
-    return kExitDone;
+    if (!m_stopped) return kExitDone;
+    throw CommandError(kExitInput, "Drawing stopped after " + Counted(m_totals.labels, "label") +
+                                       ": the limit is " + Counted(m_options.limit, "second") +
+                                       "; --limit SECONDS draws for longer");
   }
 
  private:
@@ -79,7 +92,7 @@ class Viewing {
       char number[32];
       std::snprintf(number, sizeof number, "-%04llu.png",
                     static_cast<unsigned long long>(drawn.label.number));
-      path = m_folder == "." ? m_stem + number : m_folder + "/" + m_stem + number;
+      path = m_folder + "/" + m_stem + number;
       WriteWholeFile(path, png);
     }
     if (!drawn.picture) {
@@ -135,7 +148,8 @@ class Viewing {
   JobView m_view;
   const Colour m_highlight;
   const std::string m_stem;
-  std::string m_folder;
+  std::string m_folder;  // empty: no pictures are written
+  bool m_stopped = false;
   JobTotals m_totals;
   LabelStrip m_strip;
   nlohmann::ordered_json m_labels = nlohmann::ordered_json::array();
@@ -152,10 +166,12 @@ Command AddViewCommand(CLI::App& program) {
   AddDpiOption(*view, options->dpi);
   view->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");
   view->add_flag("--as-fed", options->asFed, "Draw labels as they leave the printer, not upright");
+  view->add_option("--limit", options->limit, "Seconds after which drawing stops")
+      ->check(CLI::Range(1, 86400));
   view->add_flag("--json", options->json, "Write a description of job and labels as JSON");
   view->footer(kViewNotes);
   return {view, [options] {
-            const std::string job = ReadJobFile(options->job);
+            const std::string job = ReadJob(options->job);
             return Viewing(*options, job).Run();
           }};
 }
