@@ -1,4 +1,4 @@
-// Bitmaps: making, copying, reducing to 1 bit, finding content, comparing.
+// Makes, copies, reduces and compares bitmaps, and finds their content.
 
 #include <algorithm>
 #include <bit>
@@ -12,13 +12,13 @@ using Gdiplus::Bitmap;
 
 namespace {
 
-// The bits of the last byte of a row that belong to the image.
+// The bits in the last byte of a row that are pixels.
 BYTE LastByteMask(INT width) {
   const INT used = width & 7;
   return used == 0 ? 0xFF : static_cast<BYTE>(0xFF << (8 - used));
 }
 
-// The black bits of byte i of a row, set.
+// Byte i of a row with its black pixels as 1 bits.
 BYTE BlackBits(const BYTE* row, INT i, INT width) {
   const auto black = static_cast<BYTE>(~row[i]);
   return i == (width - 1) / 8 ? static_cast<BYTE>(black & LastByteMask(width)) : black;
@@ -43,8 +43,8 @@ bool HasContent(const Pixels& pixels, INT y) {
   return false;
 }
 
-// Black bits of all rows laid over each other tell the first and the last column. Only bytes
-// outside of what is known already are looked at.
+// The first or last column with a black pixel in any row; -1 if none. Looks only at bytes beyond
+// the column found so far.
 INT ContentColumn(Bitmap* bitmap, bool last) {
   const Pixels pixels(bitmap, PixelFormat1bppIndexed);
   if (!pixels.IsValid()) return -1;
@@ -92,7 +92,7 @@ void BitmapHelper::Copy24BPPBufferToBitmap(const BYTE* buffer, INT width, INT he
 }
 
 INT BitmapHelper::GetMonochromeImage1BPP(Bitmap* source, Bitmap* target) {
-  const Dots dots(source);  // it may be kept as such
+  const Dots dots(source);  // valid if the source was written as dots
   const Pixels from(dots.IsValid() ? nullptr : source, PixelFormat24bppRGB);
   const LockedRows& given = dots.IsValid() ? static_cast<const LockedRows&>(dots) : from;
   if (!given.IsValid() || !HasSize(target, given.Width(), given.Height()) ||

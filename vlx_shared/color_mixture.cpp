@@ -9,9 +9,9 @@
 namespace {
 
 constexpr double kLargestSquaredDistance = 3.0 * 255.0 * 255.0;
-// The squared chroma below which a highlight colour counts as grey.
+// A highlight colour with less squared chroma counts as grey.
 constexpr double kLeastSquaredChroma = 16.0 * 16.0;
-// What rounding in the kernels may make of a pixel that is exactly a mixture.
+// Rounding in the kernels may move an exact mixture off by this.
 constexpr double kOffRounding = 40.0;
 
 std::uint16_t Clamp16(double value) {
@@ -34,7 +34,8 @@ ColorMixture::ColorMixture(Gdiplus::ARGB highlight, double tolerance)
     toBlack += channel * channel;
     toWhite += (255 - channel) * (255 - channel);
   }
-  // Half the tolerance prints solid, but never half of the way to black or to the paper.
+  // Colours within half the tolerance print solid, but at most a quarter of the way to black or
+  // white.
   const double solid =
       std::min({reach * reach * kLargestSquaredDistance / 4, toBlack / 16, toWhite / 16});
   solidLimit = Clamp16(std::floor(solid / 4));
@@ -42,7 +43,7 @@ ColorMixture::ColorMixture(Gdiplus::ARGB highlight, double tolerance)
   const BYTE pixel[3] = {static_cast<BYTE>(color[0]), static_cast<BYTE>(color[1]),
                          static_cast<BYTE>(color[2])};
   lumaDeficit = static_cast<std::uint16_t>(255 - Luma(pixel));
-  if (chroma < kLeastSquaredChroma) return;  // grey has no hue: only the colour itself counts
+  if (chroma < kLeastSquaredChroma) return;  // grey has no hue: only near colours count
 
   double largest = 0.0;
   for (const double channel : color) {
@@ -52,7 +53,7 @@ ColorMixture::ColorMixture(Gdiplus::ARGB highlight, double tolerance)
   const double scale = 255.0 / chroma * 32768.0 / (1 << exponent);
   weight[0] = static_cast<std::int16_t>(std::lround((color[0] - mean) * scale));
   weight[2] = static_cast<std::int16_t>(std::lround((color[2] - mean) * scale));
-  weight[1] = static_cast<std::int16_t>(-weight[0] - weight[2]);  // greys add up to nothing
+  weight[1] = static_cast<std::int16_t>(-weight[0] - weight[2]);  // so that greys add up to 0
   amountShift = static_cast<std::int16_t>(7 - exponent);
   alongScale = Clamp16(std::sqrt(1.5 * chroma) / 255.0 * 2 * (1 << exponent) * 8192.0);
   offLimit = Clamp16(reach * reach * kLargestSquaredDistance * 1.5 + kOffRounding);

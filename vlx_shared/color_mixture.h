@@ -1,37 +1,38 @@
-// A pixel as a mixture of paper white, black and the highlight colour. The amount of highlight is
-// the pixel's chroma (what distinguishes it from grey) along the highlight's; what its brightness
-// then lacks is black.
+// A pixel as a mixture of white paper, black and the highlight colour. Chroma is a pixel's
+// difference from grey. The amount of highlight is the pixel's chroma projected onto the
+// highlight's. The darkness that remains is black.
 #pragma once
 
 #include <cstdint>
 
 #include "platform/gdiplus.h"
 
-// The numbers of one highlight colour and tolerance, channels blue, green, red. Everything fits 16
-// bits, so that vector units take as many pixels at once as possible.
+// Constants of one highlight colour and tolerance; channels in the order blue, green, red. All of
+// them fit 16 bits, so that a vector holds many pixels.
 struct ColorMixture {
-  // tolerance: a part of the largest colour distance and of half a turn of hue, 0 to 1.
+  // tolerance: 0 to 1, as a fraction of the largest colour distance and of 180 degrees of hue.
   ColorMixture(Gdiplus::ARGB highlight, double tolerance);
 
   std::int16_t color[3];
-  // Chroma along the highlight's: the products of the channels, shifted left by 7, with these
-  // 32768ths add up to the amount in parts of 1 << amountShift of a level.
+  // Projection onto the highlight's chroma: each channel << 7 times its weight in 32768ths. The sum
+  // is the amount in levels << amountShift.
   std::int16_t weight[3] = {};
   std::int16_t amountShift = 0;
-  // From that sum to the length of the chroma along the highlight's, squared and times 3/2.
+  // Scales that sum to the length of the projection; its square is then times 3/2.
   std::uint16_t alongScale = 0;
-  // How far chroma may be off the highlight's: squared and times 3/2, or by its angle (65535ths).
+  // How far a pixel's chroma may be from the highlight's: by its distance, squared and times 3/2,
+  // or by its angle, in 65535ths.
   std::uint16_t offLimit = 0;
   std::uint16_t cosineSquared = 0;
   std::uint16_t sineSquared = 0;
-  // Squared and quartered distance from the highlight up to which a pixel prints solid.
+  // A pixel prints solid up to this squared distance from the highlight, divided by 4.
   std::uint16_t solidLimit = 0;
-  // 256ths of the highlight's amount up to which black beside it is left out: a highlight colour
-  // that is a little dark stays clean, and so do its edges.
+  // Black up to this part of the highlight's amount, in 256ths, is left out. That keeps slightly
+  // dark highlight colours, and their edges, free of black dots.
   std::uint16_t blackTrace = 0;
-  // Brightness that a solid highlight lacks to white.
+  // Luma of white minus that of the solid highlight.
   std::uint16_t lumaDeficit = 0;
 };
 
-// An amount of black or highlight, of 255, that rounding may have made.
+// Amounts of black or highlight up to this, of 255, may come from rounding.
 inline constexpr int kTrace = 3;

@@ -1,4 +1,4 @@
-// Splitting a page into what is printed in black and what is printed in the highlight colour.
+// Dithering in two colours: black and the highlight colour.
 
 #include <new>
 

@@ -1,4 +1,4 @@
-// Configuration records of printers, made from what the system file says of them.
+// Configuration records of printers, made from the label bounds in system.toml.
 
 #include <algorithm>
 #include <list>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Records are kept by content: a pointer handed out stays good when the file changes.
+// One record for each set of bounds. Pointers to records stay valid when system.toml changes.
 struct Cache {
   std::mutex mutex;
   int instances = 0;

@@ -12,19 +12,19 @@ namespace {
 DiffusionRule PlainRule(INT parameter) { return {0, 8 * std::clamp(parameter, 0, 255), 0}; }
 
 DiffusionRule ClusteredRule(INT parameter) {
-  // At 192 two to four dots hold together: large enough for a thermal head to print each alike.
+  // At 192 dots stand in groups of two to four. A thermal head prints such groups evenly.
   const INT strength = parameter == 0 ? 192 : std::clamp(parameter, 1, 255);
   return {strength, 3 * strength, 0};
 }
 
-// What each ditherer does: it lays a screen over the page, or it diffuses errors.
+// A ditherer either lays a screen over the page or diffuses errors.
 struct Ditherer {
   eBitmapDitherer number;
   Tile (*screen)(INT parameter);
   DiffusionRule (*diffusion)(INT parameter);
 };
 constexpr Ditherer kDitherers[] = {
-    {eFloydSteinberg, nullptr, PlainRule},  // unknown ones are this one
+    {eFloydSteinberg, nullptr, PlainRule},  // also for unknown numbers
     {eThreshold, ThresholdTile, nullptr},          {eOrdered, OrderedTile, nullptr},
     {eClusteredDot, ClusteredDotTile, nullptr},    {eBlueNoise, BlueNoiseTile, nullptr},
     {eClusteredDiffusion, nullptr, ClusteredRule},
@@ -36,8 +36,9 @@ const Ditherer& DithererOf(eBitmapDitherer number) {
   return found == std::end(kDitherers) ? kDitherers[0] : *found;
 }
 
-// Dots print larger than they are: a part a of the paper covered with dots looks like a + 4 g a (1
-// - a), with the gain g at a half. The levels that print like the wanted ones; greys remain greys.
+// The levels to print instead of the wanted ones. Dots print larger than they are: if they should
+// cover the part a of the paper, they cover a + 4 g a (1 - a), where g is the gain at one half.
+// Greys stay greys.
 std::optional<std::array<BYTE, 256>> ToneCurve(INT gainPercent) {
   if (gainPercent == 0) return std::nullopt;
   const auto printed = [gainPercent](INT covered) {
@@ -113,7 +114,7 @@ void Halftone::Dither(INT rows, bool hasGrey) {
   } else if (hasGrey) {
     ApplyDiffusion(rows);
   } else if (!m_stateIsClear) {
-    // Black and white pass no error on.
+    // Rows of black and white pass no error on.
     std::fill_n(m_states.get(), m_stateSize, std::int16_t{0});
     m_stateIsClear = true;
   }

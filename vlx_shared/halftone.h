@@ -1,4 +1,4 @@
-// A page becomes dots of one or two inks.
+// Turns a page into dots of one or two inks.
 #pragma once
 
 #include <array>
@@ -12,53 +12,52 @@
 #include "vlx_shared/raster_kernels.h"
 #include "vlx_shared/screens.h"
 
-// Makes levels of each ink from pixels, and remembers whether there are greys among them.
+// Turns pixels into levels of each ink and remembers whether any of them was grey.
 class LevelReader : public PixelReduction {
  public:
   void Reduce(const BYTE* pixels, INT count, BYTE* const* levels) final {
     m_hasGrey |= Levels(pixels, count, levels);
   }
-  // Whether one of the pixels since the last call is neither black nor white.
+  // Whether a level since the last call was neither 0 nor 255.
   bool TakeHasGrey() { return std::exchange(m_hasGrey, false); }
 
  protected:
   ~LevelReader() = default;
 
  private:
-  // Returns whether a level is neither 0 nor 255.
+  // Returns whether any level is neither 0 nor 255.
   virtual bool Levels(const BYTE* pixels, INT count, BYTE* const* levels) = 0;
 
   bool m_hasGrey = false;
 };
 
-// The working memory of a page and its ditherer. Not for more than one page or thread.
+// The ditherer of one page and its working memory. Use a new one for each page; not thread-safe.
 class Halftone {
  public:
-  // inks: 1, or 2 for black and highlight, which then never print on each other. Throws
+  // inks: 1, or 2 for black and highlight, which never print on the same dot. Throws
   // std::bad_alloc.
   Halftone(eBitmapDitherer ditherer, INT parameter, INT widthPx, INT inks);
 
-  // Makes the dots of a whole page. dots: 1-bit rows of each ink, locked for writing and of the
-  // page's size. Throws std::bad_alloc when a bitmap is null or its pixels cannot be had.
+  // Makes the dots of a whole page. dots: for each ink 1-bit rows of the page's size, locked for
+  // writing. Throws std::bad_alloc if the page is null or pixels cannot be read or locked.
   void Print(Gdiplus::Bitmap* page, LevelReader& reader,
              std::initializer_list<const LockedRows*> dots);
 
  private:
-  // How many rows of levels are read at once, as many as the platform turns at a time: where the
-  // page lies turned, few rows of it are many small pieces of memory.
+  // Rows read at once. A turned page is read by its columns, which is slow for a few rows.
   static constexpr INT kRows = 4 * kStripRows;
 
-  // A row of levels, which become dots (0 and 255).
+  // A row of levels. Dithering replaces them by dots, 0 and 255.
   BYTE* Row(INT ink, INT row) { return m_levels[ink].Row(row); }
   LevelStrip Strip(INT ink, INT top) const;
-  // Dithers the first rows of the levels. hasGrey false promises that they are dots already.
+  // Dithers the first rows of the levels. hasGrey: false if they are all 0 or 255.
   void Dither(INT rows, bool hasGrey);
   void ApplyToneCurve(INT rows);
   void ApplyScreen(INT rows);
   void ApplyDiffusion(INT rows);
 
   const INT m_inks;
-  const std::optional<std::array<BYTE, 256>> m_toneCurve;  // none: levels print as they are
+  const std::optional<std::array<BYTE, 256>> m_toneCurve;  // nullopt: no correction
   INT m_pageRow = 0;
   DiffusionRule m_rule = {};
   std::optional<Screen> m_screen;

@@ -1,12 +1,12 @@
-// Access to the pixels of a GDI+ bitmap. Rows are padded to 4 bytes; 24-bit pixels are blue, green,
-// red, 1-bit rows begin with the most significant bit, 0 is black.
+// Scoped access to the pixels of a GDI+ bitmap. Rows are padded to 4 bytes. 24-bit pixels are blue,
+// green, red. 1-bit rows have their first pixel in the most significant bit; 0 is black.
 #pragma once
 
 #include <cstddef>
 
 #include "platform/extensions.h"
 
-// Rows of a bitmap that are held.
+// The locked rows of a bitmap.
 class LockedRows {
  public:
   LockedRows(const LockedRows&) = delete;
@@ -26,12 +26,12 @@ class LockedRows {
   LockedRows() = default;
   ~LockedRows() = default;
 
-  Gdiplus::Bitmap* m_bitmap = nullptr;  // null unless its rows are held
+  Gdiplus::Bitmap* m_bitmap = nullptr;  // null unless locked
   Gdiplus::BitmapData m_data = {};
 };
 
-// Holds a bitmap's pixels for reading, or for writing all of them. Not valid when the bitmap is
-// null or of another format.
+// Locks a bitmap's pixels for reading, or for writing all of them. Not valid if the bitmap is null,
+// has another format or cannot be locked.
 class Pixels : public LockedRows {
  public:
   Pixels(Gdiplus::Bitmap* bitmap, Gdiplus::PixelFormat format,
@@ -46,8 +46,8 @@ class Pixels : public LockedRows {
   }
 };
 
-// Holds the dots of a 24-bit bitmap as 1-bit rows: for writing all of them, or for reading if the
-// bitmap is kept as dots. Not valid otherwise.
+// Locks a 24-bit bitmap as 1-bit rows: for writing all of them, or for reading if it was written so
+// before. Not valid otherwise.
 class Dots : public LockedRows {
  public:
   explicit Dots(Gdiplus::Bitmap* bitmap, Gdiplus::ImageLockMode mode = Gdiplus::ImageLockModeRead) {

@@ -1,4 +1,4 @@
-// The kernels in plain code: what the vector code must equal.
+// The kernels in plain code. The vector code must give the same bytes.
 
 #include <algorithm>
 
@@ -57,7 +57,7 @@ bool Split(const BYTE* pixels, INT count, const ColorMixture& mixture, BYTE* bla
       if (amount > 0 && level >= 255 - trace) level = 255;
       if (amount <= kTrace) amount = 0;
       if (amount == 255) level = 255;
-      level = std::max(level, amount);  // both together cover no more than the paper
+      level = std::max(level, amount);  // together they cover no more than the whole dot
     }
     black[x] = static_cast<BYTE>(std::min(level, 255));
     highlight[x] = static_cast<BYTE>(255 - amount);
@@ -79,9 +79,9 @@ void ScreenTwo(BYTE* black, BYTE* highlight, INT count, const BYTE* thresholds, 
   }
 }
 
-// R. Floyd, L. Steinberg: "An Adaptive Algorithm for Spatial Greyscale", Proc. SID 17/2, 1976, and
-// with feedback R. Levien: "Output Dependent Feedback in Error Diffusion Halftoning", IS&T 1993.
-// One row of one ink; noise in 65536ths of the rule's range.
+// One row of one ink. After R. Floyd, L. Steinberg: "An Adaptive Algorithm for Spatial Greyscale",
+// Proc. SID 17/2, 1976; feedback after R. Levien: "Output Dependent Feedback in Error Diffusion
+// Halftoning", IS&T 1993.
 class DiffusedRow {
  public:
   DiffusedRow(BYTE* levels, const DiffusionRule& rule, const DiffusionState& state)
@@ -91,11 +91,11 @@ class DiffusedRow {
         m_dots(state.dots),
         m_above(state.error[0]) {}
 
-  // The pixels of a row in order. blocked: another ink prints here. Returns whether a dot is set.
+  // Decides pixel x; call in order. blocked: another ink prints here. Returns whether it is black.
   bool Next(INT x, INT noise, bool blocked) {
     const INT aboveRight = m_error[x + 1];
-    // What black or white at the left would have got of the pixel above comes down too: otherwise a
-    // photo's left edge, where every row begins without an error, would be too light or too dark.
+    // If the pixel at the left takes no error, its share from the pixel above comes here instead.
+    // Otherwise the left edge of a photo would be too light or too dark.
     const INT share = m_left == 0 ? 8 : 5;
     const INT sum = 7 * m_left + m_aboveLeft + share * m_above + 3 * aboveRight;
     m_aboveLeft = m_above;
@@ -106,7 +106,7 @@ class DiffusedRow {
       const INT wanted = 8 * m_levels[x] + (sum >> 4);
       const bool white = blocked || wanted + noise + m_leftDot + m_dots[x] >= 8 * kMiddle;
       m_levels[x] = white ? 255 : 0;
-      // An odd error makes up for the sum's rounding down, and is never 0.
+      // An odd error is never 0 and makes up for rounding the sum down.
       error = std::clamp(wanted - 8 * m_levels[x], -kLargestError, kLargestError) | 1;
       dot = white ? m_feedback : -m_feedback;
     }

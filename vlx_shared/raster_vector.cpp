@@ -1,5 +1,5 @@
 // The kernels in vector code, compiled once for each kind of vector unit and chosen at run time.
-// What is left at the end of a row goes to the plain ones.
+// The plain kernels do the rest of a row that does not fill a vector.
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "vlx_shared/raster_vector.cpp"
@@ -18,7 +18,7 @@ namespace vlx::HWY_NAMESPACE {
 const RasterKernels& TargetKernels() { return PlainKernels(); }
 #else
 
-// Bytes of a step. Wider units gain nothing here: the pixels' three channels cross their blocks.
+// One step's bytes. Wider vectors gain nothing: splitting pixels into channels crosses their lanes.
 using Bytes = hn::FixedTag<std::uint8_t, HWY_MAX_BYTES >= 32 ? 32 : 16>;
 using Words = hn::Repartition<std::uint16_t, Bytes>;
 using Shorts = hn::Repartition<std::int16_t, Bytes>;
@@ -38,7 +38,7 @@ bool AllWhite(const BYTE* pixels) {
   return hn::AllTrue(kBytes, hn::Eq(bits, White()));
 }
 
-// The channels of pixels at even or odd places, as 16-bit numbers; results are put together again.
+// Takes the bytes at even or odd places as 16-bit numbers; Whole puts both halves together again.
 template <int kOdd>
 WordVec Half(ByteVec bytes) {
   const WordVec words = hn::BitCast(kWords, bytes);
@@ -65,7 +65,7 @@ ByteVec LumaOf(ByteVec blue, ByteVec green, ByteVec red) {
   return Whole(LumaOf(HalfOf<0>(blue, green, red)), LumaOf(HalfOf<1>(blue, green, red)));
 }
 
-// Remembers whether a level is neither 0 nor 255: then, and only then, adding 1 gives more than 1.
+// Remembers whether any level is neither 0 nor 255: only then does adding 1 give more than 1.
 class GreyWatch {
  public:
   GreyWatch() : m_most(hn::Zero(kBytes)) {}
@@ -80,7 +80,7 @@ bool Grey(const BYTE* pixels, INT count, BYTE* levels) {
   if (count < kStep) return PlainKernels().Grey(pixels, count, levels);
   GreyWatch watch;
   for (INT next = 0; next < count; next += kStep) {
-    const INT x = std::min(next, count - kStep);  // the last step goes over some pixels again
+    const INT x = std::min(next, count - kStep);  // the last step repeats some pixels
     ByteVec level = White();
     if (!AllWhite(pixels + 3 * x)) {
       ByteVec blue, green, red;
@@ -178,8 +178,8 @@ bool Split(const BYTE* pixels, INT count, const ColorMixture& mixture, BYTE* bla
   return watch.Seen();
 }
 
-// Calls work with the place and the thresholds of every whole step; returns where the rest begins.
-// phase: the place of the rest in the screen's period.
+// Calls work with the place and the thresholds of each whole step. Returns where the rest begins;
+// phase: its place in the screen's period.
 template <typename Work>
 INT ForEachStep(INT count, const BYTE* thresholds, INT period, INT& phase, const Work& work) {
   const INT advance = kStep % period;
@@ -227,7 +227,7 @@ void StoreBits(ByteVec levels, BYTE* bits) {
   hn::StoreMaskBits(kBytes, hn::Gt(ordered, hn::Set(kBytes, 127)), bits);
 }
 
-// Calls step with the place of every step of whole bytes of bits; returns where the rest begins.
+// Calls step for all pixels that fill whole bytes of bits. Returns where the rest begins.
 template <typename Step>
 INT ForEachBits(INT count, const Step& step) {
   if (count < kStep) return 0;

@@ -1,8 +1,8 @@
-// Error diffusion in vector code, included once for each kind of vector unit. A pixel needs the
-// ones at its left and above, up to one column to the right: so 32 rows run at once, each two
-// columns behind the one above it, and every lane holds a row. Lane 0 is the lowest row: what it
-// hands to the next strip is then stored first in the vector, and what follows is overwritten by
-// the next step.
+// Error diffusion in vector code, included once for each kind of vector unit. A pixel depends on
+// the one at its left and on those above, up to one column to the right. So 32 rows run at once,
+// one in each lane, each row two columns behind the one above it. Lane 0 is the lowest row: its
+// errors, which the next strip needs, are stored with the whole vector, and the next step
+// overwrites the other lanes.
 
 #if defined(VLX_RASTER_WAVEFRONT_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef VLX_RASTER_WAVEFRONT_INL_H
@@ -29,18 +29,18 @@ constexpr Lanes kLaneTag;
 constexpr INT kLanes = static_cast<INT>(hn::MaxLanes(kLaneTag));
 constexpr INT kVectors = kStripRows / kLanes;
 constexpr INT kSkew =
-    2 * (kStripRows - 1);  // steps between the first row's column 0 and the last's
+    2 * (kStripRows - 1);  // steps from column 0 of the first row to that of the last
 constexpr INT kTileSteps = 16;
 
-// The levels of 16 steps: entry [step][lane], lane 0 for the strip's last row.
+// The levels of 16 steps: [step][lane]; lane 0 is the strip's last row.
 using Tile = BYTE[kTileSteps][kStripRows];
 
-// Where lane's 16 levels of a tile are in the strip.
+// Where the 16 levels of a tile's lane are in the strip.
 inline BYTE* TileRow(const LevelStrip& strip, INT firstStep, INT lane) {
   return strip.Row(kStripRows - 1 - lane) + firstStep - kSkew + 2 * lane;
 }
 
-// A square of 16 x 16 bytes, rows and columns exchanged: four perfect shuffles.
+// Transposes 16 x 16 bytes by four perfect shuffles.
 template <typename V>
 HWY_INLINE void Transpose(V (&rows)[16]) {
   const hn::FixedTag<std::uint8_t, 16> d;
@@ -54,7 +54,7 @@ HWY_INLINE void Transpose(V (&rows)[16]) {
   }
 }
 
-// Returns whether the tile holds a level that is neither black nor white.
+// Returns whether the tile has a level that is neither black nor white.
 inline bool LoadTile(const LevelStrip& strip, INT firstStep, Tile& tile) {
   const hn::FixedTag<std::uint8_t, 16> d;
   const auto one = hn::Set(d, 1);
@@ -81,20 +81,19 @@ inline void StoreTile(const LevelStrip& strip, INT firstStep, const Tile& tile) 
   }
 }
 
-// Every lane takes its upper neighbour's number, the last one next's lane 0.
+// Each lane takes the number of the lane above it, the last lane that of lane 0 of next.
 HWY_INLINE LaneVec SlideDown(LaneVec vector, LaneVec next) {
   if constexpr (kLanes == 16) next = hn::ConcatLowerUpper(kLaneTag, next, vector);
   return hn::CombineShiftRightBytes<2>(kLaneTag, next, vector);
 }
 
-// What a front needs of the numbers that the row above made: those of the last steps, moved to the
-// lanes of the rows below.
+// The last kSteps numbers that the row above each lane made, in the lanes of the rows that need
+// them.
 template <int kSteps>
 struct Above {
   LaneVec last[kSteps][kVectors];
 
-  // made: this step's numbers; carried: the strip above, at the column that its last row would be
-  // at.
+  // made: this step's numbers. carried: the number of the strip above for the first row.
   HWY_INLINE void Push(const LaneVec (&made)[kVectors], const std::int16_t* carried) {
     for (int age = kSteps - 1; age > 0; --age) {
       for (INT j = 0; j < kVectors; ++j) last[age][j] = last[age - 1][j];
@@ -106,7 +105,7 @@ struct Above {
   }
 };
 
-// The noise of every row, see RowNoise.
+// RowNoise for all rows of a strip.
 class FrontNoise {
  public:
   FrontNoise(const DiffusionRule& rule)
@@ -122,7 +121,7 @@ class FrontNoise {
       m_state[j] = hn::Load(kUnsigned, state + j * kLanes);
       m_factor[j] = hn::Load(kUnsigned, factor + j * kLanes);
     }
-    // At step 0 a lane is at column 2 x lane - kSkew.
+    // At step 0 a lane stands at column 2 x lane - kSkew.
     for (INT done = 0; done < -RowNoise::kFirstColumn; ++done) {
       for (INT j = 0; j < kVectors; ++j) {
         const auto lane = hn::Iota(kUnsigned, static_cast<std::uint16_t>(j * kLanes));
@@ -154,8 +153,8 @@ class FrontNoise {
   hn::Vec<hn::RebindToUnsigned<Lanes>> m_factor[kVectors];
 };
 
-// One ink on its way through a strip. kShaped: with feedback and noise; kSecond: gives way to the
-// other ink's dots.
+// One ink's way through a strip. kShaped: with feedback and noise. kSecond: gives way to the dots
+// of the other ink.
 template <bool kShaped, bool kSecond>
 class Front {
  public:
@@ -164,7 +163,7 @@ class Front {
     Rest(-1);
   }
 
-  // One step; blocked: where the other ink has dots. Returns where this one has, vector j.
+  // One step of vector j. blocked: where the other ink has dots. Returns where this one has dots.
   HWY_INLINE hn::Mask<Lanes> Decide(INT j, BYTE* levels, LaneVec noise, hn::Mask<Lanes> blocked) {
     const hn::Rebind<std::uint8_t, Lanes> bytes;
     const auto set = [](int value)
@@ -195,7 +194,7 @@ class Front {
     return hn::Not(stays);
   }
 
-  // Ends the step: hands the errors down, and the lowest row's to the next strip.
+  // Ends a step: hands errors to the rows below, those of the lowest row to the next strip.
   HWY_INLINE void Step(INT step) {
     m_errors.Push(m_error, m_state.error + step + 2);
     hn::StoreU(m_error[0], kLaneTag, m_state.error + step - kSkew);
@@ -205,7 +204,7 @@ class Front {
     }
   }
 
-  // Instead of the steps of a tile without a grey: nothing is passed on.
+  // Skips the steps of a tile without greys, which passes no errors on.
   void SkipTile(INT firstStep) {
     std::fill_n(m_state.error + firstStep - kSkew, kTileSteps, std::int16_t{0});
     if constexpr (kShaped) {
@@ -215,7 +214,7 @@ class Front {
   }
 
  private:
-  // The state after steps up to this one without an error.
+  // Sets the state after steps without errors up to this one.
   void Rest(INT step) {
     for (INT j = 0; j < kVectors; ++j) m_error[j] = m_dot[j] = hn::Zero(kLaneTag);
     for (INT age = 2; age >= 0; --age) {

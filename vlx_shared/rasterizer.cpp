@@ -1,4 +1,4 @@
-// Greys of a page become dots.
+// Dithering in one colour.
 
 #include <new>
 
@@ -25,7 +25,7 @@ Gdiplus::Bitmap* BitmapRasterizer::Dither(Gdiplus::Bitmap* source, eBitmapDither
   Gdiplus::Bitmap* dithered =
       BitmapHelper::CreateBitmap(width, height, PixelFormat24bppRGB, WTEXT("Dithered"));
   try {
-    // Dots are kept as such until somebody wants to see pixels.
+    // The bitmap stays 1-bit rows unless its pixels are read.
     const Dots dots(dithered, Gdiplus::ImageLockModeWrite);
     GreyLevels levels;
     Halftone(ditherer, ditherParam, width, 1).Print(source, levels, {&dots});

@@ -8,8 +8,8 @@
 
 namespace {
 
-// The threshold of place rank among count, so that a level prints as nearly as can be its part of
-// them white.
+// The threshold of the place with this rank among count places. A level then prints white on its
+// share of them, as nearly as possible.
 BYTE ThresholdOf(INT rank, INT count) {
   return static_cast<BYTE>(1 + (2 * rank + 1) * 255 / (2 * count));
 }
@@ -21,7 +21,7 @@ INT BayerRank(INT x, INT y, INT bits) {
   return rank;
 }
 
-// Every place of a tile as a square of size x size places.
+// The tile with each place enlarged to size x size places.
 Tile Enlarge(const Tile& tile, INT size) {
   Tile large{tile.side * size, {}};
   for (INT y = 0; y < large.side; ++y) {
@@ -55,18 +55,18 @@ Tile BlueNoise() {
 
 // The order in which the places of a clustered-dot tile turn black.
 struct ClusterPlace {
-  bool isGap;    // nearer to a gap's middle than to a dot's
-  INT distance;  // grows from a dot's middle, falls towards a gap's
-  INT corner;    // around the middle, opposite ones after each other
-  INT spot;      // the tile's dots grow in turn, far ones after each other
+  bool isGap;    // nearer to the middle of a gap than of a dot
+  INT distance;  // grows from the middle of a dot, falls towards that of a gap
+  INT corner;    // of the dot: opposite corners follow each other
+  INT spot;      // of the dot in the tile: distant dots follow each other
   INT index;
   auto operator<=>(const ClusterPlace&) const = default;
 };
 
-// A screen of 45 degrees: dots stand at the tile's corners of cell x cell squares like the black
-// fields of a chessboard, gaps at the white ones. Eight dots share a tile of 4 cells.
+// A screen of 45 degrees. Cells of cell x cell pixels have dots and gaps at their corners, in turn
+// like the fields of a chessboard. A tile of 4 x 4 cells has eight dots.
 ClusterPlace PlaceOf(INT x, INT y, INT cell) {
-  const INT unit = 2 * cell;  // lengths in half pixels: a pixel's middle is odd
+  const INT unit = 2 * cell;  // in half pixels, so that the middle of a pixel is a whole number
   INT nearestDot = 0;
   INT nearestGap = 0;
   ClusterPlace place{false, 0, 0, 0, y * 4 * cell + x};

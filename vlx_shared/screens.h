@@ -1,5 +1,5 @@
-// Threshold screens: tables of levels that are laid over the page like tiles. A pixel prints black
-// where its level is below the threshold.
+// Threshold screens: squares of thresholds that cover the page like tiles. A pixel prints black if
+// its level is below the threshold at its place.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ struct Tile {
   std::vector<BYTE> thresholds;
 };
 
-// The tiles of the ditherers that have one; parameter as in config/ditherers.h. They throw
+// The tiles of the ditherers that are screens. parameter: see config/ditherers.h. Throw
 // std::bad_alloc.
 Tile ThresholdTile(INT parameter);
 Tile OrderedTile(INT parameter);
@@ -26,7 +26,7 @@ class Screen {
   explicit Screen(const Tile& tile);
 
   INT Period() const { return m_side; }
-  // Whether the screen decides as RasterKernels::PackLevels does, so that one ink needs none.
+  // Whether the screen decides like RasterKernels::PackLevels. One ink then needs no screen.
   bool IsPlain() const { return m_side == 1 && m_rows[0] == kMiddle; }
   // The thresholds of page row y, for RasterKernels::Screen.
   const BYTE* Row(INT y) const { return m_rows.data() + std::size_t(y % m_side) * m_strideBytes; }
