@@ -115,7 +115,7 @@ class MemoryStream final : public IStream {
  private:
   ~MemoryStream() { std::free(m_bytes); }
 
-  // Makes the content at least that long; what is new is zero.
+  // Grows the content to that size at least, with zeros. Returns false if there is no memory.
   bool Reach(std::uint64_t size) {
     if (size > kLargestStream) return false;
     if (size <= m_size) return true;
@@ -132,7 +132,7 @@ class MemoryStream final : public IStream {
   }
 
   LONG m_cRef = 1;
-  BYTE* m_bytes = nullptr;  // from the C library
+  BYTE* m_bytes = nullptr;  // from malloc
   std::uint64_t m_size = 0;
   std::uint64_t m_room = 0;
   std::uint64_t m_position = 0;
@@ -145,7 +145,7 @@ int HexDigit(WCHAR c) {
   return -1;
 }
 
-// Reads digits hexadecimal digits at *text and moves past them.
+// Reads that many hexadecimal digits and moves text past them.
 template <typename Number>
 bool ReadHex(LPCWSTR& text, int digits, Number* number) {
   DWORD value = 0;

@@ -1,4 +1,4 @@
-// The calls on bitmaps and their pixels.
+// The flat calls on bitmaps, and the extensions that lock dots and lend pixels.
 
 #include <new>
 
@@ -37,8 +37,7 @@ GpStatus GdipCreateBitmapFromScan0(INT width, INT height, INT, PixelFormat forma
   const GpStatus status =
       Check("GdipCreateBitmapFromScan0", width > 0 && height > 0 && known && scan0 == nullptr);
   if (status != Ok) return status;
-  const std::int64_t bits = std::int64_t{width} * (format == PixelFormat24bppRGB ? 24 : 1);
-  const std::int64_t strideBytes = (bits + 31) / 32 * 4;
+  const std::int64_t strideBytes = StrideBytes(width, format == PixelFormat24bppRGB ? 24 : 1);
   if (strideBytes > kMostBytes / height) return OutOfMemory;
   auto* image = new (std::nothrow) GpImage(width, height, format, static_cast<INT>(strideBytes));
   if (image == nullptr || !image->HasMemory()) {

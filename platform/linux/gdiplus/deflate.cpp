@@ -14,7 +14,7 @@ namespace Gdiplus {
 
 namespace {
 
-// Levels of libdeflate: the best of bench/compare --compression.
+// Levels of libdeflate, read off the tables of bench/compare.
 constexpr int kUsbLevel = 5;
 constexpr int kSerialLevel = 12;
 
@@ -47,7 +47,7 @@ SIZE_T DeflateFast(const BYTE* from, SIZE_T bytes, BYTE* out, SIZE_T room) {
   stream.level_buf_size = sizeof memory->level;
   stream.gzip_flag = IGZIP_ZLIB;
   stream.end_of_stream = 1;
-  stream.next_in = const_cast<BYTE*>(from);  // only read
+  stream.next_in = const_cast<BYTE*>(from);  // read only
   stream.avail_in = static_cast<std::uint32_t>(bytes);
   stream.next_out = out;
   stream.avail_out = static_cast<std::uint32_t>(room);

@@ -1,4 +1,4 @@
-// Compression of PNG images by libraries, chosen for the link that the images travel over.
+// Compression of PNG images by the library that suits the link.
 #pragma once
 
 #include "platform/linux/gdiplus/link.h"
@@ -6,7 +6,7 @@
 
 namespace Gdiplus {
 
-// The room that Deflate needs for any content of that size.
+// The most room that Deflate can need.
 SIZE_T DeflateBound(SIZE_T bytes);
 
 // Compresses to a zlib stream (RFC 1950) in out and returns its size; 0 if there is no memory.

@@ -1,4 +1,4 @@
-// Drawing pixel for pixel through a quarter turn and a shift.
+// Draws pixel for pixel through a quarter turn and a shift.
 
 #include <algorithm>
 #include <cstring>
@@ -9,7 +9,7 @@ namespace Gdiplus {
 
 namespace {
 
-constexpr INT kTilePx = 64;  // a turned image is walked in tiles that stay in the cache
+constexpr INT kTilePx = 64;  // turned in tiles that stay in the cache
 
 void CopyPixel(const GpImage& source, INT sourceX, INT sourceY, BYTE* to) {
   const BYTE* from = source.Row(sourceY);
@@ -21,7 +21,7 @@ void CopyPixel(const GpImage& source, INT sourceX, INT sourceY, BYTE* to) {
   }
 }
 
-// A part of a source, its corner in the target, and the target's rows from that corner down.
+// A part of a source, and the target's rows from the part's upper left corner on.
 struct Placed {
   const GpImage& source;
   INT left, top;

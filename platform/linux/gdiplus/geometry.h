@@ -1,5 +1,4 @@
-// Where pixels stand and where drawing puts them: rows, areas, quarter turns and whole-pixel
-// shifts.
+// Geometry of pixels: rows, areas, and transforms by quarter turns and whole-pixel shifts.
 #pragma once
 
 #include <algorithm>
@@ -10,6 +9,11 @@
 
 namespace Gdiplus {
 
+// Bytes of a row of that many bits a pixel, padded to 4 bytes.
+constexpr std::int64_t StrideBytes(std::int64_t widthPx, INT bitsPerPixel) {
+  return (widthPx * bitsPerPixel + 31) / 32 * 4;
+}
+
 // Rows of pixels.
 struct PixelRows {
   BYTE* first;
@@ -17,8 +21,8 @@ struct PixelRows {
   BYTE* Row(INT y) const { return first + y * strideBytes; }
 };
 
-// Pixels from (left, top) up to, not including, (right, bottom). Wide numbers: nothing that a
-// caller asks for overflows.
+// Pixels from (left, top) up to, not including, (right, bottom). 64-bit numbers, so that no
+// argument of a caller overflows.
 struct Area {
   std::int64_t left, top, right, bottom;
 
@@ -33,8 +37,8 @@ inline Area Intersect(const Area& a, const Area& b) {
           std::min(a.bottom, b.bottom)};
 }
 
-// x' = xx * x + yx * y + dx, y' = xy * x + yy * y + dy; the four factors are those of a quarter
-// turn.
+// x' = xx * x + yx * y + dx, y' = xy * x + yy * y + dy. The four factors are those of a quarter
+// turn, 0 or +-1.
 struct Transform {
   INT xx = 1, xy = 0;
   INT yx = 0, yy = 1;
@@ -45,7 +49,7 @@ struct Transform {
 
   Transform Inverse() const { return {xx, yx, xy, yy, -(xx * dx + xy * dy), -(yx * dx + yy * dy)}; }
 
-  // Where an area of pixels that is not empty lands.
+  // The place of an area that is not empty.
   Area Of(const Area& area) const {
     const std::int64_t x1 = xx * area.left + yx * area.top + dx;
     const std::int64_t y1 = xy * area.left + yy * area.top + dy;

@@ -1,4 +1,4 @@
-// The flat GDI+ calls.
+// The flat GDI+ calls other than those on bitmaps.
 
 #include <malloc.h>
 
@@ -31,8 +31,8 @@ constexpr ImageCodecInfo kEncoders[] = {{kPngEncoder, kPngFormat, WTEXT("Built-i
 
 std::atomic<LONG> startCount{0};
 
-// Whether memory that a page gives back stays with the process for the next page, instead of going
-// to the kernel and coming back as fresh memory, which is slow.
+// Whether malloc keeps freed memory for the next page. Fresh memory from the kernel is slow. mmap
+// is off because malloc never keeps mapped blocks.
 void KeepFreedMemory(bool keep) {
   constexpr int kDefaultBytes = 128 << 10;
   constexpr int kMostKept = 160 << 20;  // three pages of 4 x 12 inches at 600 dpi

@@ -8,8 +8,8 @@ namespace Gdiplus {
 
 namespace {
 
-// Spreads the bits over the block that they stand at the beginning of: from its end, so that no bit
-// is overwritten before it is read.
+// Turns the bits at the beginning of the block into pixels. Works from the end, so that no bit is
+// overwritten before it is read.
 void SpreadBits(const GpImage& image) {
   for (INT y = image.height - 1; y >= 0; --y) {
     const BYTE* bits = image.BitRows().Row(y);
@@ -99,8 +99,8 @@ void GpImage::Draw(const Drawing& drawing) {
   DrawRows(drawing, 0, height, Rows());
 }
 
-// A drawing on a colour can wait. One of an image that is itself still to be drawn on the same
-// colour is a drawing of that image's source.
+// Puts a drawing off if nothing else was drawn here; returns false if it must be done now. If the
+// source is itself a waiting drawing on the same colour, that one's source is drawn instead.
 bool GpImage::PutOff(Drawing drawing) {
   if (m_content != Content::Color || drawing.source->IsOneBit()) return false;
   const GpImage& drawn = *drawing.source;
@@ -119,8 +119,7 @@ bool GpImage::PutOff(Drawing drawing) {
 }
 
 bool GpImage::Turn(bool clockwise) {
-  const std::int64_t rowBytes = (std::int64_t{24} * height + 31) / 32 * 4;
-  GpImage turned(height, width, format, static_cast<INT>(rowBytes));
+  GpImage turned(height, width, format, static_cast<INT>(StrideBytes(height, 24)));
   if (!turned.HasMemory()) return false;
   DrawReaders();
   const Transform turn =
@@ -138,12 +137,12 @@ bool GpImage::Turn(bool clockwise) {
   return true;
 }
 
-// Before the pixels change or go: what was to be drawn from them is drawn.
+// Does the waiting drawings of other images that read these pixels, before they change.
 void GpImage::DrawReaders() {
   while (m_readers != nullptr) m_readers->MakePixels();
 }
 
-// The same, and what was to be drawn here is not.
+// The same, and drops the drawing that waits here.
 void GpImage::Forget() {
   DrawReaders();
   if (m_drawing.source == nullptr) return;

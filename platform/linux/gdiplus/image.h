@@ -6,18 +6,20 @@
 
 namespace Gdiplus {
 
-// A part of an image and where it lands, pixel for pixel, in another.
+// A part of an image and its place, pixel for pixel, in another.
 struct Drawing {
   GpImage* source;
-  Area part;  // all of it lands within the other image
+  Area part;  // lies within the other image once placed
   Transform place;
 
   Area Target() const { return place.Of(part); }
 };
 
-// A bitmap keeps its pixels in the cheapest form until somebody asks for them. A new or cleared one
-// is a colour. One that a 24-bit bitmap was drawn on next is still to be drawn: strips of it can be
-// read without the whole ever being made. One that was written as dots is bits.
+// A bitmap. It keeps its pixels in the cheapest form until they are needed:
+//   Color    new or cleared: all pixels have one colour
+//   Drawing  a 24-bit bitmap is to be drawn on the colour; strips of the result can be read
+//   Bits     written as dots: 1-bit rows
+//   Pixels   rows of its format
 class GpImage {
  public:
   enum class Content { Color, Drawing, Bits, Pixels };
@@ -27,7 +29,7 @@ class GpImage {
   GpImage(const GpImage&) = delete;
   GpImage& operator=(const GpImage&) = delete;
 
-  INT width;  // as height and stride, changed by Turn alone
+  INT width;  // only Turn changes width, height and stride
   INT height;
   const PixelFormat format;
   INT strideBytes;
@@ -36,31 +38,33 @@ class GpImage {
   bool IsOneBit() const { return format == PixelFormat1bppIndexed; }
   Area Bounds() const { return {0, 0, width, height}; }
   Content GetContent() const { return m_content; }
-  // What pixels are that nothing was drawn on, and of Content::Drawing what is to be drawn on them.
+  // The colour of Content::Color, or the one under Content::Drawing; and that drawing.
   ARGB Color() const { return m_color; }
   const Drawing& WaitingDrawing() const { return m_drawing; }
 
-  // The rows, for reading what they hold.
+  // The rows of Content::Pixels.
   PixelRows Rows() const { return {m_pixels, strideBytes}; }
   BYTE* Row(INT y) const { return Rows().Row(y); }
   // The rows of Content::Bits.
-  PixelRows BitRows() const { return {m_pixels, (width + 31) / 32 * 4}; }
+  PixelRows BitRows() const {
+    return {m_pixels, static_cast<std::ptrdiff_t>(StrideBytes(width, 1))};
+  }
 
-  // Makes every pixel stand in its row.
+  // Makes the content pixels.
   void MakePixels();
-  // The same before some of them are written.
+  // The same, before some pixels are written.
   void ChangePixels();
-  // The same before all of them are written, as pixels or as bits: what they were is lost.
+  // Discards the content before all of it is written, as pixels or as bits.
   void DropPixels(Content coming = Content::Pixels);
   void Fill(ARGB with);
   void Draw(const Drawing& drawing);
-  // Turns the whole by a quarter. Returns false, the image as it was, without memory.
+  // Turns the image by a quarter. Returns false, the image unchanged, if there is no memory.
   bool Turn(bool clockwise);
-  // Takes the pixels to be those of a buffer, which stays as it is until they change.
+  // Uses a buffer as the pixels. It must stay unchanged until the pixels change.
   void Borrow(BYTE* pixels);
 
-  // Rows of Content::Drawing; the first of the result is the row top. They stand in the unused
-  // memory of the pixels until the next call.
+  // Draws rows top to bottom - 1 of Content::Drawing into the memory for pixels and returns them.
+  // They are valid until the next call.
   PixelRows DrawnRows(INT top, INT bottom);
 
  private:
@@ -70,12 +74,11 @@ class GpImage {
   void FillRows(INT count, const PixelRows& rows) const;
 
   BYTE* m_block;
-  BYTE* m_pixels;  // the block, or a buffer that is only read; the rows of Content::Bits stand at
-                   // its beginning
+  BYTE* m_pixels;  // the block, or a borrowed buffer, which is only read
   Content m_content = Content::Color;
   ARGB m_color = 0xFF000000;
-  Drawing m_drawing = {};        // of Content::Drawing: what lies over the colour
-  GpImage* m_readers = nullptr;  // those that are still to be drawn from this one, which has pixels
+  Drawing m_drawing = {};        // of Content::Drawing
+  GpImage* m_readers = nullptr;  // list of the images whose waiting drawings read this one
   GpImage* m_nextReader = nullptr;
 };
 
@@ -83,15 +86,15 @@ struct GpGraphics {
   GpImage* target;
 };
 
-// What a wrapper object stands for; null for null.
+// The image behind a wrapper object; null for null.
 inline GpImage* NativeImage(const Image* image) {
   return image == nullptr ? nullptr : image->nativeImage;
 }
 
-// Why a call cannot go on, Ok when it can.
+// Why a call must fail, or Ok.
 GpStatus Check(const char* call, bool argumentsValid);
 
-// Draws what lands in the rows from top up to bottom; the first of rows is the row top.
+// Draws the part of a drawing that lies in rows top to bottom - 1. rows: begin with row top.
 void DrawRows(const Drawing& drawing, INT top, INT bottom, const PixelRows& rows);
 
 // Writes the image to the stream as a PNG file.

@@ -8,7 +8,7 @@ Link ReadLink(const toml::table& file) {
   constexpr std::pair<const char*, Link> kNames[] = {
       {"network", Link::Network}, {"usb", Link::Usb},         {"wifi", Link::Usb},
       {"serial", Link::Serial},   {"default", Link::Network}, {"fast", Link::Network},
-      {"small", Link::Serial}};  // the last three are names of older versions
+      {"small", Link::Serial}};  // the last three are old names
   const toml::node* node = file.get("png");
   if (node == nullptr) return Link::Network;
   const auto text = node->value<std::string>();

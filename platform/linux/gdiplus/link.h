@@ -1,4 +1,4 @@
-// What lies between this machine and the printer, the entry `png` of system.toml.
+// The link to the printer: `png` in system.toml.
 #pragma once
 
 #include "platform/linux/state/system_toml.h"

@@ -1,4 +1,4 @@
-// Reading a page as bytes that the caller makes of its pixels.
+// Reads a page as planes of bytes that the caller makes of its pixels.
 
 #include <hwy/cache_control.h>
 
@@ -16,7 +16,7 @@ namespace {
 constexpr INT kMostPlanes = 2;
 constexpr INT kCacheLineBytes = 64;
 
-// The rows that are read, and where their bytes go.
+// The rows to read and where their bytes go.
 struct Reading {
   INT top;
   INT bottom;
@@ -29,12 +29,13 @@ struct Reading {
   }
 };
 
-// Fetches pixels that are read soon: rows lie too far apart for the processor to foresee.
+// Prefetches pixels. Rows lie too far apart for the processor to do so.
 void Fetch(const BYTE* pixels, INT count) {
   for (INT i = 0; i < 3 * count; i += kCacheLineBytes) hwy::Prefetch(pixels + i);
 }
 
-// Some columns of the source, which become rows, from the bottom up: so these grow to the right.
+// Reads columns of the source as rows of the page. Goes from the bottom up, so that these rows are
+// filled from left to right.
 void TurnColumns(const GpImage& source, const Area& part, INT toLeft, INT toTop,
                  const Reading& reading) {
   TurnBand bands[kMostPlanes];
@@ -56,7 +57,7 @@ void TurnColumns(const GpImage& source, const Area& part, INT toLeft, INT toTop,
   }
 }
 
-// The bytes of what lies under a drawing.
+// Fills the rows with the colour under a drawing.
 void FillRows(const GpImage& image, const Reading& reading) {
   const ARGB color = image.Color();
   const BYTE pixel[3] = {static_cast<BYTE>(color), static_cast<BYTE>(color >> 8),
@@ -71,7 +72,7 @@ void FillRows(const GpImage& image, const Reading& reading) {
   }
 }
 
-// A page that is still to be turned is never turned as pixels: its bytes are fewer.
+// Reads a page whose turn is a waiting drawing. Turns the bytes, which are fewer than the pixels.
 void ReadTurned(const GpImage& image, const Reading& reading) {
   const Drawing& drawing = image.WaitingDrawing();
   const Area rows = {0, reading.top, image.width, reading.bottom};

@@ -1,4 +1,4 @@
-// PNG files of bitmaps.
+// Writes bitmaps as PNG files.
 
 #include <libdeflate.h>
 
@@ -31,8 +31,8 @@ SIZE_T RowBytes(const GpImage& image) {
   return image.IsOneBit() ? (image.width + 7) / 8 : SIZE_T{3} * image.width;
 }
 
-// The rows as PNG compresses them, each behind the number of its filter: none. Filters make rows of
-// dots larger.
+// Lays the rows out for compression, each behind its filter number. That is 0, none: filters make
+// rows of dots larger.
 void LayOut(const GpImage& image, BYTE* out) {
   const SIZE_T rowBytes = RowBytes(image);
   for (INT y = 0; y < image.height; ++y, out += rowBytes) {
@@ -57,7 +57,7 @@ BYTE* PutNumber(BYTE* to, SIZE_T number) {
   return to;
 }
 
-// Completes a chunk whose type and content stand in place already; returns its end.
+// Adds length and check sum to a chunk whose type and content are in place. Returns its end.
 BYTE* PutChunk(BYTE* start, SIZE_T bytes) {
   PutNumber(start, bytes);
   return PutNumber(start + 8 + bytes, libdeflate_crc32(0, start + 4, bytes + 4));

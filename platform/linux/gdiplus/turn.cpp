@@ -1,11 +1,11 @@
-// The quarter turn in blocks of 16 x 16 bytes, one in every 16 bytes of a vector.
+// Quarter turns of blocks of 16 x 16 bytes, one block in every 16 bytes of a vector.
 
 #include "platform/linux/gdiplus/turn.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/linux/gdiplus/turn.cpp"
 #include <hwy/foreach_target.h>
-// After foreach_target.
+// Must follow foreach_target.h.
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -23,7 +23,7 @@ constexpr INT kBlock = TurnBand::kRows;
 using Bytes = hn::FixedTag<uint8_t, HWY_MAX_BYTES >= 64 ? 64 : HWY_MAX_BYTES>;
 using Vector = hn::Vec<Bytes>;
 
-// Interleaves rows i and i + 8, four times over: byte x of row i becomes byte i of row x.
+// Transposes the blocks by interleaving rows i and i + 8 four times.
 HWY_INLINE void Transpose(Vector (&rows)[kBlock]) {
   const Bytes bytes;
 #pragma GCC unroll 4
@@ -39,8 +39,8 @@ HWY_INLINE void Transpose(Vector (&rows)[kBlock]) {
   }
 }
 
-// Stores the 16 bytes of every block of a vector, each block so many rows below the one before;
-// nothing from row number rows on.
+// Stores the 16 bytes of each block of a vector, 16 rows below those of the block before. Stores
+// only rows below the number rows.
 template <class Tag>
 HWY_INLINE void StoreBlocks(Tag tag, hn::Vec<Tag> blocks, INT rows, BYTE* to,
                             std::ptrdiff_t strideBytes) {

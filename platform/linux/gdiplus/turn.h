@@ -1,19 +1,19 @@
-// A quarter turn of bytes.
+// Quarter turns of bytes.
 #pragma once
 
 #include "platform/linux/gdiplus/geometry.h"
 
 namespace Gdiplus {
 
-// A band of rows that is turned at a time, the first of them the lowest.
+// The bytes turned at a time; the first row is the lowest.
 struct TurnBand {
   static constexpr INT kRows = 16;
-  static constexpr INT kColumns = 128;  // so many rows of a page fit into a second-level cache
+  static constexpr INT kColumns = 128;  // rows of the turned page that fit the second-level cache
   alignas(64) BYTE bytes[kRows][kColumns];
 };
 
-// Turns count rows and columns columns of the band clockwise: byte [i][x] goes to place i of the
-// target's row x. In vectors where the processor has them.
+// Turns the first count rows and columns of the band clockwise: byte [i][x] goes to place i of the
+// target's row x. Uses vectors if the processor has them.
 void TurnClockwise(const TurnBand& band, INT count, INT columns, const PixelRows& target);
 
 }  // namespace Gdiplus

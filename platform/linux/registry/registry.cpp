@@ -12,7 +12,7 @@
 
 namespace {
 
-// A key within the registry that it keeps alive.
+// A key; keeps the whole registry that it belongs to alive.
 using OpenKey = std::shared_ptr<const RegistryKey>;
 
 HandleTable<OpenKey>& OpenKeys() {
@@ -25,7 +25,7 @@ OpenKey Root() {
   return file.Get();
 }
 
-// Null for a handle that is not open.
+// Null if the handle is not open.
 OpenKey KeyOf(HKEY handle) {
   if (handle == HKEY_CURRENT_USER) return Root();
   const auto found = OpenKeys().Find(handle);

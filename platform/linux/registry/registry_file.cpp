@@ -68,8 +68,7 @@ class Parser {
     return true;
   }
 
-  // Goes to the key of a [path] line, or takes it away for [-path]. Keys of other roots are
-  // skipped.
+  // Reads a key line: [path] selects or adds the key, [-path] removes it. Skips other roots.
   void ReadKey(std::u16string_view line) {
     if (line.size() < 2 || line.back() != u']') Fail("a key line has no closing bracket");
     std::u16string_view path = line.substr(1, line.size() - 2);
@@ -124,7 +123,7 @@ class Parser {
     if (m_key != nullptr) m_key->values.insert_or_assign(FoldedCase(name), std::move(value));
   }
 
-  // Takes a text in quotes from the front of the line.
+  // Takes a quoted text from the front of the line.
   std::u16string ReadQuoted(std::u16string_view& line) {
     if (!line.starts_with(u'"')) Fail("a name or text must stand in quotes");
     std::u16string text;
@@ -201,8 +200,8 @@ class Parser {
   std::size_t m_position = 0;
   int m_line = 0;
   RegistryKey m_root;
-  RegistryKey* m_key = nullptr;  // where values go
-  bool m_skipped = false;        // values of a key that is not the current user's
+  RegistryKey* m_key = nullptr;  // that values belong to
+  bool m_skipped = false;        // inside a key of another root
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The registry as read from a text export.
+// The registry of a text export.
 #pragma once
 
 #include <map>
@@ -12,8 +12,8 @@ struct RegistryValue {
   std::vector<BYTE> data;
 };
 
-// Subkeys and values by their names without case; the names as written are kept beside. A key can
-// be moved, not copied: its numbers lead to its own subkeys.
+// A key. Maps are by name in folded case; name is as written. Movable but not copyable, because
+// numbered points into subkeys.
 struct RegistryKey {
   std::u16string name;
   std::map<std::u16string, RegistryKey> subkeys;
@@ -25,6 +25,6 @@ struct RegistryKey {
   RegistryKey& operator=(RegistryKey&&) = default;
 };
 
-// What the file's bytes say of the current user's keys. Throws std::runtime_error that names the
-// line for a malformed text.
+// Reads the current user's keys from the bytes of an export. Throws std::runtime_error with the
+// line if the text is malformed.
 RegistryKey ParseRegistryFile(const std::string& bytes);

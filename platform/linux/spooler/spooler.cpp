@@ -10,7 +10,7 @@
 
 namespace {
 
-// An open printer is its name; system.toml is asked about it at each call.
+// The names of open printers. Each call looks the name up in system.toml.
 HandleTable<std::u16string>& OpenPrinters() {
   static HandleTable<std::u16string> table(0x200000);
   return table;
@@ -29,10 +29,10 @@ std::u16string ServerName(const std::u16string& printerName) {
   return printerName.substr(0, printerName.find(u'\\', 2));
 }
 
-// Lays the record and its texts into one block, as the caller has to provide it.
+// The texts behind the record in the caller's block.
 class InfoBlock {
  public:
-  // Returns where the text will stand in the block, from its start.
+  // Adds a text and returns its offset in the block.
   std::size_t Add(const std::u16string& text) {
     const std::size_t offset = sizeof(PRINTER_INFO_2W) + m_texts.size() * sizeof(WCHAR);
     m_texts += text;

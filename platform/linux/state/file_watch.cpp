@@ -27,7 +27,7 @@ bool ReadWholeFile(const std::string& path, std::string& content) {
 
 void ReportUnusableFile(const std::string& path, const std::string& why) {
   const std::u16string text = Utf16FromUtf8("The file " + path + " is ignored: " + why);
-  // Nobody may have opened the log yet; the line is worth opening it for a moment.
+  // The log may not be open yet.
   PlatformOpenEventLog();
   PlatformWriteEvent(EventLevel::Error, text.c_str(), WTEXT("Platform"));
   PlatformCloseEventLog();

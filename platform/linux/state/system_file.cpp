@@ -1,4 +1,4 @@
-// What system.toml says as a whole, and its entry for the shared library.
+// The shared library's entry of system.toml, and complaints about the whole file.
 
 #include "platform/extensions.h"
 #include "platform/linux/gdiplus/link.h"

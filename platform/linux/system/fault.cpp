@@ -5,7 +5,7 @@
 namespace {
 
 std::atomic<PlatformFaultHook> hook{nullptr};
-void* hookContext = nullptr;  // changed only while no platform call runs
+void* hookContext = nullptr;  // changes only while no platform call runs
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// Reading files in text mode: a stdio stream over a cookie that translates as it reads.
+// Reads files in text mode: a stdio stream whose cookie translates line ends.
 
 #include "platform/file.h"
 
@@ -25,10 +25,10 @@ struct TextFile {
   int descriptor;
   bool textMode;
   bool ended = false;
-  bool heldReturn = false;  // a CR at the end of the last read: what follows decides
+  bool heldReturn = false;  // the last read ended in CR; the next byte decides
 };
 
-// Turns CR LF into LF in place and stops at the end mark; returns the number of bytes left.
+// Turns CR LF into LF in place and stops at the end mark. Returns the number of bytes that remain.
 std::size_t Translate(TextFile& file, char* bytes, std::size_t size) {
   const char* end = static_cast<char*>(std::memchr(bytes, kEndOfText, size));
   if (end != nullptr) {
@@ -80,7 +80,7 @@ std::string NativePath(const char* filename) {
   return path;
 }
 
-// A descriptor of a regular file, -1 for anything else. Opening never waits for the other end.
+// Opens a regular file; -1 for anything else. Never waits, not even for a pipe.
 int OpenRegularFile(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
   struct stat status;
@@ -107,7 +107,7 @@ std::FILE* _fsopen(const char* filename, const char* mode, int) try {
     close(file->descriptor);
     return nullptr;
   }
-  static_cast<void>(file.release());  // the stream's now
+  static_cast<void>(file.release());  // the stream owns it now
   return stream;
 } catch (const std::bad_alloc&) {
   return nullptr;

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr DWORD kWideCharFlags = 0x6F0;  // all that WideCharToMultiByte has
+constexpr DWORD kWideCharFlags = 0x6F0;  // all flags that exist
 
 class Converter {
  public:
@@ -26,7 +26,7 @@ class Converter {
 
   bool IsOpen() const { return m_handle != reinterpret_cast<iconv_t>(-1); }
 
-  // Converts one character's bytes; false when it has no counterpart.
+  // Converts one character. Returns false if the target has no such character.
   bool Convert(const char* bytes, std::size_t size, char* out, std::size_t room,
                std::size_t* written) {
     char* from = const_cast<char*>(bytes);
@@ -46,7 +46,7 @@ std::string NameOf(UINT codePage) {
   return codePage == 28591 ? "ISO-8859-1" : "CP" + std::to_string(codePage);
 }
 
-// The holes of the Windows code pages map to the C1 controls of the same number.
+// Unassigned bytes of Windows code pages map to the C1 controls of the same number.
 bool IsHole(char16_t c) { return c >= 0x80 && c <= 0x9F; }
 
 bool IsPair(std::u16string_view text, std::size_t i) {
@@ -112,7 +112,7 @@ std::optional<std::u16string> DecodeText(UINT codePage, std::string_view bytes) 
   for (std::size_t i = 0; i < bytes.size();) {
     char16_t units[4];
     std::size_t written = 0;
-    std::size_t length = 1;  // of the character; a double-byte code page has some of two
+    std::size_t length = 1;  // of the character in bytes; some code pages have longer ones
     while (length <= 4 && i + length <= bytes.size() &&
            !converter.Convert(bytes.data() + i, length, reinterpret_cast<char*>(units),
                               sizeof units, &written)) {

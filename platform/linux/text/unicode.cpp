@@ -23,7 +23,7 @@ void AppendUtf8(std::string& out, char32_t c) {
   out += static_cast<char>(0x80 | (c & 0x3F));
 }
 
-// Takes one character from the front of a text that is not empty.
+// Takes one character from the front of the text, which must not be empty.
 char32_t TakeUtf8(std::string_view& text) {
   const auto lead = static_cast<unsigned char>(text.front());
   text.remove_prefix(1);
