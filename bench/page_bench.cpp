@@ -1,7 +1,8 @@
-// Measures the road of a page: capture of its bands, the whole path to PNG and job bytes, what it
-// takes of memory. Times are CPU times; bench/compare makes one table of them.
+// Measures a page on its way through the plug-in: the capture of its bands, the whole path to PNG
+// and job bytes, memory. Times are CPU times. bench/compare makes a chart and a table of them.
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <sys/resource.h>
 
 #include <cstring>
@@ -14,6 +15,7 @@
 #include "bench/peers.h"
 #include "bench/units.h"
 #include "config/vlx_shared.h"
+#include "platform/extensions.h"
 
 namespace {
 
@@ -110,6 +112,43 @@ void WholePage(benchmark::State& state, Path path, Size size) {
   state.counters["png_bytes"] = static_cast<double>(bytes);
 }
 
+void CountStages(benchmark::State& state, const StageTimes& times) {
+  const auto perPage = [](double sum) {
+    return benchmark::Counter(sum, benchmark::Counter::kAvgIterations);
+  };
+  state.counters["turn_us"] = perPage(times.turn);
+  state.counters["dots_us"] = perPage(times.dots);
+  state.counters["png_us"] = perPage(times.png);
+}
+
+// The same by stage: the capture of the bands, turn and dots, PNG and job bytes.
+void Stages(benchmark::State& state, Path path, Size size) {
+  Job job(SettingsOf(path), TwoPages(path.label, size, true));
+  job.SendBands();
+  job.EmitPage();
+  struct Split {
+    StageTimes times;
+    StageClock clock;
+  } split;
+  // Each call of the platform passes by here: encoding begins with its first.
+  PlatformSetFaultHook(
+      [](const char* call, void* context) {
+        auto& [times, clock] = *static_cast<Split*>(context);
+        if (std::string_view(call) == "GdipGetImageEncodersSize") times.dots += clock.Lap();
+        return false;
+      },
+      &split);
+  for (auto _ : state) {
+    split.clock.Lap();
+    job.SendBands();
+    split.times.turn += split.clock.Lap();
+    job.EmitPage();
+    split.times.png += split.clock.Lap();
+  }
+  PlatformSetFaultHook(nullptr, nullptr);
+  CountStages(state, split.times);
+}
+
 // PNG bytes against libpng's level 9.
 void PngSize(benchmark::State& state, Path path, Size size) {
   Job job(SettingsOf(path), TwoPages(path.label, size, true));
@@ -144,6 +183,7 @@ long MinorFaults() {
 // Twenty pages: page faults after the first, and the most memory above the start in 24-bit pages.
 void Memory(benchmark::State& state, Path path, Size size) {
   Job job(SettingsOf(path), TwoPages(path.label, size, true));
+  malloc_trim(0);  // what making the pages has left in the heap would hide the job's needs
   std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts over
   const double startKiB = StatusKiB("VmRSS");
   for (auto _ : state) {
@@ -163,9 +203,11 @@ void Memory(benchmark::State& state, Path path, Size size) {
 void Peer(benchmark::State& state, const PeerCall* call, Path path, Size size) {
   const Raster page = TurnedBack(Label(path.label, size));
   const PeerPage input(*call, page);
+  StageTimes times;
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = input.Run(path.ditherer != eThreshold);
+  for (auto _ : state) bytes = input.Run(path.ditherer != eThreshold, times);
   state.counters["png_bytes"] = static_cast<double>(bytes);
+  CountStages(state, times);
 }
 
 void RegisterAll() {
@@ -182,6 +224,7 @@ void RegisterAll() {
     for (const Path& path : kPaths) {
       const std::string name = std::string(path.label) + "/" + path.mode + "/" + size.Name();
       add("page/" + name, WholePage, path, size);
+      add("stages/" + name, Stages, path, size);
       RegisterBenchmark(("size/" + name).c_str(), PngSize, path, size)->Iterations(1);
       RegisterBenchmark(("memory/" + name).c_str(), Memory, path, size)->Iterations(1);
       if (path.twoColors || path.ditherer == eOrdered) continue;  // theirs differ

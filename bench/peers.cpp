@@ -37,15 +37,19 @@ void* LoadLeptonica(const Raster& page) {
   return pix;
 }
 
-std::size_t RunLeptonica(void* loaded, bool dither) {
+std::size_t RunLeptonica(void* loaded, bool dither, StageTimes& times) {
+  StageClock clock;
   PIX* turned = pixRotateOrth(static_cast<PIX*>(loaded), 1);
+  times.turn += clock.Lap();
   PIX* grey = pixConvertRGBToLuminance(turned);
   PIX* bits = dither ? pixDitherToBinary(grey) : pixThresholdToBinary(grey, 128);
+  times.dots += clock.Lap();
   l_uint8* file = nullptr;
   size_t bytes = 0;
   Check(pixWriteMemPng(&file, &bytes, bits, 0) == 0, "leptonica");
   lept_free(file);
   for (PIX** pix : {&bits, &grey, &turned}) pixDestroy(pix);
+  times.png += clock.Lap();
   return bytes;
 }
 
@@ -70,7 +74,7 @@ void* LoadVips(const Raster& page) {
   return image;
 }
 
-std::size_t RunVips(void* loaded, bool dither) {
+std::size_t RunVips(void* loaded, bool dither, StageTimes&) {
   VipsImage *turned = nullptr, *grey = nullptr, *bits = nullptr;
   void* file = nullptr;
   std::size_t bytes = 0;
@@ -109,26 +113,30 @@ void* LoadMagick(const Raster& page) {
   return wand;
 }
 
-std::size_t RunMagick(void* loaded, bool dither) {
+std::size_t RunMagick(void* loaded, bool dither, StageTimes& times) {
+  StageClock clock;
   MagickWand* wand = CloneMagickWand(static_cast<MagickWand*>(loaded));
   PixelWand* white = NewPixelWand();
   PixelSetColor(white, "white");
-  bool done = MagickRotateImage(wand, white, 90.0) != MagickFalse &&
-              MagickTransformImageColorspace(wand, GRAYColorspace) != MagickFalse;
+  bool done = MagickRotateImage(wand, white, 90.0) != MagickFalse;
+  times.turn += clock.Lap();
+  done = done && MagickTransformImageColorspace(wand, GRAYColorspace) != MagickFalse;
   if (dither) {
     done = done &&
            MagickQuantizeImage(wand, 2, GRAYColorspace, 0, MagickTrue, MagickFalse) != MagickFalse;
   } else {
     done = done && MagickThresholdImage(wand, QuantumRange / 2.0) != MagickFalse;
   }
-  done = done && MagickSetImageType(wand, BilevelType) != MagickFalse &&
-         MagickSetImageFormat(wand, "PNG") != MagickFalse;
+  done = done && MagickSetImageType(wand, BilevelType) != MagickFalse;
+  times.dots += clock.Lap();
+  done = done && MagickSetImageFormat(wand, "PNG") != MagickFalse;
   size_t bytes = 0;
   unsigned char* file = done ? MagickGetImageBlob(wand, &bytes) : nullptr;
   Check(file != nullptr, "ImageMagick");
   MagickRelinquishMemory(file);
   DestroyPixelWand(white);
   DestroyMagickWand(wand);
+  times.png += clock.Lap();
   return bytes;
 }
 

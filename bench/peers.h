@@ -6,11 +6,14 @@
 #include <span>
 
 #include "bench/page.h"
+#include "bench/units.h"
 
 struct PeerCall {
   const char* name;
   void* (*load)(const Raster& page);
-  std::size_t (*run)(void* loaded, bool dither);  // bytes of the PNG file
+  // Returns the bytes of the PNG file and adds the stages to times. libvips does all in one pass:
+  // its stages stay 0.
+  std::size_t (*run)(void* loaded, bool dither, StageTimes& times);
   void (*unload)(void* loaded);
 };
 
@@ -23,7 +26,9 @@ class PeerPage {
   ~PeerPage() { m_peer.unload(m_loaded); }
   PeerPage(const PeerPage&) = delete;
   PeerPage& operator=(const PeerPage&) = delete;
-  std::size_t Run(bool dither) const { return m_peer.run(m_loaded, dither); }
+  std::size_t Run(bool dither, StageTimes& times) const {
+    return m_peer.run(m_loaded, dither, times);
+  }
 
  private:
   const PeerCall& m_peer;

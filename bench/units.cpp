@@ -3,7 +3,9 @@
 #include <png.h>
 
 #include <algorithm>
+#include <ctime>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 void TextbookFloydSteinberg(std::span<std::uint8_t> levels, int widthPx) {
@@ -24,6 +26,17 @@ void TextbookFloydSteinberg(std::span<std::uint8_t> levels, int widthPx) {
       level = static_cast<std::uint8_t>(printed);
     }
   }
+}
+
+double StageClock::Now() {
+  timespec time = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
+}
+
+double StageClock::Lap() {
+  const double now = Now();
+  return now - std::exchange(m_last, now);
 }
 
 namespace {

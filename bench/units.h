@@ -11,3 +11,20 @@ void TextbookFloydSteinberg(std::span<std::uint8_t> levels, int widthPx);
 
 // The size in bytes of what libpng makes of a PNG file at its level 9, without row filters.
 std::size_t LibpngLevel9Bytes(std::span<const char> png);
+
+// CPU time of pages by stage, in microseconds.
+struct StageTimes {
+  double turn = 0;  // or the capture of the bands
+  double dots = 0;
+  double png = 0;
+};
+
+// CPU time of this process since the last call, or since it was made, in microseconds.
+class StageClock {
+ public:
+  double Lap();
+
+ private:
+  static double Now();
+  double m_last = Now();
+};
