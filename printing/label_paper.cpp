@@ -55,6 +55,11 @@ PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool
              : paper.size;
 }
 
+void SetPaper(Settings& settings, const PaperSize& size) {
+  settings.Set("paper.size",
+               std::to_string(size.widthUm) + "x" + std::to_string(size.lengthUm) + "um");
+}
+
 void CropToLabel(PageImage& page, const DevicePage& label, const std::string& name,
                  bool mayBeSmaller) {
   const int pointDots = static_cast<int>(std::ceil(label.dpi / 72.0));

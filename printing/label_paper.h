@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/pages/page_raster.h"
-#include "host/settings/length.h"
+#include "host/settings/settings.h"
 
 struct LabelPaper {
   PaperSize size = {100000, 150000};
@@ -20,6 +20,8 @@ std::optional<LabelPaper> PaperOfName(const std::string& name);
 // The label's size: the paper's, or that of a page of this size in dots if the paper is rounded and
 // the page within a point of it.
 PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool landscape);
+
+void SetPaper(Settings& settings, const PaperSize& size);
 
 // Crops a page that is up to one point larger than the label; smaller pages are padded later.
 // Throws HostError (settings) with both sizes for any other size. mayBeSmaller: for pictures, which

@@ -197,7 +197,9 @@ void QueueJob::ApplyOptions(const Options& options) {
   if (reverse) m_settings.Set("paper.rotation", "180");
   m_collated = options.Is("collate", "true") ||
                options.Is("multiple-document-handling", "separate-documents-collated-copies");
-  m_paper = PaperOf(options);
+  m_order.paper = PaperOf(options);
+  m_order.dpi = m_settings.Page().dpi;
+  m_order.landscape = m_settings.Page().landscape;
   ReadPageRanges(options.Get("page-ranges", ""));
 }
 
@@ -232,13 +234,6 @@ void QueueJob::ReadPageRanges(const std::string& ranges) {
                      : dash + 1 == part.size() ? kLastPage
                                                : std::atoi(part.c_str() + dash + 1);
     if (last < first) Refuse("The page range is \"" + ranges + "\"", "write it as 1-3,5");
-    m_ranges.push_back({first, last});
+    m_order.ranges.push_back({first, last});
   }
-}
-
-bool QueueJob::Wants(int page) const {
-  return m_ranges.empty() ||
-         std::any_of(m_ranges.begin(), m_ranges.end(), [page](const PageRange& range) {
-           return page >= range.first && page <= range.last;
-         });
 }

@@ -10,7 +10,7 @@
 
 #include "host/settings/setting_keys.h"
 #include "host/settings/settings.h"
-#include "printing/label_paper.h"
+#include "printing/label_pages.h"
 
 class QueueJob {
  public:
@@ -20,12 +20,11 @@ class QueueJob {
   // for what labels are not printed with (several pages on one).
   QueueJob(const std::string& ppdPath, const std::string& options);
 
-  // Everything but the paper's size.
+  // Everything but the paper's size and copies.
   const Settings& JobSettings() const { return m_settings; }
-  const LabelPaper& Paper() const { return m_paper; }
+  // The document is printed once.
+  const PageOrder& Order() const { return m_order; }
   bool Collated() const { return m_collated; }
-  // Whether the page with this number, from 1, is to be printed.
-  bool Wants(int page) const;
 
  private:
   struct PpdCloser {
@@ -33,10 +32,6 @@ class QueueJob {
   };
   class Options;
   enum class Marked { All, Changed };
-  struct PageRange {
-    int first;
-    int last;
-  };
 
   void ApplyPreset(const Options& options);
   void ApplyOptions(const Options& options);
@@ -48,7 +43,6 @@ class QueueJob {
 
   std::unique_ptr<ppd_file_t, PpdCloser> m_ppd;
   Settings m_settings;
-  LabelPaper m_paper;
+  PageOrder m_order;
   bool m_collated = false;
-  std::vector<PageRange> m_ranges;  // empty: all pages
 };

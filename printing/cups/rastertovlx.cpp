@@ -9,9 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/label_job.h"
+#include "printing/cups/queue_job.h"
 #include "printing/cups/queue_output.h"
-#include "printing/cups/queue_pages.h"
 
 namespace {
 
@@ -63,21 +62,17 @@ void Print(char** arguments) {
   request.name = title;
   request.settings = queue.JobSettings();
   if (!queue.Collated()) request.settings.Set("print.copies", std::to_string(copies));
-  QueuePages pages(queue, arguments[6] == nullptr ? "-" : arguments[6], title,
-                   queue.Collated() ? copies : 1);
-  const PaperSize label = pages.Label();
-  request.settings.Set("paper.size",
-                       std::to_string(label.widthUm) + "x" + std::to_string(label.lengthUm) + "um");
+  PageOrder order = queue.Order();
+  if (queue.Collated()) order.repeats = copies;
+  LabelPages pages(order, arguments[6] == nullptr ? "-" : arguments[6], title);
 
   auto target = std::make_unique<QueueOutput>();
   QueueOutput& output = *target;
   QueueObserver observer(output, queue.Collated() ? 1 : copies);
   Spool spool(std::move(target));
-  LabelJob job(request, spool, observer);
-  pages.CropTo(job.Page());
-  PrintPages(pages, job);
+  const std::size_t printed = PrintLabels(pages, request, spool, observer);
   // A backend tells of its printer later on. Its message has to be the last one.
-  if (job.PagesPrinted() > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
+  if (printed > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
   spool.Finish();
   pages.RethrowFailure();
 }

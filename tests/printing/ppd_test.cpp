@@ -42,7 +42,8 @@ TEST(Ppd, SizesAreWhatTheirNamesSay) {
   for (int i = 0; i < ppd->num_sizes; ++i) {
     const ppd_size_t& size = ppd->sizes[i];
     if (std::string(size.name) == "Custom") continue;
-    const PaperSize paper = QueueJob(kPpds[0], std::string("PageSize=") + size.name).Paper().size;
+    const PaperSize paper =
+        QueueJob(kPpds[0], std::string("PageSize=") + size.name).Order().paper.size;
     EXPECT_NEAR(paper.widthUm, size.width * 25400 / 72, 1) << size.name;
     EXPECT_NEAR(paper.lengthUm, size.length * 25400 / 72, 1) << size.name;
     // Nothing is kept free: a label is printed to its edges.
