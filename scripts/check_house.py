@@ -1,5 +1,6 @@
 """Checks a source tree against the house's rules: who may include whom, the plug-in without the
-operating system, files of a readable length. Prints what is wrong; exits 1 when something is."""
+operating system, no circles of files, files of a readable length. Prints what is wrong; exits 1 when
+something is."""
 
 import os
 import re
@@ -64,8 +65,33 @@ def include_fault(folder, kind, target):
     return None
 
 
+def circles(includes):
+    """The circles of files, a header and its source counted as one, by Tarjan's algorithm."""
+    number, lowest, stack, found = {}, {}, [], []
+
+    def visit(file):
+        number[file] = lowest[file] = len(number)
+        stack.append(file)
+        for other in includes.get(file, ()):
+            if other not in number:
+                visit(other)
+            if other in stack:
+                lowest[file] = min(lowest[file], lowest[other])
+        if lowest[file] == number[file]:
+            circle = stack[stack.index(file):]
+            del stack[-len(circle):]
+            if len(circle) > 1:
+                found.append(sorted(circle))
+
+    for file in sorted(includes):
+        if file not in number:
+            visit(file)
+    return found
+
+
 def faults(root):
     count = 0
+    includes = {}
     for folder, path in sources(root):
         count += 1
         with open(os.path.join(root, path), encoding="utf-8") as file:
@@ -74,9 +100,14 @@ def faults(root):
             yield f"{path}: {len(lines)} lines, {LONGEST} are allowed"
         for number, line in enumerate(lines, 1):
             match = INCLUDE.match(line)
+            if match and match.group(1) == '"':
+                file, target = (os.path.splitext(name)[0] for name in (path, match.group(2)))
+                includes.setdefault(file, set()).add(target)
             fault = match and include_fault(folder, match.group(1), match.group(2))
             if fault:
                 yield f"{path}:{number}: {fault}"
+    for circle in circles({file: others - {file} for file, others in includes.items()}):
+        yield f"{circle[0]}.h: is in a circle with {', '.join(circle[1:])}"
     if count == 0:
         yield f"{root} holds no sources"
 
@@ -91,9 +122,13 @@ def self_test():
         "vlx_shared/e.cpp": '#include "tests/support/record.h"',
         "platform/f.h": '#include "config/oemdev.h"',
         "viewer/i.cpp": '#include "platform/types.h"',
+        "vlx_shared/j.h": '#include "vlx_shared/k.h"',
         "tools/g.cpp": "\n" * (LONGEST + 1),
     }
-    good = {"commands/h.cpp": '#include <vector>\n#include "config/log.h"\n#include "commands/x.h"'}
+    good = {
+        "commands/h.cpp": '#include <vector>\n#include "config/log.h"\n#include "commands/x.h"',
+        "vlx_shared/k.cpp": '#include "vlx_shared/j.h"',
+    }
     with tempfile.TemporaryDirectory() as root:
         for path, text in {**bad, **good}.items():
             os.makedirs(os.path.dirname(os.path.join(root, path)), exist_ok=True)

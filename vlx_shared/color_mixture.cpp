@@ -4,8 +4,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "vlx_shared/raster_kernels.h"
-
 namespace {
 
 constexpr double kLargestSquaredDistance = 3.0 * 255.0 * 255.0;

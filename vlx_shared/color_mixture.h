@@ -36,3 +36,9 @@ struct ColorMixture {
 
 // Amounts of black or highlight up to this, of 255, may come from rounding.
 inline constexpr int kTrace = 3;
+
+// Luma of a pixel (blue, green, red), with the weights of ITU-R BT.601 in 256ths. Only white gives
+// 255.
+inline BYTE Luma(const BYTE* pixel) {
+  return static_cast<BYTE>((29 * pixel[0] + 150 * pixel[1] + 77 * pixel[2]) >> 8);
+}

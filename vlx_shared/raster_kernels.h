@@ -107,10 +107,4 @@ const RasterKernels& PlainKernels();
 // The fastest set on this processor.
 const RasterKernels& BestKernels();
 
-// Luma of a pixel (blue, green, red), with the weights of ITU-R BT.601 in 256ths. Only white gives
-// 255.
-inline BYTE Luma(const BYTE* pixel) {
-  return static_cast<BYTE>((29 * pixel[0] + 150 * pixel[1] + 77 * pixel[2]) >> 8);
-}
-
 inline bool IsPure(BYTE level) { return level == 0 || level == 255; }
