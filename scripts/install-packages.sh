@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake g++ make
   libdeflate-dev libisal-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
-  libcups2-dev libgtest-dev python3 binutils poppler-utils
+  libcups2-dev libpappl-dev libgtest-dev python3 binutils poppler-utils
 )
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
 tests=(

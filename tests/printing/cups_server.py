@@ -78,6 +78,24 @@ def link_all(source, target):
             os.symlink(os.path.join(source, name), os.path.join(target, name))
 
 
+def document(pages, width=283.465, height=425.197):
+    """A PDF file whose pages are filled with bars, each page with other ones."""
+    objects, kids = [], []
+    for page in range(pages):
+        bars = " ".join(f"{20 + 9 * i} 30 {1 + (i * 7 + page) % 5} 300 re f" for i in range(25))
+        kids.append(f"{3 + 2 * page} 0 R")
+        objects.append(f"{3 + 2 * page} 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 {width} {height}]"
+                       f"/Contents {4 + 2 * page} 0 R>> endobj\n"
+                       f"{4 + 2 * page} 0 obj <</Length {len(bars)}>> stream\n{bars}\nendstream endobj\n")
+    return ("%PDF-1.4\n1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj\n"
+            f"2 0 obj <</Type/Pages/Count {pages}/Kids[{' '.join(kids)}]>> endobj\n"
+            f"{''.join(objects)}trailer <</Root 1 0 R>>\n%%EOF\n")
+
+
+def without_date(job):
+    return job[job.find(b"\n"):]
+
+
 class CupsServer:
     """with CupsServer(prefix) as server: server.lp("labels", "page.pdf")"""
 

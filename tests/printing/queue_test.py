@@ -12,7 +12,7 @@ import tempfile
 import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from cups_server import CupsServer, free_port
+from cups_server import CupsServer, document, free_port, without_date
 
 build, sources = sys.argv[1:]
 VLX = os.path.join(build, "bin", "vlx")
@@ -22,24 +22,6 @@ faults = []
 def expect(holds, fault):
     if not holds:
         faults.append(fault)
-
-
-def document(pages, width=283.465, height=425.197):
-    """A PDF file whose pages are filled with bars, each page with other ones."""
-    objects, kids = [], []
-    for page in range(pages):
-        bars = " ".join(f"{20 + 9 * i} 30 {1 + (i * 7 + page) % 5} 300 re f" for i in range(25))
-        kids.append(f"{3 + 2 * page} 0 R")
-        objects.append(f"{3 + 2 * page} 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 {width} {height}]"
-                       f"/Contents {4 + 2 * page} 0 R>> endobj\n"
-                       f"{4 + 2 * page} 0 obj <</Length {len(bars)}>> stream\n{bars}\nendstream endobj\n")
-    return ("%PDF-1.4\n1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj\n"
-            f"2 0 obj <</Type/Pages/Count {pages}/Kids[{' '.join(kids)}]>> endobj\n"
-            f"{''.join(objects)}trailer <</Root 1 0 R>>\n%%EOF\n")
-
-
-def without_date(job):
-    return job[job.find(b"\n"):]
 
 
 def vlx(*arguments):

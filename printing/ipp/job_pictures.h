@@ -1,0 +1,48 @@
+// Pictures of the last jobs of each printer: a folder a printer, drawn by the virtual printer from
+// the very stream that was sent, with a page that shows them.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "host/targets/job_target.h"
+#include "viewer/server/job_folder.h"
+
+// Thread-safe. Jobs are drawn on a thread of their own, so no printer waits for pictures.
+class JobPictures {
+ public:
+  explicit JobPictures(std::string folder);
+  // Draws what is left first.
+  ~JobPictures();
+
+  std::string FolderOf(int printer) const { return m_folder + "/" + std::to_string(printer); }
+
+  // Makes the printer's folder with its page. Throws CommandError (target).
+  void AddPrinter(int printer, int dpi);
+
+  // A target that has the job drawn when it is whole. A picture that cannot be made stops no job.
+  std::unique_ptr<JobTarget> OpenTarget(int printer, int dpi);
+
+ private:
+  class Target;
+  struct Job {
+    viewer::JobFolder* printer;
+    std::string path;
+    std::string folder;
+  };
+  viewer::JobFolder& Printer(int printer, int dpi);
+  void DrawJobs();
+
+  const std::string m_folder;
+  std::mutex m_mutex;
+  std::condition_variable m_change;
+  std::map<int, std::unique_ptr<viewer::JobFolder>> m_printers;
+  std::deque<Job> m_jobs;
+  bool m_ends = false;
+  std::thread m_thread;
+};
