@@ -28,9 +28,13 @@ std::span<const Scenario> Scenarios();
 void FillHome(const TempHome& home);
 
 struct Outcome {
-  std::vector<std::string> writes;
-  std::string failed;  // the verbs that failed
+  std::vector<std::string> writes;  // as Comparable gives them
+  std::string failed;               // the verbs that failed
 };
+
+// Writes with the time masked and whole images as their pixels: what the compression library makes
+// of an image depends on where its memory lies.
+std::vector<std::string> Comparable(std::vector<std::string> writes);
 
 // A driver with the scenario's settings, before its first call.
 std::unique_ptr<Driver> Prepare(const Scenario& scenario, const TempHome& home);
