@@ -226,12 +226,12 @@ HRESULT COemUni2::ImageProcessing(PDEVOBJ pdevobj, PBYTE pSrcBitmap,
     SetLastError(ERROR_INVALID_PARAMETER);
     return E_FAIL;
   }
-  const Band band = {pSrcBitmap,
-                     pBitmapInfoHeader,
-                     dwCallbackID,
-                     pIPParams->ptOffset,
-                     pIPParams->bBlankBand != FALSE,
-                     pdevobj->pPublicDM->dmOrientation};
+  const Band band = {.pixels = pSrcBitmap,
+                     .header = pBitmapInfoHeader,
+                     .format = dwCallbackID,
+                     .offset = pIPParams->ptOffset,
+                     .blank = pIPParams->bBlankBand != FALSE,
+                     .orientation = pdevobj->pPublicDM->dmOrientation};
   const auto end = [](LONG start, LONG length) {
     return static_cast<LONG>(static_cast<DWORD>(start) + static_cast<DWORD>(length));
   };

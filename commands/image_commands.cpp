@@ -93,14 +93,14 @@ std::string ComposeImageCommands(const JobState& job, OEMDEV& devmode,
   const float paperWidthMm = TenthsToMillimetres(placement.paperWidthTenthsMm);
   const float paperLengthMm = TenthsToMillimetres(placement.paperLengthTenthsMm);
   const bool twoColor = placement.colorMode > 1;
-  ImageCommand image = {turned ? paperLengthMm : paperWidthMm,
-                        turned ? paperWidthMm : paperLengthMm,
-                        placement.backgroundOffsetMm,
-                        placement.highlightOffsetMm,
-                        0,
-                        twoColor,
-                        devmode.dwSetupOnFirstPageOnly != 0,
-                        job.dwPageNumber == 1};
+  ImageCommand image = {.widthMm = turned ? paperLengthMm : paperWidthMm,
+                        .lengthMm = turned ? paperWidthMm : paperLengthMm,
+                        .backgroundOffsetMm = placement.backgroundOffsetMm,
+                        .highlightOffsetMm = placement.highlightOffsetMm,
+                        .index = 0,
+                        .twoColor = twoColor,
+                        .reuse = devmode.dwSetupOnFirstPageOnly != 0,
+                        .firstPage = job.dwPageNumber == 1};
   std::string text;
   if (twoColor && !placement.highlightEmpty) text += ComposeImageCommand(job, devmode, image);
   if (placement.backgroundEmpty) return text;

@@ -85,7 +85,7 @@ std::string Flags(const OEMDEV& devmode) {
   if (devmode.dwOptionN) text += ",N";
   if (devmode.dwOptionPD == 1) text += ",P";
   if (devmode.dwOptionS) text += ",S";
-  if (FixedText(devmode.szModelCode) == "K7" && devmode.dwUseDarkness2) text += ",X";
+  if (IsModel(devmode, "K7") && devmode.dwUseDarkness2) text += ",X";
   return text + OptionT(devmode);
 }
 

@@ -20,10 +20,6 @@ std::string SignedText(DWORD value) { return std::to_string(static_cast<LONG>(va
 
 }  // namespace
 
-bool IsModel(const OEMDEV& devmode, const char* modelCode) {
-  return FixedText(devmode.szModelCode) == modelCode;
-}
-
 float CorrectTwoColorWidth(float widthMm) {
   if (widthMm > 140.0f) return widthMm * 1.999f + 0.3325f;
   if (widthMm > 135.0f) return widthMm * 2.0325713f - 4.3657f;

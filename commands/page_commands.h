@@ -22,6 +22,3 @@ std::string BuildLabelSizeCommand(const OEMDEV& devmode, DWORD widthUm, DWORD le
 // Width in millimetres of a two-colour label on the model "K5", from its printable width. A
 // piecewise linear fit, computed in single precision.
 float CorrectTwoColorWidth(float widthMm);
-
-// Whether the record's model code is that text.
-bool IsModel(const OEMDEV& devmode, const char* modelCode);

@@ -22,6 +22,10 @@ constexpr BlockFields kBlockFields[kCustomBlockCount] = {
 
 }  // namespace
 
+bool IsModel(const OEMDEV& devmode, const char* modelCode) {
+  return FixedText(devmode.szModelCode) == modelCode;
+}
+
 CustomBlock GetCustomBlock(const OEMDEV& devmode, int k) {
   assert(k >= 0 && k < kCustomBlockCount);
   const BlockFields& fields = kBlockFields[k];

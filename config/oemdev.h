@@ -246,6 +246,9 @@ std::string FixedText(const char (&field)[size]) {
   return std::string(field, strnlen(field, size));
 }
 
+// Whether the printer model is that one. The whole code counts, case included.
+bool IsModel(const OEMDEV& devmode, const char* modelCode);
+
 // One custom command block as stored.
 struct CustomBlock {
   WORD kind;

@@ -1,4 +1,4 @@
-// Owners of the bitmaps and drawing contexts of a page's stages, and what is done with each.
+// Owners of the bitmaps and drawing objects of a page's stages.
 #pragma once
 
 #include <memory>
@@ -17,12 +17,12 @@ inline BitmapOwner MakeBitmap(UINT widthPx, UINT heightPx, Gdiplus::PixelFormat 
                                                 static_cast<INT>(heightPx), format, name));
 }
 
-// Keeps the picture of a stage for diagnosis, when somebody asks for these pictures.
+// Hands the bitmap of a stage to the library's diagnostic save.
 inline void SaveStage(const COemPDEV& state, Gdiplus::Bitmap* bitmap, LPCWSTR stage) {
   BitmapHelper::DevTestSaveBitmapAs(bitmap, state.dwJobId, state.dwPageCount, stage, g_logClient);
 }
 
-// Null when the drawing object cannot be allocated.
+// Null if the drawing object cannot be allocated.
 using GraphicsOwner = std::unique_ptr<Gdiplus::Graphics>;
 inline GraphicsOwner DrawOn(Gdiplus::Bitmap* bitmap) {
   return GraphicsOwner(Gdiplus::Graphics::FromImage(bitmap));

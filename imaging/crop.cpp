@@ -1,10 +1,11 @@
 #include "imaging/crop.h"
 
 #include <cstddef>
+#include <cstring>
 
 namespace {
 
-// The rows of a 1-bit bitmap while they are locked. Null pixels when they cannot be.
+// A lock of the rows of a 1-bit bitmap.
 class Bits {
  public:
   Bits(Gdiplus::Bitmap* bitmap, Gdiplus::ImageLockMode mode) : m_bitmap(bitmap) {
@@ -33,6 +34,10 @@ class Bits {
 void CopyBits(const BYTE* from, INT first, INT count, BYTE* to) {
   from += first / 8;
   const INT shift = first % 8;
+  if (shift == 0) {
+    std::memcpy(to, from, static_cast<std::size_t>((count + 7) / 8));
+    return;
+  }
   const INT sourceBytes = (shift + count + 7) / 8;
   for (INT i = 0; i < (count + 7) / 8; ++i) {
     const int next = i + 1 < sourceBytes ? from[i + 1] : 0;
@@ -56,7 +61,7 @@ BitmapOwner CropBitmap(Gdiplus::Bitmap* source, INT x, INT y, INT width, INT hei
 }  // namespace
 
 CroppedImage CropToContent(Gdiplus::Bitmap* given, DWORD rotation) {
-  CroppedImage image{given, nullptr};
+  CroppedImage image{.used = given};
   const bool byColumns = rotation == 1 || rotation == 3;
   const INT width = static_cast<INT>(given->GetWidth());
   const INT height = static_cast<INT>(given->GetHeight());

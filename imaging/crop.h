@@ -1,5 +1,5 @@
-// Cropping a page's 1-bit images to the rows or columns that hold content, so that no empty stripes
-// travel to the printer.
+// Crops a page's 1-bit images to the rows or columns with content, so that the printer gets no
+// empty stripes.
 #pragma once
 
 #include "config/device_state.h"
@@ -8,11 +8,11 @@
 // The bitmap that is sent in place of a given one.
 struct CroppedImage {
   Gdiplus::Bitmap* used;  // the copy below, or the given bitmap
-  BitmapOwner copy;
-  INT offsetPx = 0;    // content's first row or column
+  BitmapOwner copy = nullptr;
+  INT offsetPx = 0;    // the first row or column of the content
   bool empty = false;  // no content at all
 };
 
-// Crops by columns when the label is turned by a quarter (rotation 1 or 3), else by rows. An image
-// without content becomes one row or column. Without memory the given bitmap is used as it is.
+// Crops by columns if the label is turned by a quarter (rotation 1 or 3), otherwise by rows. An
+// image without content becomes one row or column. Without memory the given bitmap is used whole.
 CroppedImage CropToContent(Gdiplus::Bitmap* given, DWORD rotation);

@@ -6,14 +6,15 @@
 #include "commands/image_commands.h"
 #include "commands/job_stream.h"
 #include "config/log.h"
+#include "config/png_stream.h"
 #include "imaging/crop.h"
-#include "imaging/png_encoder.h"
+#include "imaging/image_download.h"
 
 namespace {
 
 constexpr float kMillimetresPerInch = 25.4f;
 
-// One page on its way out.
+// One page that is being written.
 struct Emission {
   PDEVOBJ device;
   COemPDEV* state;
@@ -23,12 +24,12 @@ struct Emission {
   bool backgroundEmpty;
   CroppedImage usedBackground;
   CroppedImage usedHighlight;
-  ComPtr<IStream> backgroundPng;
-  ComPtr<IStream> highlightPng;
+  ComPtr<IStream> backgroundPng = {};
+  ComPtr<IStream> highlightPng = {};
 };
 
-// Logs what is missing. Surface and image are both looked at, of the rest only the first that is
-// missing.
+// Logs what is missing: the surface and the image, each with its line; if both are there, the first
+// missing part of the device object.
 bool ArgumentsComplete(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground) {
   if (pso == nullptr) LogError(kNoCategory, "SendImageToPrinter: pso == NULL !!!");
   if (pbmpBackground == nullptr) {
@@ -77,7 +78,7 @@ bool SavePng(Gdiplus::Bitmap* bitmap, IStream* stream, const CLSID& encoder, con
   return false;
 }
 
-// The background twice side by side, so that both sides of a folded label show the same.
+// Encodes the background twice, side by side: both sides of a folded label show the same.
 bool EncodeBothSides(const Emission& page, const CLSID& encoder) {
   Gdiplus::Bitmap* used = page.usedBackground.used;
   const UINT width = used->GetWidth();
@@ -109,7 +110,7 @@ bool EncodeImages(Emission& page) {
       !CreatePngStream("pPngStreamHighlight", "", page.highlightPng)) {
     return false;
   }
-  // Two sides of one colour: the option has no meaning for a label with a highlight.
+  // The option is for one-colour labels; a label with a highlight is encoded normally.
   if (page.devmode->bTopSideSameAsBottom && page.highlight == nullptr) {
     return EncodeBothSides(page, encoder);
   }
@@ -126,7 +127,7 @@ bool HoldsImage(Gdiplus::Bitmap* image, Gdiplus::Bitmap* kept) {
   return kept != nullptr && BitmapHelper::Are1BPPBitmapsEqual(image, kept) != 0;
 }
 
-// Downloads what the printer does not hold from the page before.
+// Downloads the images that the printer does not hold from an earlier page.
 bool DownloadImages(const Emission& page) {
   if (page.highlight == nullptr) {
     return page.backgroundEmpty || WriteImageDownload(page.device, page.backgroundPng.Get(), "0");
@@ -149,19 +150,20 @@ float OffsetMm(const CroppedImage& image, SHORT resolutionDpi) {
 void WriteImageCommands(const Emission& page) {
   const DEVMODEW* publicDevmode = page.device->pPublicDM;
   if (publicDevmode == nullptr) return;
-  const ImagePlacement placement = {page.state->dmPublicCopy.dmPaperWidth,
-                                    page.state->dmPublicCopy.dmPaperLength,
-                                    OffsetMm(page.usedBackground, publicDevmode->dmYResolution),
-                                    OffsetMm(page.usedHighlight, publicDevmode->dmYResolution),
-                                    static_cast<LONG>(page.devmode->dwColorMode),
-                                    page.backgroundEmpty,
-                                    page.usedHighlight.empty};
+  const ImagePlacement placement = {
+      .paperWidthTenthsMm = page.state->dmPublicCopy.dmPaperWidth,
+      .paperLengthTenthsMm = page.state->dmPublicCopy.dmPaperLength,
+      .backgroundOffsetMm = OffsetMm(page.usedBackground, publicDevmode->dmYResolution),
+      .highlightOffsetMm = OffsetMm(page.usedHighlight, publicDevmode->dmYResolution),
+      .colorMode = static_cast<LONG>(page.devmode->dwColorMode),
+      .backgroundEmpty = page.backgroundEmpty,
+      .highlightEmpty = page.usedHighlight.empty};
   SpoolWrite(page.device,
              page.state->strPageSetup +
                  ComposeImageCommands(page.state->job, page.state->dmPrivateCopy, placement));
 }
 
-// True when all of the page went out.
+// Writes the page. Returns whether all of it was written.
 bool Emit(Emission& page) {
   if (page.state->dwPageCount == 1) WriteFirstPageBlocks(page);
   if (page.devmode->bCropToContent) CropImages(page);
@@ -181,21 +183,19 @@ INT SendImageToPrinter(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground,
     return 0;
   }
   const PDEVOBJ device = DeviceOf(pso);
-  Emission page{device,
-                DeviceState(device),
-                static_cast<OEMDEV*>(device->pOEMDM),
-                pbmpBackground,
-                pbmpHighlight,
-                bBackgroundEmpty,
-                {pbmpBackground, nullptr},
-                {pbmpHighlight, nullptr, 0, bHighlightEmpty},
-                {},
-                {}};
+  Emission page = {.device = device,
+                   .state = DeviceState(device),
+                   .devmode = static_cast<OEMDEV*>(device->pOEMDM),
+                   .background = pbmpBackground,
+                   .highlight = pbmpHighlight,
+                   .backgroundEmpty = bBackgroundEmpty,
+                   .usedBackground = {.used = pbmpBackground},
+                   .usedHighlight = {.used = pbmpHighlight, .empty = bHighlightEmpty}};
   bool emitted = false;
   try {
     emitted = Emit(page);
   } catch (const std::bad_alloc&) {
-    // Fails like an image that cannot be encoded.
+    // The page fails like one whose image cannot be encoded.
   }
   LogTrace(kRendering, "SendImageToPrinter END (%d)", emitted ? 1 : 0);
   return 1;

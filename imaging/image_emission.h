@@ -1,13 +1,13 @@
-// Writing one page to the printer: its images, as far as the printer does not hold them already,
-// and the commands that set up the page and place them.
+// Writes one page to the printer: the images that it does not hold already, and the commands that
+// set up the page and place the images.
 #pragma once
 
 #include "platform/driver.h"
 #include "platform/gdiplus.h"
 
-// pbmpBackground and pbmpHighlight are 1-bit images of the page and stay the caller's;
-// pbmpHighlight is null in one-colour mode. Returns 0, last error ERROR_INVALID_PARAMETER and
-// nothing written, when an argument is missing; else 1, also when the images could not be encoded
-// or the memory ran out (the log tells).
+// pbmpBackground and pbmpHighlight are the page's 1-bit images and stay the caller's; pbmpHighlight
+// is null in one-colour mode. Returns 0 if an argument is missing, with last error
+// ERROR_INVALID_PARAMETER and nothing written. Otherwise returns 1, even if an image could not be
+// encoded or memory ran out; the log's END line then says 0.
 INT SendImageToPrinter(SURFOBJ* pso, Gdiplus::Bitmap* pbmpBackground,
                        Gdiplus::Bitmap* pbmpHighlight, bool bBackgroundEmpty, bool bHighlightEmpty);

@@ -19,14 +19,14 @@ struct Page {
   PDEVOBJ device;
   COemPDEV* state;
   OEMDEV* devmode;
-  std::shared_ptr<const void> buffer = nullptr;  // captured may still read it
-  BitmapOwner captured = nullptr;                // may still be drawn from
-  BitmapOwner placed = nullptr;  // with borders, turned; null when nothing was to do
+  std::shared_ptr<const void> buffer = nullptr;  // may still be read by captured
+  BitmapOwner captured = nullptr;                // may still be read by placed
+  BitmapOwner placed = nullptr;                  // with borders, turned; null if it needed neither
 
   Gdiplus::Bitmap* Bitmap() const { return placed != nullptr ? placed.get() : captured.get(); }
 };
 
-// A driver may leave the last rows of a page out. What is missing of the picture is paper: white.
+// A driver may leave out the last rows of a page. Missing rows are paper: white.
 bool CompleteBuffer(COemPDEV& state, std::uint64_t neededBytes) {
   if (state.dwBitmapBufferSize >= neededBytes) return true;
   if (neededBytes > std::numeric_limits<DWORD>::max()) return false;
@@ -52,7 +52,7 @@ bool CopyPage(Page& page) {
   return true;
 }
 
-// Pixel for pixel, whatever resolutions the bitmaps are said to have.
+// Draws pixel for pixel, whatever resolutions the two bitmaps have.
 void DrawWhole(Gdiplus::Graphics& graphics, Gdiplus::Bitmap* bitmap, INT x, INT y) {
   const INT width = static_cast<INT>(bitmap->GetWidth());
   const INT height = static_cast<INT>(bitmap->GetHeight());
@@ -60,7 +60,7 @@ void DrawWhole(Gdiplus::Graphics& graphics, Gdiplus::Bitmap* bitmap, INT x, INT 
                      Gdiplus::UnitPixel);
 }
 
-// The bands hold the printable area only: puts the page where it is on the paper.
+// The bands hold the printable area only: moves it to its place on the paper.
 bool AddBorders(Page& page) {
   const INT offsetX = page.state->gdiPhysOffsetX;
   const INT offsetY = page.state->gdiPhysOffsetY;
@@ -101,8 +101,8 @@ bool CorrectOrientation(Page& page) {
   return true;
 }
 
-// The 1-bit image of a 24-bit one that is already black and white; none without memory, for a new
-// bitmap is black.
+// The 1-bit image of a 24-bit one that is already black and white. Null without memory: a new
+// bitmap is black, so a conversion that failed would print a black page.
 BitmapOwner ReduceToOneBit(const Page& page, Gdiplus::Bitmap* source, LPCWSTR name, LPCWSTR stage) {
   BitmapOwner oneBit =
       MakeBitmap(source->GetWidth(), source->GetHeight(), PixelFormat1bppIndexed, name);
@@ -155,13 +155,13 @@ INT SendTwoColors(const Page& page) {
   const bool highlightEmpty = BitmapHelper::GetFirstContentColumn1BPP(highlight.get()) < 0;
   const INT result = SendImageToPrinter(page.surface, background.get(), highlight.get(),
                                         backgroundEmpty, highlightEmpty);
-  // An empty image leaves the one that the printer holds in place.
+  // The printer still holds the last image with content.
   if (!backgroundEmpty) page.state->KeepBackground(background.release());
   if (!highlightEmpty) page.state->KeepHighlight(highlight.release());
   return result;
 }
 
-// Any other colour mode than one or two colours prints no image.
+// A colour mode other than 1 and 2 prints no image.
 INT SendImages(const Page& page) {
   switch (page.devmode->dwColorMode) {
     case 1:
