@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kShortLine = 512;  // units; nearly every line fits
 
-// The shared library decides which lines are written, so every line is formatted. A page logs two
-// lines a band: they must cost little.
+// The shared library decides which lines are written, so every line is formatted. Each band of a
+// page logs a few: a line must cost little.
 using LevelFunction = void(CLoggerClient&, LPCWSTR, LPCWSTR);
 
 // Widens length bytes of UTF-8 into wide, which has room for as many units and a terminator.

@@ -20,8 +20,6 @@ SYMBOLS = [  # zint's number and options, text, modules across the bars (0: the 
     (["--barcode=58"], "https://example.com/p/42", 0),
 ]
 SIZES = [(203, 2), (203, 3), (300, 2), (300, 4), (600, 3), (600, 5)]  # dpi, dots of a module
-DITHERERS = ["threshold", "floyd-steinberg", "ordered", "clustered-dot", "blue-noise",
-             "clustered-diffusion"]
 BLACK, PAPER, HIGHLIGHT, PHOTO = 0, 1, 2, 3  # colours of a page; photo tones follow
 TONES = 250
 QUIET = 10
@@ -95,10 +93,14 @@ def read(image):
     return bars + [run("dmtxread", "-N1", "-m60000", image).stdout]
 
 
-def check(vlx, drawn, number, dpi, module, ink):
+def ditherers(vlx):
+    lines = run(vlx, "settings", "keys", check=True).stdout.splitlines()
+    return next(line.split("\t")[1].split() for line in lines if line.startswith("colour.ditherer\t"))
+
+
+def check(vlx, drawn, ditherer, dpi, module, ink):
     """Prints four turns of a page; returns how many symbols were read, and what was not."""
     right, missing = 0, []
-    ditherer = DITHERERS[number % len(DITHERERS)]
     with tempfile.TemporaryDirectory() as folder:
         page = make_page(drawn, module, ink)
         turned = [bytes(row) for row in zip(*page[::-1])]
@@ -125,10 +127,12 @@ def main():
         print("zint, zbarimg or dmtxread is missing")
         return 77
     drawn = [modules(*symbol) for symbol in SYMBOLS]
+    names = ditherers(sys.argv[1])
     right, wrong = 0, []
     for number, (dpi, module) in enumerate(SIZES):
         for ink, shift in ((BLACK, 0), (HIGHLIGHT, 3)):
-            read_back, missing = check(sys.argv[1], drawn, number + shift, dpi, module, ink)
+            ditherer = names[(number + shift) % len(names)]
+            read_back, missing = check(sys.argv[1], drawn, ditherer, dpi, module, ink)
             right += read_back
             wrong += missing
     expected = len(SIZES) * 2 * 4 * len(SYMBOLS)

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Fields whose value stands for one of few things; every other value is a number that the commands
-// carry as it is or ignore.
+// Fields that select one of a few things. Other fields are numbers, which the commands send as they
+// are or ignore.
 struct Range {
   std::size_t offset;
   DWORD least;
@@ -81,7 +81,7 @@ bool AdoptDevMode(const void* record, std::size_t size, OEMDEV* result) {
 void ConvertEp2Qor(OEMDEV* devmode) {
   if (devmode == nullptr) return;
   const OEM_DMEXTRAHEADER& header = devmode->header;
-  // Only an older record of ours needs converting, and only such a one is known well enough for it.
+  // A record without the signature has an unknown layout; a current one needs no conversion.
   if (header.dwSignature != kOemDevSignature) return;
   if (header.dwSize == sizeof(OEMDEV) && header.dwVersion == kOemDevVersion) return;
   OEMDEV adopted;

@@ -1,12 +1,12 @@
-// The private devmode's defaults and what makes a record from outside a valid one.
+// The private devmode: its defaults, and the repair of records from outside.
 #pragma once
 
 #include "config/oemdev.h"
 
-// A record that prints one-colour labels with gap sensing and nothing special.
+// One-colour labels with a gap between them, all options off.
 OEMDEV DefaultDevMode();
 
-// Brings a record of unknown origin, of which size bytes can be read, to the current layout: what
-// is missing or out of range takes its default, everything else is kept. Returns false, *result
-// untouched, when the bytes are no private devmode at all.
+// Converts a record of unknown origin to the current layout. size: how many of its bytes may be
+// read. Fields that are missing or out of range get their default, the others are kept. Returns
+// false, with *result untouched, if the bytes do not start with the header of a private devmode.
 bool AdoptDevMode(const void* record, std::size_t size, OEMDEV* result);

@@ -13,8 +13,8 @@ HRESULT Refuse(DWORD error) {
   return E_FAIL;
 }
 
-// How many bytes of the incoming record may be read: what its header says, and no more than the
-// public devmode in front of it, when given, says that there is.
+// How many bytes of the incoming record may be read: the size in its header, but no more than the
+// public devmode, if given, says.
 std::size_t ReadableSize(const OEMDMPARAM& parameters) {
   if (parameters.pOEMDMIn == nullptr) return 0;
   std::size_t room = sizeof(OEMDEV);
@@ -52,7 +52,7 @@ HRESULT hrOEMDevMode(CLoggerClient&, ConfigsCache*, LPCWSTR, DWORD dwMode,
   if (!AdoptDevMode(pOemDMParam->pOEMDMIn, ReadableSize(*pOemDMParam), &devmode)) {
     return Refuse(ERROR_INVALID_PARAMETER);
   }
-  // Cuts that were sent belong to the job that sent them.
+  // The flag belongs to the job that sent the cuts; a merged record starts a new one.
   if (dwMode == OEMDM_MERGE) devmode.dwInitialCutSent = 0;
   return Give(devmode, *pOemDMParam);
 }

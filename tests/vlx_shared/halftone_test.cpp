@@ -7,9 +7,12 @@
 
 namespace {
 
-constexpr eBitmapDitherer kDitherers[] = {eThreshold,         eFloydSteinberg, eOrdered,
-                                          eClusteredDot,      eBlueNoise,      eClusteredDiffusion,
-                                          eBitmapDitherer{99}};
+std::vector<eBitmapDitherer> Ditherers() {
+  std::vector<eBitmapDitherer> all = {eBitmapDitherer{99}};
+  for (WORD i = 0; i < std::size(kDithererNames); ++i) all.push_back(eBitmapDitherer{i});
+  return all;
+}
+const std::vector<eBitmapDitherer> kDitherers = Ditherers();
 
 bool IsOwn(DWORD color) { return color == 0 || color == 0xFFFFFF; }
 

@@ -13,8 +13,7 @@ OLD_INTERFACE = "{C6068D58-3C3E-4A8E-9B3A-0A2C31C2B5A1}"
 STOCK = "{11111111-2222-3333-4444-555555555555}"
 BLOCK_FILE = b"block from a file\r\nsecond line\r\n\x1ahidden"
 
-DITHERERS = ("threshold", "floyd-steinberg", "ordered", "clustered-dot", "blue-noise",
-             "clustered-diffusion")
+DITHERERS = re.findall(r'"([a-z-]+)"', (ROOT / "config/ditherers.h").read_text())
 
 
 class Record:
