@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "viewer/codes/codes.h"
 #include "viewer/drawing/drawing.h"
 #include "viewer/language/text.h"
 
@@ -11,6 +12,7 @@ namespace viewer {
 namespace {
 
 constexpr double kRegisterMm = 0.25;
+constexpr double kMostDotsSearched = 2e9;  // for codes, in a job; about a thousand labels
 
 // The box of an image's dots after the image is turned.
 struct TurnedBox {
@@ -45,6 +47,7 @@ class Linter {
         if (placement.image) CheckEdges(*label, placement);
       }
       if (label->twoColours) CheckRegister(*label);
+      CheckCodes(*label);
     }
     LintResult result = {m_reader.Faults(), m_reader.FaultCount() + m_count};
     result.faults.insert(result.faults.end(), m_faults.begin(), m_faults.end());
@@ -100,6 +103,23 @@ class Linter {
                                Plain(label.WidthMm()) + " mm, beyond it");
   }
 
+  // Looks for codes on the upright label, in each colour by itself.
+  void CheckCodes(const Label& label) {
+    const LabelDots size = SizeInDots(label, m_dpi);
+    const double dots = static_cast<double>(size.width) * static_cast<double>(size.length);
+    if (label.placements.empty() || dots <= 0 || dots > m_dotsToSearch) return;
+    m_dotsToSearch -= dots;
+    std::string why;
+    const std::optional<LabelPicture> drawn = DrawLabel(label, m_dpi, why);
+    if (!drawn) return;
+    m_turn = UprightTurn(label, m_turn);
+    for (const BitImage* plane : {&drawn->black, &drawn->highlight}) {
+      for (const CodeFault& fault : FindCodeFaults(Turn(*plane, m_turn), m_dpi)) {
+        Note(label.placements.front().place, CodeFaultText(fault, m_dpi) + m_guess);
+      }
+    }
+  }
+
   // A page image is often placed on many labels, so the last boxes are kept.
   const DotBox& DotsOf(const std::shared_ptr<const BitImage>& image) {
     for (const auto& [known, box] : m_boxes) {
@@ -122,6 +142,8 @@ class Linter {
   std::uint64_t m_count = 0;
   std::pair<std::shared_ptr<const BitImage>, DotBox> m_boxes[4];
   std::size_t m_next = 0;
+  int m_turn = 0;
+  double m_dotsToSearch = kMostDotsSearched;
 };
 
 }  // namespace

@@ -8,8 +8,9 @@
 
 namespace viewer {
 
-// All faults in job order: what the job reader reports, dots lost at the edges of labels and
-// colours out of register. dpi 0: guessed from the job.
+// All faults in job order: what the job reader reports, dots lost at the edges of labels, colours
+// out of register and bar codes that do not scan. Codes are looked for on the first labels only, a
+// thousand of common size. dpi 0: guessed from the job.
 struct LintResult {
   std::vector<Fault> faults;
   std::uint64_t count = 0;  // may exceed faults.size()
