@@ -15,7 +15,7 @@ namespace {
 class Filter : public VlxProcess {
  protected:
   Filter() {
-    SetEnvironment("PPD=" PPD_FOLDER "/vlx-203.ppd LSAN_OPTIONS=suppressions=" LEAKS);
+    SetEnvironment("PPD=" PPD_FOLDER "/vlx-203.ppd");
     home.WriteFile("small.pgm", Grey(40, 20));
     home.WriteFile("fits.pgm", Grey(96, 56));
   }
@@ -234,7 +234,6 @@ TEST_F(Filter, CancelledJobEndsAfterTheLabelInHand) {
   int document[2];
   ASSERT_EQ(pipe(document), 0);
   setenv("PPD", PPD_FOLDER "/vlx-203.ppd", 1);
-  setenv("LSAN_OPTIONS", "suppressions=" LEAKS, 1);
   const pid_t filter = fork();
   if (filter == 0) {
     dup2(document[0], STDIN_FILENO);
@@ -255,7 +254,6 @@ TEST_F(Filter, CancelledJobEndsAfterTheLabelInHand) {
   close(document[0]);
   close(document[1]);
   unsetenv("PPD");
-  unsetenv("LSAN_OPTIONS");
   EXPECT_EQ(status, 0) << Read("err.txt");
   home.WriteFile("cancelled.job", Read("out.txt"));
   ASSERT_EQ(RunVlx("lint {}cancelled.job"), 0) << Read("out.txt");

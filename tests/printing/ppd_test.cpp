@@ -6,11 +6,6 @@
 
 #include "printing/cups/queue_job.h"
 
-// For a build with sanitizers, as leaks.txt.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libcups.so\n";
-}
-
 namespace {
 
 constexpr const char* kPpds[] = {PPD_FOLDER "/vlx-203.ppd", PPD_FOLDER "/vlx-300.ppd",
