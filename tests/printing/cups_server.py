@@ -163,6 +163,16 @@ class CupsServer:
         pairs = [word for option in options for word in ("-o", option)]
         self.run("lpadmin", "-p", name, "-E", "-v", device, "-m", model, *pairs)
 
+    def add_driverless_queue(self, name, uri):
+        """A queue that asks the printer what it can do. cupsd answers before it has asked, and aborts
+        a job that comes before it has filed what it learnt."""
+        self.run("lpadmin", "-p", name, "-E", "-v", uri, "-m", "everywhere")
+        for _ in range(600):
+            if os.path.exists(self.path("cache", name + ".data")):
+                return
+            time.sleep(0.05)
+        raise RuntimeError(f"{uri} is not described:\n" + self.log()[-2000:])
+
     def lp(self, queue, *arguments):
         """Sends a job and gives its number."""
         said = self.run("lp", "-d", queue, *arguments).stdout

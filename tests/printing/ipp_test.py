@@ -190,7 +190,7 @@ def check_state(application):
 def check_clients(application, output):
     """A queue of CUPS without a driver."""
     with CupsServer(application.path("usr")) as server:
-        server.run("lpadmin", "-p", "labels", "-E", "-v", application.uri("file"), "-m", "everywhere")
+        server.add_driverless_queue("labels", application.uri("file"))
         open(output, "w").close()
         path = server.path("page.pdf")
         server.write("page.pdf", document(1))

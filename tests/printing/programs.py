@@ -94,7 +94,7 @@ def check(what, printer, state):
     global count
     count += 1
     if state["job-state"] != "completed":
-        faults.append(f"{what}: {state['job-state']}")
+        faults.append(f"{what}: {state['job-state']}, {state.get('job-printer-state-message')}")
         return
     picture = printer.next_picture()
     with open(picture.replace("-0001.png", ".job"), "rb") as job:
@@ -133,7 +133,7 @@ def print_driverless(server, folder, dpi, printer, documents):
                 break
             time.sleep(0.1)
         queue = f"driverless{dpi}"
-        server.run("lpadmin", "-p", queue, "-E", "-v", uri + "/print/labels", "-m", "everywhere")
+        server.add_driverless_queue(queue, uri + "/print/labels")
         what, path, _ = documents[0]
         state = server.wait(server.lp(queue, "-o", "media=Custom.100x60mm", path))
         check(f"{dpi} dpi, driverless, {what}", printer, state)
