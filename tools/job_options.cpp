@@ -94,6 +94,17 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   command.add_option("--name", options.name, "Name of the job; by default that of the first file");
   command.add_option("--band-rows", options.bandRows, "Rows that the driver passes on at a time")
       ->check(CLI::Range(1, 1000000));
+  command.add_flag("--force", options.force, "Overwrite a file of another kind");
+}
+
+OutputGuard GuardOutputs(const JobOptions& options) {
+  std::vector<NamedFile> inputs;
+  for (const std::string& file : options.files) inputs.push_back({"the page", file});
+  inputs.push_back({"--settings", options.settingsFile});
+  inputs.push_back({"--devmode", options.devmodeFile});
+  OutputGuard guard(std::move(inputs), options.force);
+  guard.Add({"--save-devmode", options.saveDevmodeFile}, kRecordOutput);
+  return guard;
 }
 
 DevModeRecord ReadDevModeFile(const std::string& path) {

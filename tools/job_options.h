@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/label_job.h"
+#include "tools/output_guard.h"
 
 struct JobOptions {
   std::vector<std::string> files;
@@ -23,6 +24,7 @@ struct JobOptions {
   std::string fit = "none";
   std::string name;
   int bandRows = 256;
+  bool force = false;
 };
 
 // Adds the files and the options to a command.
@@ -31,6 +33,9 @@ void AddSetOption(CLI::App& command, std::vector<std::string>& sets);
 
 // The settings file, --set and the other options on top of each other. Throws HostError.
 Settings ReadSettings(const JobOptions& options);
+
+// Guards what the options read, and --save-devmode, which it has checked. Throws HostError (usage).
+OutputGuard GuardOutputs(const JobOptions& options);
 
 // A file with a raw settings record. Throws HostError (input).
 DevModeRecord ReadDevModeFile(const std::string& path);

@@ -42,8 +42,13 @@ class Pictures {
       : m_output(options.output),
         m_single(options.output == "-" || options.output.ends_with(".png")),
         m_stem(options.job.files.front() == "-" ? "page"
-                                                : viewer::JobStem(options.job.files.front())) {
-    if (!m_single) viewer::MakeFolder(m_output);
+                                                : viewer::JobStem(options.job.files.front())),
+        m_guard(GuardOutputs(options.job)) {
+    if (m_single) {
+      m_guard.Add({"-o", m_output}, kPictureOutput);
+    } else {
+      viewer::MakeFolder(m_output);
+    }
   }
 
   void Add(const std::string& png) {
@@ -59,6 +64,7 @@ class Pictures {
     char number[32];
     std::snprintf(number, sizeof number, "-%04zu.png", m_count);
     const std::string path = (std::filesystem::path(m_output) / (m_stem + number)).string();
+    m_guard.Add({"picture", path}, kPictureOutput);
     viewer::WriteWholeFile(path, png);
     std::printf("%s\n", path.c_str());
   }
@@ -71,6 +77,7 @@ class Pictures {
   const std::string m_output;
   const bool m_single;
   const std::string m_stem;
+  OutputGuard m_guard;
   std::string m_first;
   std::size_t m_count = 0;
 };

@@ -50,6 +50,7 @@ void ReportJob(const PrintOptions& options, std::size_t pages, Spool& spool) {
 }
 
 int RunPrint(const PrintOptions& options) {
+  GuardOutputs(options.job).Add({"-o", options.output}, kJobOutput);
   const Settings settings = ReadSettings(options.job);
   Spool spool(OpenTargets(options));
   std::size_t pages = 0;

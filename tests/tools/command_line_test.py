@@ -1,7 +1,8 @@
 """Checks the command line as people meet it: what --help shows stands in the man page and in the
-documents and has examples, bash completes it, and the installed tree works from where it lies.
+documents and has examples, bash completes it, command lines end in the right code and words, and the
+installed tree works from where it lies.
 
-    command_line_test.py help|completion|install VLX SOURCES BUILD
+    command_line_test.py help|completion|lines|install VLX SOURCES BUILD
 """
 
 import os
@@ -97,6 +98,47 @@ def check_completion():
         expect(found == offered, f"behind '{line}' bash offers {sorted(found)}")
 
 
+# Run one after the other in a folder with two pages, page.pgm and page2.pgm, and text in notes.txt: the
+# command line, its exit code, and words of what it prints; a word behind "!" must not occur.
+LINES = [
+    # No file is lost to an output.
+    ("vlx print page.pgm $P -o a.job", 0, "1 label"),
+    ("vlx print page.pgm $P -o a.job", 0, "1 label"),
+    ("vlx print page.pgm $P -o ./page.pgm", 2, "-o ./page.pgm", "same file"),
+    ("ln page.pgm hard; ln -s page.pgm soft; vlx print hard $P -o soft", 2, "same file"),
+    ("vlx print - $P -o page.pgm <page.pgm", 2, "same file"),
+    ("vlx print page.pgm $P -o new --save-devmode ./new", 2, "--save-devmode ./new"),
+    ("vlx print page.pgm $P -o b.job --settings s.toml --save-devmode s.toml", 2, "s.toml"),
+    ("vlx print page.pgm $P -o notes.txt", 2, "notes.txt", "no job", "--force"),
+    ("vlx print page.pgm $P -o b.job --save-devmode notes.txt", 2, "no settings record"),
+    ("vlx preview page.pgm $P -o seen.png", 0, "seen.png"),
+    ("vlx preview seen.png --paper 100x150mm -o seen.png", 2, "same file"),
+    ("cp page.pgm page2-0001.pgm; vlx preview page2.pgm $P -o .; ls page2*", 0, "page2-0001.png"),
+    ("cp seen.png page-0001.png; vlx preview page.pgm page-0001.png -o . $P", 2, "page-0001.png", "same file"),
+    ("cat notes.txt; test -e new -o -e b.job || vlx print page.pgm $P -o notes.txt --force", 0,
+     "important", "1 label"),
+]
+
+
+def check_lines():
+    with tempfile.TemporaryDirectory(prefix="vlx lines ") as folder:
+        for name in ("page.pgm", "page2.pgm"):
+            with open(os.path.join(folder, name), "wb") as file:
+                file.write(b"P5 8 4 255\n" + bytes(range(0, 256, 8)))
+        for name, text in {"notes.txt": "important", "s.toml": "[print]\nspeed = 80\n"}.items():
+            with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
+                file.write(text)
+        environment = {**os.environ, "VLX_HOME": os.path.join(folder, "home"), "VLX": vlx,
+                       "P": "--paper 12x7mm --dpi 203"}
+        for line, code, *words in LINES:
+            script = 'vlx() { "$VLX" "$@"; }\n' + line
+            done = run("bash", "-c", script, cwd=folder, env=environment)
+            text = done.stdout + done.stderr
+            wrong = [word for word in words if (word.lstrip("!") in text) == word.startswith("!")]
+            if done.returncode != code or wrong:
+                faults.append(f"{line}\n  code {done.returncode}, not {code}; {wrong}: {text}")
+
+
 def check_install():
     with tempfile.TemporaryDirectory(prefix="vlx install ") as prefix:
         done = run("cmake", "--install", build, "--prefix", prefix)
@@ -115,6 +157,7 @@ def check_install():
         expect(printed.returncode == 0 and os.path.getsize(job) > 1000, str(printed))
 
 
-{"help": check_help, "completion": check_completion, "install": check_install}[mode]()
+{"help": check_help, "completion": check_completion, "lines": check_lines,
+ "install": check_install}[mode]()
 print("\n".join(faults))
 sys.exit(1 if faults else 0)
