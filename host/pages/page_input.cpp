@@ -16,9 +16,12 @@ constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
 
 }  // namespace
 
+// The C library takes no heed of a size without a buffer.
 PageInput::PageInput(FilePtr file, std::string name)
-    : m_file(std::move(file)), m_name(std::move(name)) {
-  std::setvbuf(m_file.get(), nullptr, _IOFBF, kBufferBytes);
+    : m_buffer(std::make_unique_for_overwrite<char[]>(kBufferBytes)),
+      m_file(std::move(file)),
+      m_name(std::move(name)) {
+  std::setvbuf(m_file.get(), m_buffer.get(), _IOFBF, kBufferBytes);
 }
 
 PageInput PageInput::Open(const std::string& path) {

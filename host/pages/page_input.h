@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,7 @@ class PageInput {
  public:
   // Takes the stream over. name: for messages.
   PageInput(FilePtr file, std::string name);
+  PageInput(PageInput&&) = default;
 
   // Opens a file; "-" is standard input, which stays open afterwards. Throws HostError (input) that
   // names the file and the reason.
@@ -46,6 +48,7 @@ class PageInput {
  private:
   void CheckRead() const;
 
+  std::unique_ptr<char[]> m_buffer;  // of the file, which is closed first
   FilePtr m_file;
   std::string m_name;
   std::string m_peeked;

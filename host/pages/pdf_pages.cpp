@@ -21,6 +21,9 @@ extern char** environ;
 namespace {
 
 constexpr int kPipeBytes = 1 << 20;  // fewer context switches
+// By itself the program writes 4 KiB at a time and wakes this process each time.
+constexpr const char* kWriteBytes = "-o256K";
+constexpr int kCommandNotFound = 127;  // exit code of stdbuf
 
 [[noreturn]] void FailErrno(const std::string& what) {
   throw HostError(kExitInput, what + ": " + std::strerror(errno));
@@ -129,6 +132,7 @@ class PdfPages final : public PageSource {
 
  private:
   void Start(int pdfDescriptor, int dpi);
+  [[noreturn]] void FailStart(int error) const;
   int AwaitEnd();
   void CheckEnd();
 
@@ -150,13 +154,22 @@ void PdfPages::Start(int pdfDescriptor, int dpi) {
   setup.Redirect(fileno(m_messages.get()), STDERR_FILENO);
   // No smoothing: a printer has no grey dots, and a smoothed edge would be dithered.
   const std::string resolution = std::to_string(dpi);
-  const char* arguments[] = {"pdftoppm",  "-r", resolution.c_str(), "-cropbox", "-aa", "no",
-                             "-aaVector", "no", "/dev/stdin",       nullptr};
-  const int error = posix_spawnp(&m_process, arguments[0], &setup.actions, &setup.attributes,
-                                 const_cast<char**>(arguments), environ);
+  const char* arguments[] = {"stdbuf",           kWriteBytes, "pdftoppm",   "-r",
+                             resolution.c_str(), "-cropbox",  "-aa",        "no",
+                             "-aaVector",        "no",        "/dev/stdin", nullptr};
+  const auto spawn = [&](const char** command) {
+    return posix_spawnp(&m_process, command[0], &setup.actions, &setup.attributes,
+                        const_cast<char**>(command), environ);
+  };
+  int error = spawn(arguments);
+  if (error == ENOENT) error = spawn(arguments + 2);  // works without stdbuf, too
   close(ends[1]);
   if (error == 0) return;
   m_process = -1;
+  FailStart(error);
+}
+
+void PdfPages::FailStart(int error) const {
   const std::string fact = m_name + ": is a PDF file, and the program pdftoppm that reads it ";
   if (error == ENOENT) {
     throw HostError(kExitInput, fact + "is not installed", "install poppler-utils");
@@ -177,6 +190,7 @@ int PdfPages::AwaitEnd() {
 void PdfPages::CheckEnd() {
   const int status = AwaitEnd();
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound) FailStart(ENOENT);
   std::string message = FirstLine(m_messages.get());
   if (WIFSIGNALED(status)) message = "ended by signal " + std::to_string(WTERMSIG(status));
   for (const Diagnosis& diagnosis : kDiagnoses) {

@@ -79,8 +79,11 @@ TEST_F(Pdf, WhatCannotBeReadIsAnErrorThatSaysWhy) {
     EXPECT_FALSE(std::filesystem::exists(home.Path("a.job")));
   }
   SetEnvironment("PATH=" + home.Path(""));
-  EXPECT_EQ(Run("{}cut.pdf -o {}a.job" + paper), 3);
-  EXPECT_NE(Error().find("install poppler-utils"), std::string::npos) << Error();
+  for (const bool stdbuf : {false, true}) {
+    if (stdbuf) std::filesystem::create_symlink("/usr/bin/stdbuf", home.Path("stdbuf"));
+    EXPECT_EQ(Run("{}cut.pdf -o {}a.job" + paper), 3);
+    EXPECT_NE(Error().find("install poppler-utils"), std::string::npos) << Error();
+  }
 }
 
 TEST_F(Pdf, ManyPagesNeedTheMemoryOfOne) {
