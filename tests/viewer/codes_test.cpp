@@ -55,7 +55,7 @@ BitImage Draw(const std::vector<std::string>& symbol, int module, int noise = 0)
 // "greys" or "dot" for each fault.
 std::string Faults(const BitImage& image) {
   std::string words;
-  for (const CodeFault& fault : viewer::FindCodeFaults(image, kDpi)) {
+  for (const CodeFault& fault : viewer::FindCodes(image, kDpi).faults) {
     words += fault.kind == CodeFault::Kind::Greys ? "greys " : "dot ";
   }
   return words;
@@ -70,6 +70,9 @@ TEST(CodeFaults, AreFoundInEveryTurn) {
       const auto rows = isBars ? symbol.begin() + 120 / module : symbol.end();
       return Draw({symbol.begin(), rows}, module, noise);
     };
+    const viewer::Codes good = viewer::FindCodes(Turn(drawn(2, 0), 90), kDpi);
+    EXPECT_EQ(good.bars.size(), isBars ? 1u : 0u) << name;
+    EXPECT_EQ(good.squares.size(), isBars ? 0u : 1u) << name;
     for (const int degrees : {0, 90, 180, 270}) {
       EXPECT_EQ(Faults(Turn(drawn(2, 0), degrees)), "") << name << degrees;
       EXPECT_EQ(Faults(Turn(drawn(4, 0), degrees)), "") << name << degrees;
@@ -80,13 +83,13 @@ TEST(CodeFaults, AreFoundInEveryTurn) {
 }
 
 TEST(CodeFaults, AreSaidWithPlaceAndRemedy) {
-  const auto faults = viewer::FindCodeFaults(Draw(kFinderCode, 1), kDpi);
+  const auto faults = viewer::FindCodes(Draw(kFinderCode, 1), kDpi).faults;
   ASSERT_EQ(faults.size(), 1u);
   EXPECT_EQ(viewer::CodeFaultText(faults[0], kDpi),
             "The square code at 1.69, 1.69 mm (1.78 x 1.78 mm) has modules of 1 dot, too fine to "
             "print reliably: draw it with modules of 2 or more whole dots");
   const BitImage bars = Turn(Draw(Bars(kBars, 120), 1), 90);
-  const auto turned = viewer::FindCodeFaults(bars, kDpi);
+  const auto turned = viewer::FindCodes(bars, kDpi).faults;
   ASSERT_EQ(turned.size(), 1u);
   const viewer::DotBox dots = FindDots(bars), box = turned[0].box;
   EXPECT_TRUE(box.top == dots.top && box.bottom == dots.bottom);

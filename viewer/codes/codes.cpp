@@ -1,6 +1,7 @@
 #include "viewer/codes/codes.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "viewer/language/text.h"
 
@@ -14,23 +15,27 @@ bool Meet(const DotBox& a, const DotBox& b) {
 
 }  // namespace
 
-std::vector<CodeFault> FindCodeFaults(const BitImage& image, double dpi) {
-  std::vector<CodeFault> linear, faults;
-  FindLinearCodeFaults(image, dpi, linear);
-  const std::size_t across = linear.size();
-  FindLinearCodeFaults(Turn(image, 90), dpi, linear);
-  for (std::size_t i = across; i < linear.size(); ++i) {  // back to the image as it is
-    const DotBox turned = linear[i].box;
-    linear[i].box = {image.width - turned.bottom, turned.left, image.width - turned.top,
-                     turned.right};
-  }
-  const std::vector<DotBox> squares = FindMatrixCodes(image, dpi, faults);
+Codes FindCodes(const BitImage& image, double dpi) {
+  Codes upright, turned, found;
+  FindMatrixCodes(image, dpi, found);
+  FindLinearCodes(image, dpi, upright);
+  FindLinearCodes(Turn(image, 90), dpi, turned);
+  const auto back = [&image](DotBox& box) {  // to the image as it is
+    box = {image.width - box.bottom, box.left, image.width - box.top, box.right};
+  };
+  for (DotBox& box : turned.bars) back(box);
+  for (CodeFault& fault : turned.faults) back(fault.box);
   // A few rows of a square code can look like bars.
-  for (const CodeFault& fault : linear) {
-    const auto meets = [&fault](const DotBox& square) { return Meet(square, fault.box); };
-    if (std::none_of(squares.begin(), squares.end(), meets)) faults.push_back(fault);
+  const auto isBars = [&squares = found.squares](const DotBox& box) {
+    return std::none_of(squares.begin(), squares.end(),
+                        [&box](const DotBox& square) { return Meet(square, box); });
+  };
+  for (const Codes& linear : {upright, turned}) {
+    std::copy_if(linear.bars.begin(), linear.bars.end(), std::back_inserter(found.bars), isBars);
+    std::copy_if(linear.faults.begin(), linear.faults.end(), std::back_inserter(found.faults),
+                 [&isBars](const CodeFault& fault) { return isBars(fault.box); });
   }
-  return faults;
+  return found;
 }
 
 std::string CodeFaultText(const CodeFault& fault, double dpi) {

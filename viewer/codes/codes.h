@@ -1,5 +1,6 @@
-// Bar codes on a drawn label that cannot be relied on to scan. Codes are found by their structure,
-// not by reading them. A code that is missed is not reported; nothing else is taken for a code.
+// Bar codes on a drawn label, and those among them that cannot be relied on to scan. Codes are
+// found by their structure, not by reading them. A code may be missed; nothing else is taken for a
+// code.
 #pragma once
 
 #include <string>
@@ -21,16 +22,23 @@ struct CodeFault {
   DotBox box;             // around the code, in dots
 };
 
-// Looks for codes in one colour of an upright label, with bars in either direction.
-std::vector<CodeFault> FindCodeFaults(const BitImage& image, double dpi);
+// The codes in one colour of a label, good and bad ones, as boxes in dots.
+struct Codes {
+  std::vector<DotBox> bars;
+  std::vector<DotBox> squares;
+  std::vector<CodeFault> faults;
+};
+// Looks for codes with bars in either direction.
+Codes FindCodes(const BitImage& image, double dpi);
+
+// How many dots of a job are searched for codes at most; about a thousand labels.
+inline constexpr double kMostDotsSearched = 2e9;
 
 // "The bar code at 10, 12 mm (35 x 8 mm) ...": what is wrong and what to do.
 std::string CodeFaultText(const CodeFault& fault, double dpi);
 
-// The parts of FindCodeFaults. The first returns the boxes around all square codes, good ones
-// included.
-std::vector<DotBox> FindMatrixCodes(const BitImage& image, double dpi,
-                                    std::vector<CodeFault>& faults);
-void FindLinearCodeFaults(const BitImage& image, double dpi, std::vector<CodeFault>& faults);
+// The parts of FindCodes; they add to what is found. Linear codes are found upright only.
+void FindMatrixCodes(const BitImage& image, double dpi, Codes& found);
+void FindLinearCodes(const BitImage& image, double dpi, Codes& found);
 
 }  // namespace viewer

@@ -162,9 +162,8 @@ bool HasEvenRows(const BitImage& image, const Region& region, std::uint32_t rows
          2 * dark[rows - 1 - rows / 20] <= 3 * dark[rows / 2];
 }
 
-// Reports the fault of a region of bars, if it has one.
-void Judge(const BitImage& image, Region region, std::uint32_t bandRows, double dpi,
-           std::vector<CodeFault>& faults) {
+// Adds a region if its dots are bars, with its fault if it has one.
+void Judge(const BitImage& image, Region region, std::uint32_t bandRows, double dpi, Codes& found) {
   // The first and the last band may reach beyond the bars.
   const std::uint32_t bottom = region.top + static_cast<std::uint32_t>(region.bands) * bandRows;
   region.top += bandRows;
@@ -178,19 +177,21 @@ void Judge(const BitImage& image, Region region, std::uint32_t bandRows, double 
   for (std::uint32_t y = region.top; y < region.top + rows; ++y) {
     clean += CountEdges(image, y, region) == edges.size();
   }
+  const DotBox box = {region.left, region.top - bandRows, region.right, bottom};
+  found.bars.push_back(box);
   const double share = static_cast<double>(clean) / rows;
   const bool greys = share < kFewCleanRows;
   const bool oneDot = share > kMostCleanRows && NarrowestDots(counts, edges, rows) < kFinestDots;
   if (!greys && !oneDot) return;
   CodeFault fault;
   fault.kind = greys ? CodeFault::Kind::Greys : CodeFault::Kind::OneDot;
-  fault.box = {region.left, region.top - bandRows, region.right, bottom};
-  faults.push_back(fault);
+  fault.box = box;
+  found.faults.push_back(fault);
 }
 
 }  // namespace
 
-void FindLinearCodeFaults(const BitImage& image, double dpi, std::vector<CodeFault>& faults) {
+void FindLinearCodes(const BitImage& image, double dpi, Codes& found) {
   const auto dots = [dpi](double mm) {
     return static_cast<std::uint32_t>(std::lround(mm * dpi / 25.4));
   };
@@ -221,12 +222,12 @@ void FindLinearCodeFaults(const BitImage& image, double dpi, std::vector<CodeFau
       reaching.push_back(std::move(region));
     }
     for (const Region& region : regions) {
-      if (region.bands >= kFewestBands) Judge(image, region, bandRows, dpi, faults);
+      if (region.bands >= kFewestBands) Judge(image, region, bandRows, dpi, found);
     }
     regions = std::move(reaching);
   }
   for (const Region& region : regions) {
-    if (region.bands >= kFewestBands) Judge(image, region, bandRows, dpi, faults);
+    if (region.bands >= kFewestBands) Judge(image, region, bandRows, dpi, found);
   }
 }
 

@@ -209,9 +209,7 @@ double Specks(const BitImage& image, const DotBox& box) {
 
 }  // namespace
 
-std::vector<DotBox> FindMatrixCodes(const BitImage& image, double dpi,
-                                    std::vector<CodeFault>& faults) {
-  std::vector<DotBox> codes;
+void FindMatrixCodes(const BitImage& image, double dpi, Codes& found) {
   const auto dots = [dpi](double mm) {
     return static_cast<std::uint32_t>(std::lround(mm * dpi / 25.4));
   };
@@ -227,7 +225,7 @@ std::vector<DotBox> FindMatrixCodes(const BitImage& image, double dpi,
     if (share < 0.25 || share > 0.75) continue;
     const std::optional<int> count = CountModules(counts, inner);
     if (!count) continue;
-    codes.push_back(patch);
+    found.squares.push_back(patch);
     CodeFault fault;
     fault.matrix = true;
     fault.moduleDots = (Width(inner) + Height(inner)) / 2.0 / *count;
@@ -236,9 +234,8 @@ std::vector<DotBox> FindMatrixCodes(const BitImage& image, double dpi,
     const bool oneDot = fault.moduleDots < kFinestModule;
     if (!oneDot && Specks(image, patch) <= kMostSpecks) continue;
     fault.kind = oneDot ? CodeFault::Kind::OneDot : CodeFault::Kind::Greys;
-    faults.push_back(fault);
+    found.faults.push_back(fault);
   }
-  return codes;
 }
 
 }  // namespace viewer

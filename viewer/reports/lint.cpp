@@ -12,7 +12,6 @@ namespace viewer {
 namespace {
 
 constexpr double kRegisterMm = 0.25;
-constexpr double kMostDotsSearched = 2e9;  // for codes, in a job; about a thousand labels
 
 // The box of an image's dots after the image is turned.
 struct TurnedBox {
@@ -114,7 +113,7 @@ class Linter {
     if (!drawn) return;
     m_turn = UprightTurn(label, m_turn);
     for (const BitImage* plane : {&drawn->black, &drawn->highlight}) {
-      for (const CodeFault& fault : FindCodeFaults(Turn(*plane, m_turn), m_dpi)) {
+      for (const CodeFault& fault : FindCodes(Turn(*plane, m_turn), m_dpi).faults) {
         Note(label.placements.front().place, CodeFaultText(fault, m_dpi) + m_guess);
       }
     }
