@@ -16,6 +16,9 @@ tests=(
 torture=(clang clang-tidy libclang-rt-14-dev locales)
 pictures=(chromium imagemagick fonts-dejavu-core)
 
+# An npm that is there already need not be the package's.
+command -v npm >/dev/null || tests+=(npm)
+
 case "${1:-}" in
   "") ;;
   tests) packages+=("${tests[@]}") ;;

@@ -54,7 +54,7 @@ class Serve(unittest.TestCase):
     def page_with(self, count):
         for _ in range(200):
             page = self.read("index.html").decode()
-            if page.count('<section class="job">') >= count:
+            if page.count('<section class="job"') >= count:
                 return page
             time.sleep(0.05)
         self.fail(f"no {count} jobs on the page: {page[-500:]}")

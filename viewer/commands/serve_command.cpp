@@ -58,7 +58,7 @@ Command AddServeCommand(CLI::App& program) {
   serve->add_option("--highlight", options->highlight, "Highlight colour as #RRGGBB");
   serve->footer(
       "Jobs become job-0001.job and so on, with a picture a label and a contact sheet; index.html\n"
-      "shows them all and reloads itself.\n\n"
+      "shows them all, new ones as they come.\n\n"
       "Examples:\n"
       "  vlx serve -o received --port 9100\n"
       "  vlx print label.png --to tcp://127.0.0.1:9100\n\n"

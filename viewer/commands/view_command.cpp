@@ -105,8 +105,8 @@ class Viewing {
       if (!path.empty()) m_labels.back()["file"] = path;
     } else if (!path.empty()) {
       const double length = drawn.label.size->lengthMm;
-      std::printf("%s: %s x %s mm, %s\n", path.c_str(), Plain(drawn.label.WidthMm()).c_str(),
-                  Plain(length).c_str(),
+      std::printf("%s: %s x %s mm, %s\n", path.c_str(), Tenths(drawn.label.WidthMm()).c_str(),
+                  Tenths(length).c_str(),
                   drawn.label.copies == 1
                       ? "1 copy"
                       : (std::to_string(drawn.label.copies) + " copies").c_str());

@@ -1,5 +1,6 @@
 #include "viewer/language/text.h"
 
+#include <cmath>
 #include <cstdio>
 
 namespace viewer {
@@ -31,6 +32,8 @@ std::string Plain(double number) {
   }
   return plain == "-0" ? "0" : plain;
 }
+
+std::string Tenths(double mm) { return Plain(std::round(mm * 10) / 10); }
 
 std::string Printable(std::string_view text) {
   const bool utf8 = IsUtf8(text);

@@ -10,6 +10,10 @@ namespace viewer {
 // A number with at most two decimals and no trailing zeros: "12.5".
 std::string Plain(double number);
 
+// Millimetres to one decimal: the size of a label. A head with a correction of its own widens
+// labels by hundredths, which nobody wants to read.
+std::string Tenths(double mm);
+
 // A number with thousands separators: "12,345".
 std::string Grouped(std::uint64_t number);
 

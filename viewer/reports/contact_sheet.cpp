@@ -1,9 +1,9 @@
 #include "viewer/reports/contact_sheet.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "viewer/language/text.h"
+#include "viewer/reports/label_words.h"
 
 namespace viewer {
 
@@ -11,6 +11,36 @@ namespace {
 
 constexpr std::size_t kMostFaultsShown = 20;
 constexpr std::uint64_t kFewLabels = 2;  // shown larger
+
+std::string ImageItem(const Label& label, const Placement& placement, double dpi) {
+  std::string html = "<li";
+  const bool highlight = placement.image && label.size && Land(label, placement, dpi).highlight;
+  if (highlight) html += " class=\"highlight\"";
+  html += ">image " + Escaped(Printable(placement.name)) + " · ";
+  if (label.twoColours) html += highlight ? "second colour · " : "black · ";
+  if (placement.downloadBytes == 0) {
+    html += "<span class=\"kept\">re-used</span>";
+  } else {
+    html += Counted(placement.downloadBytes, "byte");
+  }
+  if (placement.bothSides) html += " · both sides";
+  return html + "</li>";
+}
+
+std::string Fact(const std::string& name, const std::string& value, const std::string& more = "") {
+  return "<div><dt>" + name + "</dt><dd>" + value +
+         (more.empty() ? "" : " <small>" + more + "</small>") + "</dd></div>";
+}
+
+std::string NotesHtml(const JobNotes& notes) {
+  std::string text;
+  for (const std::string& note : {notes.model, notes.created}) {
+    if (!note.empty()) text += (text.empty() ? "" : " · ") + Escaped(note);
+  }
+  return text.empty() ? "" : "<p class=\"notes\">" + text + "</p>";
+}
+
+}  // namespace
 
 std::string Base64(std::string_view bytes) {
   constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -27,39 +57,6 @@ std::string Base64(std::string_view bytes) {
   }
   return text;
 }
-
-std::string ImageItem(const Label& label, const Placement& placement, double dpi) {
-  std::string html = "<li";
-  if (placement.image && label.size && Land(label, placement, dpi).highlight) {
-    html += " class=\"highlight\"";
-  }
-  html += ">image " + Escaped(Printable(placement.name)) + " · ";
-  if (placement.downloadBytes == 0) {
-    html += "<span class=\"kept\">re-used</span>";
-  } else {
-    html += Grouped(placement.downloadBytes) + " bytes downloaded";
-  }
-  if (placement.bothSides) html += " · both sides";
-  return html + "</li>";
-}
-
-// Millimetres to one decimal. A head with a correction of its own widens labels by hundredths.
-std::string Tenths(double mm) { return Plain(std::round(mm * 10) / 10); }
-
-std::string Fact(const std::string& name, const std::string& value, const std::string& more = "") {
-  return "<div><dt>" + name + "</dt><dd>" + value +
-         (more.empty() ? "" : " <small>" + more + "</small>") + "</dd></div>";
-}
-
-std::string NotesHtml(const JobNotes& notes) {
-  std::string text;
-  for (const std::string& note : {notes.model, notes.created}) {
-    if (!note.empty()) text += (text.empty() ? "" : " · ") + Escaped(note);
-  }
-  return text.empty() ? "" : "<p class=\"notes\">" + text + "</p>";
-}
-
-}  // namespace
 
 std::string Escaped(std::string_view text) {
   std::string html;
@@ -96,22 +93,18 @@ void LabelStrip::AddItem(const DrawnLabel& drawn, const std::string& source) {
   if (++m_count > kMostLabelsOnSheet) return;
   const Label& label = drawn.label;
   const std::string number = Grouped(label.number);
-  double widthMm = label.WidthMm();
-  double heightMm = label.size ? label.size->lengthMm : 0;
-  if (drawn.turn == 90 || drawn.turn == 270) std::swap(widthMm, heightMm);
-  const std::string sizeMm = Tenths(widthMm) + " × " + Tenths(heightMm) + " mm";
-  std::string& html = m_items;
-  html += label.cutAtEnd ? "<li class=\"cut\">" : "<li>";
-  html += "<div class=\"web\" style=\"--w:" + Plain(std::clamp(widthMm, 1.0, 10000.0)) +
-          ";--h:" + Plain(std::clamp(heightMm, 1.0, 10000.0)) + "\"><figure" +
+  const UprightSize size = SizeOf(drawn);
+  std::string html = label.cutAtEnd ? "<li class=\"cut\">" : "<li>";
+  html += "<div class=\"web\" style=\"--w:" + Plain(std::clamp(size.widthMm, 1.0, 10000.0)) +
+          ";--h:" + Plain(std::clamp(size.heightMm, 1.0, 10000.0)) + "\"><figure" +
           (label.copies > 1 ? " class=\"more\">" : ">");
   if (source.empty()) {
     html += "<div class=\"none\">not drawn: " + Escaped(drawn.why) + "</div>";
   } else {
-    html += "<img loading=\"lazy\" alt=\"Label " + number + ", " + sizeMm + "\" src=\"" + source +
-            "\">";
+    html += "<img loading=\"lazy\" alt=\"Label " + number + ": " +
+            LabelWords(drawn, m_dotsToSearch) + "\" src=\"" + source + "\">";
   }
-  html += "<div class=\"wide\">" + sizeMm + "</div></figure>";
+  html += "<div class=\"wide\">" + size.Text() + "</div></figure>";
   if (label.copies != 1) {
     html +=
         "<span class=\"copies\">× " + Grouped(static_cast<std::uint64_t>(label.copies)) + "</span>";
@@ -125,15 +118,16 @@ void LabelStrip::AddItem(const DrawnLabel& drawn, const std::string& source) {
     html += ImageItem(label, placement, drawn.dpi);
   }
   html += "</ul></div>";
-  if (label.cutAtEnd) html += "<span class=\"cutmark\" title=\"cut\">✂</span>";
-  html += "</li>\n";
+  if (label.cutAtEnd) html += "<span class=\"cutmark\" aria-hidden=\"true\">✂</span>";
+  m_items.push_back(html + "</li>\n");
 }
 
-std::string LabelStrip::Html() const {
+std::string LabelStrip::Html(std::size_t most) const {
   std::string html =
       m_count <= kFewLabels ? "<ol class=\"strip few\">\n" : "<ol class=\"strip\">\n";
-  html += m_items + "</ol>\n";
-  if (m_count > kMostLabelsOnSheet) {
+  for (std::size_t i = 0; i < std::min(most, m_items.size()); ++i) html += m_items[i];
+  html += "</ol>\n";
+  if (most >= kMostLabelsOnSheet && m_count > kMostLabelsOnSheet) {
     html += "<p class=\"rest\">and " + Counted(m_count - kMostLabelsOnSheet, "more label") +
             "; <code>vlx view -o FOLDER</code> draws all of them</p>\n";
   }

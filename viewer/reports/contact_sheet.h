@@ -4,16 +4,22 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "viewer/codes/codes.h"
 #include "viewer/drawing/job_view.h"
 
 namespace viewer {
 
 // Escapes text for HTML.
 std::string Escaped(std::string_view text);
+std::string Base64(std::string_view bytes);
 // Returns a page up to its content: the title, the shared style and further head elements.
 std::string PageStart(const std::string& title, const std::string& head);
 extern const char* const kPageStyle;
+
+// Further labels are counted but not shown.
+inline constexpr std::uint64_t kMostLabelsOnSheet = 1000;
 
 // The labels of a job as a list of HTML items, in print order.
 class LabelStrip {
@@ -22,19 +28,17 @@ class LabelStrip {
   void Add(const DrawnLabel& drawn, std::string_view png);
   // path: of the picture, relative to the page; empty if there is none.
   void AddLinked(const DrawnLabel& drawn, const std::string& path);
-  // Returns the list so far.
-  std::string Html() const;
+  // Returns the list so far, or only its first labels.
+  std::string Html(std::size_t most = kMostLabelsOnSheet) const;
   std::uint64_t Count() const { return m_count; }
 
  private:
   void AddItem(const DrawnLabel& drawn, const std::string& source);
 
-  std::string m_items;
+  std::vector<std::string> m_items;
   std::uint64_t m_count = 0;
+  double m_dotsToSearch = kMostDotsSearched;
 };
-
-// Further labels are counted but not shown.
-constexpr std::uint64_t kMostLabelsOnSheet = 1000;
 
 // The figures above the strip: labels, copies, cuts, bytes, images, resolution.
 std::string FactsHtml(const JobView& view, const JobTotals& totals, std::uint64_t jobBytes);

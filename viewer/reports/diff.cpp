@@ -1,7 +1,9 @@
 #include "viewer/reports/diff.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include "common/pixel_text.h"
 #include "viewer/language/text.h"
 
 namespace viewer {
@@ -9,9 +11,10 @@ namespace viewer {
 namespace {
 
 // What a dot of the difference picture shows.
-enum Mark : std::uint8_t { kPaper, kSame, kOnlyA, kOnlyB, kOtherColour, kNoLabel };
+enum Mark : std::uint8_t { kPaper, kSame, kOnlyA, kOnlyB, kOtherColour, kNoLabel, kText };
 const std::vector<Colour> kMarkColours = {{255, 255, 255}, {186, 190, 196}, {11, 98, 214},
-                                          {232, 89, 12},   {156, 39, 176},  {226, 228, 232}};
+                                          {232, 89, 12},   {156, 39, 176},  {226, 228, 232},
+                                          {22, 32, 44}};
 
 enum Ink { kNone, kBlack, kHighlight };
 Ink InkAt(const LabelPicture& picture, std::uint32_t x, std::uint32_t y) {
@@ -44,6 +47,67 @@ void CountRow(const LabelPicture& a, const LabelPicture& b, std::uint32_t width,
   }
 }
 
+// The picture of a difference, one mark a dot, with its legend underneath.
+class MarkPicture {
+ public:
+  MarkPicture(std::uint32_t width, std::uint32_t height, double dpi)
+      : m_unit(std::max(1, static_cast<int>(std::lround(dpi / 100)))), m_width(width) {
+    const int margin = kLegendGap * m_unit;
+    int x = margin;
+    auto y = static_cast<int>(height) + margin;
+    for (const DiffMark& mark : kDiffMarks) {
+      const int words = (kPixelTextHeight + PixelTextWidth(mark.words)) * m_unit;
+      if (x > margin && x + words + margin > static_cast<int>(width)) {
+        x = margin;
+        y += kPixelTextHeight * m_unit;
+      }
+      m_places.push_back({x, y});
+      x += words;
+      m_width = std::max(m_width, static_cast<std::uint32_t>(x + margin));
+      x += 2 * margin;
+    }
+    m_height = static_cast<std::uint32_t>(y + kPixelTextHeight * m_unit + margin);
+    m_marks.assign(std::size_t{m_width} * m_height, kPaper);
+    for (std::size_t i = 0; i < m_places.size(); ++i) DrawEntry(i);
+  }
+
+  std::uint8_t* Row(std::uint32_t y) { return m_marks.data() + std::size_t{y} * m_width; }
+
+  std::string Png(double dpi) {
+    return WritePng(m_width, m_height, dpi, kMarkColours,
+                    [this](std::uint32_t y, auto* row) { std::copy_n(Row(y), m_width, row); });
+  }
+
+ private:
+  static constexpr int kLegendGap = 5;  // in units of the text's stroke
+  struct Point {
+    int x, y;
+  };
+
+  void DrawEntry(std::size_t i) {
+    const Point at = m_places[i];
+    Fill(at, {0, 0, 8, 8}, static_cast<Mark>(kSame + i));
+    DrawPixelText(kDiffMarks[i].words, [&](int left, int top, int width, int height) {
+      Fill(at, {kPixelTextHeight + left, top, width, height}, kText);
+    });
+  }
+  // In units of the text's stroke, from a point in dots.
+  struct Box {
+    int left, top, width, height;
+  };
+  void Fill(Point at, const Box& box, Mark mark) {
+    for (int y = at.y + box.top * m_unit; y < at.y + (box.top + box.height) * m_unit; ++y) {
+      std::fill_n(Row(static_cast<std::uint32_t>(y)) + at.x + box.left * m_unit, box.width * m_unit,
+                  mark);
+    }
+  }
+
+  const int m_unit;  // dots of a stroke of the text
+  std::uint32_t m_width, m_height = 0;
+  std::vector<Point> m_places;
+  std::vector<std::uint8_t> m_marks;
+};
+
 void CompareDots(const DrawnLabel& a, const DrawnLabel& b, LabelDiff& diff) {
   if (*a.picture == *b.picture) return;
   // Both get the turn of the first, so that a turned label shows up as a difference.
@@ -58,9 +122,12 @@ void CompareDots(const DrawnLabel& a, const DrawnLabel& b, LabelDiff& diff) {
                        " differ, from " + mm(diff.box.left) + ", " + mm(diff.box.top) + " to " +
                        mm(diff.box.right) + ", " + mm(diff.box.bottom) +
                        " mm from the top left corner");
-  diff.png = WritePng(width, height, a.dpi, kMarkColours, [&](std::uint32_t y, std::uint8_t* row) {
+  MarkPicture picture(width, height, a.dpi);
+  for (std::uint32_t y = 0; y < height; ++y) {
+    std::uint8_t* row = picture.Row(y);
     for (std::uint32_t x = 0; x < width; ++x) row[x] = MarkOf(first, second, x, y);
-  });
+  }
+  diff.png = picture.Png(a.dpi);
 }
 
 std::string SizeText(const Label& label) {

@@ -21,8 +21,19 @@ struct LabelDiff {
   std::vector<std::string> texts;  // the differences in words; empty if there are none
   std::uint64_t dots = 0;          // that differ
   DiffBox box;                     // around those dots
-  std::string png;                 // picture of the difference; empty if no dot differs
+  std::string png;  // picture of the difference with its legend underneath; empty if no dot differs
 };
+
+// The colours of a difference picture, in the order of its legend.
+struct DiffMark {
+  const char* words;
+  const char* colour;  // for pages
+};
+inline constexpr DiffMark kDiffMarks[] = {{"both jobs", "#babec4"},
+                                          {"first job only", "#0b62d6"},
+                                          {"second job only", "#e8590c"},
+                                          {"another colour", "#9c27b0"},
+                                          {"one label only", "#e2e4e8"}};
 
 struct JobDiff {
   double dpi = 0;

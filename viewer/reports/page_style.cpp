@@ -6,7 +6,7 @@ const char* const kPageStyle = R"(
 :root { color-scheme: light dark; --mm: 2.6px; --page: #f3f4f6; --card: #fff; --ink: #16202c;
   --soft: #5d6b7a; --line: #d8dde3; --liner: #e6dfc6; --edge: #cfc6a6; --warn: #fff4d6;
   --warn-line: #e3b341; --accent: #0b62d6; --red: #e3000f; }
-@media (prefers-color-scheme: dark) { :root { --page: #12171d; --card: #1b232c; --ink: #e7ecf1;
+@media screen and (prefers-color-scheme: dark) { :root { --page: #12171d; --card: #1b232c; --ink: #e7ecf1;
   --soft: #9aa7b4; --line: #313c48; --liner: #4a4535; --edge: #5d573f; --warn: #3a2f12;
   --warn-line: #a67c1a; --accent: #6ea8ff; } }
 * { box-sizing: border-box; }
@@ -34,7 +34,7 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
   padding: 20px 16px 8px; background: var(--liner); border-block: 1px solid var(--edge); }
 .web figure { margin: 0; max-width: 100%; }
 .web img, .web .none { display: block; width: calc(var(--w) * var(--mm)); max-width: 100%;
-  height: auto; background: #fff; border-radius: 4px; box-shadow: 0 1px 3px #0005; }
+  height: auto; aspect-ratio: auto var(--w) / var(--h); background: #fff; border-radius: 4px; box-shadow: 0 1px 3px #0005; }
 .web .none { display: grid; place-items: center; aspect-ratio: var(--w) / var(--h); min-width: 120px;
   max-height: 400px; padding: 8px; color: #5d6b7a; text-align: center; font-size: 13px; }
 .more img { box-shadow: 0 1px 2px #0006, 4px 4px 0 -1px #fff, 4px 4px 0 0 #0003,
@@ -42,10 +42,10 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
 .wide { display: flex; align-items: center; gap: 6px; color: #4b4531; font-size: 12px; height: 24px;
   white-space: nowrap; }
 .wide::before, .wide::after { content: ""; flex: 1; border-top: 1px solid currentColor; }
-@media (prefers-color-scheme: dark) { .wide { color: #d8cfae; } }
+@media screen and (prefers-color-scheme: dark) { .wide { color: #d8cfae; } }
 .copies { position: absolute; top: 5px; right: 8px; background: var(--accent); color: #fff;
   border-radius: 99px; padding: 0 10px; font-weight: 700; font-size: 13px; line-height: 22px; }
-@media (prefers-color-scheme: dark) { .copies { color: #0b1420; } }
+@media screen and (prefers-color-scheme: dark) { .copies { color: #0b1420; } }
 .what { padding: 8px 14px 12px; font-size: 13px; color: var(--soft); }
 .what b { color: var(--ink); font-size: 14.5px; }
 .what ul { list-style: none; margin: 4px 0 0; padding: 0; }
@@ -53,7 +53,7 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
   border-radius: 50%; background: var(--ink); }
 .what li.highlight::before { background: var(--red); }
 .kept { color: #1a7f4b; font-weight: 600; }
-@media (prefers-color-scheme: dark) { .kept { color: #58c48b; } }
+@media screen and (prefers-color-scheme: dark) { .kept { color: #58c48b; } }
 .strip > li.cut { border-inline-end: 2px dashed var(--red); margin-inline-end: 20px;
   position: relative; }
 .cutmark { position: absolute; right: -11px; top: -4px; color: var(--red); font-size: 19px;
@@ -64,6 +64,10 @@ h2 { margin: 0; font-size: 19px; overflow-wrap: anywhere; }
 .job .strip { --mm: 1.9px; }
 a { color: var(--accent); }
 h2 a { color: inherit; text-decoration-color: var(--soft); }
+.legend { display: flex; flex-wrap: wrap; gap: 4px 20px; list-style: none; margin: 16px 0 0; padding: 0; }
+.legend span { display: inline-block; width: 13px; height: 13px; margin-right: 7px; vertical-align: -1px;
+  border: 1px solid var(--soft); }
+.diff { display: block; max-width: 100%; height: auto; border: 1px solid var(--line); }
 footer { margin-top: 26px; color: var(--soft); font-size: 12.5px; }
 @media (max-width: 640px) {
   main { padding: 18px 14px 30px; }
@@ -78,6 +82,7 @@ footer { margin-top: 26px; color: var(--soft); font-size: 12.5px; }
 }
 @media print {
   @page { margin: 12mm; }
+  noscript { display: none; }
   :root { color-scheme: light; --mm: 0.6mm; --page: #fff; }
   body { font-size: 10pt; }
   main { padding: 0; max-width: none; }

@@ -25,7 +25,7 @@ class JobFolder {
   std::string Add(const std::string& comingPath, const std::string& note);
 
  private:
-  std::string Draw(const std::string& name, const std::string& note);
+  std::string Draw(std::uint64_t number, const std::string& note);
   void WritePage();
 
   const std::string m_folder;
