@@ -118,7 +118,9 @@ Settings ReadSettings(const JobOptions& options) {
   for (const std::string& set : options.sets) settings.Set(set);
   // Options of their own override both.
   const auto quoted = [](const std::string& text) { return "'" + text + "'"; };
-  if (!options.paper.empty()) settings.Set("paper.size", quoted(options.paper));
+  if (!options.paper.empty()) {
+    settings.Set("paper.size", FormatPaperSize(ParsePaperSize(options.paper, "--paper")));
+  }
   if (!options.orientation.empty()) settings.Set("paper.orientation", quoted(options.orientation));
   if (options.dpi != 0) settings.Set("paper.dpi", std::to_string(options.dpi));
   if (options.copies != 0) settings.Set("print.copies", std::to_string(options.copies));

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-// The micrometres of a text like "100mm", "-1.5mm", "1500um", "10cm" or "4in". Throws HostError
-// (settings) for anything else, a number without a unit included. what: the text's name in
-// messages.
+// The micrometres of a text like "100mm", "-1.5 mm", "1500um", "10cm" or "4in". Throws HostError
+// (settings) that quotes the text for anything else, a number without a unit included. what: the
+// text's name in messages.
 std::int32_t ParseLengthUm(std::string_view text, std::string_view what);
 
 struct PaperSize {
@@ -15,12 +15,16 @@ struct PaperSize {
   std::int32_t lengthUm;
 };
 
-// A text like "100x150mm", where the unit is for both sides. Throws as above if a side is not
-// within 0.1 mm to 3276.7 mm, the range of the public devmode.
+// A text like "100x150mm", "100 x 150 mm" or "4in x 150mm": a unit behind the length only is for
+// both sides, and the cross may be the sign of multiplication. Throws as above, also if a side is
+// not within 0.1 mm to 3276.7 mm, the range of the public devmode.
 PaperSize ParsePaperSize(std::string_view text, std::string_view what);
 
 // The exact length with its unit, as ParseLengthUm reads it: "2.5mm".
 std::string FormatLength(std::int32_t um);
+
+// The exact size as ParsePaperSize reads it: "101.6x152.4mm".
+std::string FormatPaperSize(const PaperSize& size);
 
 // Millimetres for messages, with one decimal at most: "2.5", "100".
 std::string FormatMm(double mm);

@@ -68,6 +68,18 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
       {"paper.gap=-3mm", "not negative"},
       {"paper.offset_y=-3276.8mm", "a length from -3276.7mm to 3276.7mm is expected"},
       {"devmode.nCpValue=3", "write a length with its unit"},
+      {"paper.gap=2,5 mm",
+       "paper.gap is \"2,5 mm\"; write a point in place of the comma: \"2.5 mm\""},
+      {"paper.gap='3'", "add the unit, mm, um, cm or in: \"3mm\""},
+      {"paper.gap=3 mm 2", "write a length with its unit"},
+      {"paper.size=101,6x152,4mm",
+       "is \"101,6x152,4mm\"; write a point in place of the comma: \"101.6x152.4mm\""},
+      {"paper.size=100x150", "\"100x150\"; add the unit"},
+      {"paper.size=100x150px", "is \"100x150px\"; write the unit as mm, um, cm or in, not \"px\""},
+      {"paper.size=100mm", "write width x length"},
+      {"paper.size=100x", "write width x length"},
+      {"paper.size=100x150x2mm", "write width x length"},
+      {"paper.size=100x0.05mm", "make each side 0.1 mm to 3276.7 mm"},
       {"colour.highlight=red", "#RRGGBB"},
       {"paper.stock=1", "a text is expected"},
       {"print.model=01234567890123456789", "at most 19 characters fit"},
@@ -94,6 +106,22 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
   EXPECT_TRUE(read("none.toml").starts_with("3 "));
   home.WriteFile("empty.toml", "");
   EXPECT_EQ(read("empty.toml"), "");
+}
+
+TEST(Settings, PaperSizesAreTakenAsPeopleWriteThem) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"100x150mm", "100x150mm"},
+      {" 100 x 150 mm ", "100x150mm"},
+      {"100mm x 150mm", "100x150mm"},
+      {"100X150MM", "100x150mm"},
+      {"100\u00D7150\u00A0mm", "100x150mm"},
+      {"101.6x152.4mm", "101.6x152.4mm"},
+      {"4x6in", "101.6x152.4mm"},
+      {"4in x 15cm", "101.6x150mm"},
+  };
+  for (const auto& [text, size] : rows) {
+    EXPECT_EQ(FormatPaperSize(ParsePaperSize(text, "--paper")), size) << text;
+  }
 }
 
 TEST(Settings, EveryKeyIsDocumented) {
