@@ -117,6 +117,7 @@ TEST_F(Filter, OptionsAreSettings) {
       {"print.speed=150 print.darkness=5", "--set print.speed=150 --set print.darkness=5"},
       {"print.speed=Custom.120", "--set print.speed=120"},
       {"cut=every-3", "--set cut.enabled=true --set cut.mode=count --set cut.count=3"},
+      {"cut=job-end", "--set cut.enabled=true --set cut.at_job_end=true"},
       {"finishings=60", "--set cut.enabled=true --set cut.mode=each-label"},
       {"ColorModel=RGB colour.highlight=#0000FF print-color-mode=monochrome",
        "--set colour.mode=two --set colour.highlight=#0000FF"},
