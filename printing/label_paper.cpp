@@ -60,6 +60,17 @@ void SetPaper(Settings& settings, const PaperSize& size) {
                std::to_string(size.widthUm) + "x" + std::to_string(size.lengthUm) + "um");
 }
 
+bool LiesDown(int orientation) {
+  return orientation == IPP_ORIENT_LANDSCAPE || orientation == IPP_ORIENT_REVERSE_LANDSCAPE;
+}
+
+void SetOrientation(Settings& settings, int orientation) {
+  if (LiesDown(orientation)) settings.Set("paper.orientation", "landscape");
+  if (orientation == IPP_ORIENT_REVERSE_LANDSCAPE || orientation == IPP_ORIENT_REVERSE_PORTRAIT) {
+    settings.Set("paper.rotation", "180");
+  }
+}
+
 void CropToLabel(PageImage& page, const DevicePage& label, const std::string& name,
                  bool mayBeSmaller) {
   const int pointDots = static_cast<int>(std::ceil(label.dpi / 72.0));

@@ -23,6 +23,10 @@ PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool
 
 void SetPaper(Settings& settings, const PaperSize& size);
 
+// How a print system wants pages to lie: one of IPP's values of orientation-requested.
+bool LiesDown(int orientation);
+void SetOrientation(Settings& settings, int orientation);
+
 // Crops a page that is up to one point larger than the label; smaller pages are padded later.
 // Throws HostError (settings) with both sizes for any other size. mayBeSmaller: for pictures, which
 // have no page size.

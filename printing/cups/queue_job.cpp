@@ -187,14 +187,8 @@ void QueueJob::ApplyOptions(const Options& options) {
   ApplyMarked(Marked::Changed);
   for (const cups_option_t& option : options) ApplyOption(option.name, option.value);
 
-  const int orientation = std::atoi(options.Get("orientation-requested", "3").c_str());
-  const bool reverse =
-      orientation == IPP_ORIENT_REVERSE_LANDSCAPE || orientation == IPP_ORIENT_REVERSE_PORTRAIT;
-  if (options.Is("landscape", "true") || orientation == IPP_ORIENT_LANDSCAPE ||
-      orientation == IPP_ORIENT_REVERSE_LANDSCAPE) {
-    m_settings.Set("paper.orientation", "landscape");
-  }
-  if (reverse) m_settings.Set("paper.rotation", "180");
+  SetOrientation(m_settings, std::atoi(options.Get("orientation-requested", "3").c_str()));
+  if (options.Is("landscape", "true")) SetOrientation(m_settings, IPP_ORIENT_LANDSCAPE);
   m_collated = options.Is("collate", "true") ||
                options.Is("multiple-document-handling", "separate-documents-collated-copies");
   m_order.paper = PaperOf(options);

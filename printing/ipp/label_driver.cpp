@@ -1,6 +1,8 @@
 #include "printing/ipp/label_driver.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <sstream>
 #include <vector>
@@ -25,29 +27,59 @@ constexpr const char* kMedia[] = {
     "custom_max_300x3000mm", "custom_min_5x3mm",
 };
 
-// A vendor attribute is a setting with words by another name. A word may stand for several
-// settings.
+// A vendor attribute is a setting by another name: one of some words, or a whole number.
 struct VendorAttribute {
   const char* name;
-  const char* key;    // empty: the words are settings themselves
-  const char* words;  // the first is the default; "word" or "word=settings,settings"
+  const char* key;
+  // The first is the default; "word" or "word=setting,setting". Null for a number.
+  const char* words;
+  int lowest, highest, initial;
+  int unitUm;  // of a number that is a length, otherwise 0
 };
+constexpr VendorAttribute Words(const char* name, const char* key, const char* words) {
+  return {name, key, words, 0, 0, 0, 0};
+}
+// In hundredths of a millimetre, as IPP counts lengths.
+constexpr VendorAttribute Length(const char* name, const char* key, int lowest, int highest,
+                                 int initial) {
+  return {name, key, nullptr, lowest, highest, initial, 10};
+}
 constexpr VendorAttribute kVendorAttributes[] = {
-    {"label-cut", "",
-     "none=cut.enabled=false each-label=cut.enabled=true,cut.mode=each-label "
-     "job-end=cut.enabled=true,cut.mode=job-end"},
-    {"label-method", "print.method", "transfer direct"},
-    {"label-ribbon-saver", "print.ribbon_saver", "false true"},
-    {"label-setup-once", "print.setup_once", "false true"},
-    {"label-sensor", "paper.sensor", "l0 e l1 l2 x0 x1"},
-    {"label-gap", "paper.gap", "3mm 0mm 1mm 1.5mm 2mm 2.5mm 4mm 5mm 6mm 8mm 10mm"},
-    {"label-ditherer", "colour.ditherer",
-     "floyd-steinberg threshold ordered clustered-dot blue-noise clustered-diffusion"},
+    Words("label-cut", "cut.mode",
+          "none=cut.enabled=false "
+          "each-label=cut.enabled=true,cut.mode=each-label,cut.at_job_end=false "
+          "job-end=cut.enabled=true,cut.mode=job-end,cut.at_job_end=true "
+          "count=cut.enabled=true,cut.mode=count,cut.at_job_end=false"),
+    {"label-cut-count", "cut.count", nullptr, 0, 9998, 0, 0},
+    Words("label-method", "print.method", "transfer direct"),
+    Words("label-ribbon-saver", "print.ribbon_saver", "false true"),
+    Words("label-setup-once", "print.setup_once", "false true"),
+    Words("label-sensor", "paper.sensor", "l0 e l1 l2 x0 x1"),
+    Length("label-gap", "paper.gap", 0, 10000, 300),
+    Length("label-offset-x", "paper.offset_x", -5000, 5000, 0),
+    Length("label-offset-y", "paper.offset_y", -5000, 5000, 0),
+    Words("label-highlight", "colour.highlight",
+          "red=colour.highlight=#FF0000 green=colour.highlight=#00FF00 "
+          "blue=colour.highlight=#0000FF yellow=colour.highlight=#FFFF00 "
+          "magenta=colour.highlight=#FF00FF cyan=colour.highlight=#00FFFF "
+          "orange=colour.highlight=#FF8000"),
+    Words("label-ditherer", "colour.ditherer",
+          "floyd-steinberg threshold ordered clustered-dot blue-noise clustered-diffusion"),
 };
 
-// Fits both PWG's hundredths of a millimetre a second and its -100 to 100 of darkness.
-constexpr int kSpeedUnit = 100;
-constexpr int kDarknessUnit = 10;
+constexpr int kSpeedUnit = 100;  // hundredths of a millimetre a second
+
+// The printer's darkness is 0 to 100, 50 being the driver's 0; a job adds -100 to 100 to it. The
+// steps are the -10 to 10 that a queue of CUPS offers.
+constexpr int kMiddleDarkness = 50;
+constexpr int kDarknessStep = 5;
+constexpr int kMostSteps = 10;
+
+int DarknessOf(const pappl_pr_options_t& options) {
+  const int percent = options.darkness_configured + options.print_darkness - kMiddleDarkness;
+  return std::clamp(static_cast<int>(std::lround(1.0 * percent / kDarknessStep)), -kMostSteps,
+                    kMostSteps);
+}
 
 std::vector<std::string> WordsOf(const VendorAttribute& attribute) {
   std::istringstream stream(attribute.words);
@@ -59,33 +91,60 @@ std::vector<std::string> WordsOf(const VendorAttribute& attribute) {
 ipp_t* VendorAttributes() {
   ipp_t* attributes = ippNew();
   for (const VendorAttribute& attribute : kVendorAttributes) {
+    const std::string initial = attribute.name + std::string("-default");
+    const std::string supported = attribute.name + std::string("-supported");
+    if (attribute.words == nullptr) {
+      ippAddInteger(attributes, IPP_TAG_PRINTER, IPP_TAG_INTEGER, initial.c_str(),
+                    attribute.initial);
+      ippAddRange(attributes, IPP_TAG_PRINTER, supported.c_str(), attribute.lowest,
+                  attribute.highest);
+      continue;
+    }
     std::vector<std::string> names;
     for (const std::string& word : WordsOf(attribute)) {
       names.push_back(word.substr(0, word.find('=')));
     }
     std::vector<const char*> values;
     for (const std::string& name : names) values.push_back(name.c_str());
-    const std::string name = attribute.name;
-    ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, (name + "-default").c_str(), nullptr,
+    ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, initial.c_str(), nullptr,
                  values.front());
-    ippAddStrings(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, (name + "-supported").c_str(),
+    ippAddStrings(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, supported.c_str(),
                   static_cast<int>(values.size()), nullptr, values.data());
   }
   return attributes;
 }
 
-void ApplyVendorWord(const VendorAttribute& attribute, const std::string& value,
-                     Settings& settings) {
+// The printer's default, which people may have changed on its web page.
+std::string DefaultOf(const VendorAttribute& attribute, ipp_t* defaults) {
+  const std::string name = attribute.name + std::string("-default");
+  char value[256] = {};
+  ippAttributeString(ippFindAttribute(defaults, name.c_str(), IPP_TAG_ZERO), value, sizeof value);
+  return value;
+}
+
+// PAPPL passes any value on.
+void ApplyVendorValue(const VendorAttribute& attribute, const std::string& value,
+                      Settings& settings) {
+  if (attribute.words == nullptr) {
+    int number = attribute.lowest - 1;
+    std::from_chars(value.data(), value.data() + value.size(), number);
+    if (number < attribute.lowest || number > attribute.highest) {
+      throw HostError(kExitSettings, std::string(attribute.name) + " is \"" + value + "\"",
+                      "choose " + std::to_string(attribute.lowest) + " to " +
+                          std::to_string(attribute.highest));
+    }
+    return settings.Set(attribute.key, attribute.unitUm == 0
+                                           ? std::to_string(number)
+                                           : std::to_string(number * attribute.unitUm) + "um");
+  }
   for (const std::string& word : WordsOf(attribute)) {
     const std::size_t equals = word.find('=');
-    if (word.substr(0, equals) != value) continue;
-    if (equals == word.npos) return settings.Set(attribute.key, value);
+    if (word.substr(0, equals) != value || equals == word.npos) continue;
     std::istringstream several(word.substr(equals + 1));
     for (std::string setting; std::getline(several, setting, ',');) settings.Set(setting);
     return;
   }
-  throw HostError(kExitSettings, std::string(attribute.name) + " is \"" + value + "\"",
-                  "choose one of the values that the printer offers");
+  settings.Set(attribute.key, value);  // refuses what is none, takes a colour by its number
 }
 
 }  // namespace
@@ -118,7 +177,8 @@ bool DescribePrinter(const char* driver, pappl_pr_driver_data_t& data, ipp_t** a
   data.speed_supported[0] = 25 * kSpeedUnit;
   data.speed_supported[1] = 300 * kSpeedUnit;
   data.speed_default = 100 * kSpeedUnit;
-  data.darkness_supported = 21;
+  data.darkness_supported = 2 * kMostSteps + 1;
+  data.darkness_configured = kMiddleDarkness;
 
   data.num_media = static_cast<int>(std::size(kMedia));
   std::copy(std::begin(kMedia), std::end(kMedia), data.media);
@@ -146,25 +206,24 @@ bool DescribePrinter(const char* driver, pappl_pr_driver_data_t& data, ipp_t** a
   return true;
 }
 
-Settings SettingsOf(const pappl_pr_options_t& options) {
+Settings SettingsOf(const pappl_pr_options_t& options, ipp_t* defaults) {
   Settings settings;
   settings.Set("paper.dpi", std::to_string(options.printer_resolution[0]));
   settings.Set("print.copies", std::to_string(std::max(options.copies, 1)));
   if (options.print_speed > 0) {
     settings.Set("print.speed", std::to_string(options.print_speed / kSpeedUnit));
   }
-  settings.Set("print.darkness", std::to_string(options.print_darkness / kDarknessUnit));
+  settings.Set("print.darkness", std::to_string(DarknessOf(options)));
   const bool colour = options.print_color_mode == PAPPL_COLOR_MODE_COLOR;
   settings.Set("colour.mode", colour ? "two" : "one");
-  if (options.orientation_requested == IPP_ORIENT_LANDSCAPE) {
-    settings.Set("paper.orientation", "landscape");
-  }
+  SetOrientation(settings, options.orientation_requested);
   for (const VendorAttribute& attribute : kVendorAttributes) {
     const char* value = cupsGetOption(attribute.name, options.num_vendor, options.vendor);
-    if (value != nullptr) ApplyVendorWord(attribute, value, settings);
+    ApplyVendorValue(attribute, value != nullptr ? value : DefaultOf(attribute, defaults),
+                     settings);
   }
   if (options.finishings & PAPPL_FINISHINGS_TRIM) {
-    ApplyVendorWord(kVendorAttributes[0], "each-label", settings);
+    ApplyVendorValue(kVendorAttributes[0], "each-label", settings);
   }
   return settings;
 }
@@ -173,7 +232,7 @@ PageOrder OrderOf(const pappl_pr_options_t& options) {
   PageOrder order;
   order.paper = {{options.media.size_width * 10, options.media.size_length * 10}, false};
   order.dpi = options.printer_resolution[0];
-  order.landscape = options.orientation_requested == IPP_ORIENT_LANDSCAPE;
+  order.landscape = LiesDown(options.orientation_requested);
   order.ranges = {{static_cast<int>(std::max(options.first_page, 1U)),
                    options.last_page == 0 ? 1 << 30 : static_cast<int>(options.last_page)}};
   return order;

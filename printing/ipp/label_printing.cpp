@@ -38,7 +38,9 @@ class PrinterJob final : public JobObserver {
     const char* name = papplJobGetName(job);
     request.name = name == nullptr || *name == '\0' ? "label" : name;
     request.id = static_cast<std::uint32_t>(papplJobGetID(job));
-    request.settings = SettingsOf(options);
+    const std::unique_ptr<ipp_t, void (*)(ipp_t*)> defaults(
+        papplPrinterGetDriverAttributes(papplJobGetPrinter(job)), ippDelete);
+    request.settings = SettingsOf(options, defaults.get());
   }
 
   void Warning(const std::string& text) override {
@@ -95,12 +97,23 @@ bool Try(pappl_job_t* job, const Step& step) {
   return false;
 }
 
+bool WantsCollatedCopies(pappl_job_t* job) {
+  const char* handling =
+      ippGetString(papplJobGetAttribute(job, "multiple-document-handling"), 0, nullptr);
+  return handling != nullptr && std::strcmp(handling, "separate-documents-collated-copies") == 0;
+}
+
 // A document in a file.
 bool PrintFile(pappl_job_t* job, pappl_device_t* device, void* pictures) {
   pappl_pr_options_t* options = papplJobCreatePrintOptions(job, 0, true);
   const bool done = Try(job, [&] {
     PrinterJob printer(job, *options, device, *static_cast<JobPictures*>(pictures));
-    LabelPages pages(OrderOf(*options), papplJobGetFilename(job), printer.Name());
+    PageOrder order = OrderOf(*options);
+    if (WantsCollatedCopies(job)) {
+      order.repeats = std::max(options->copies, 1);
+      printer.request.settings.Set("print.copies", "1");
+    }
+    LabelPages pages(order, papplJobGetFilename(job), printer.Name());
     if (PrintLabels(pages, printer.request, printer.Target(), printer) > 0) printer.Finish(true);
     pages.RethrowFailure();
   });

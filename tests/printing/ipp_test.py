@@ -105,9 +105,10 @@ class Application:
         pairs = (re.match(r"\s+([a-z-]+) \([^)]*\) = (.*)", line) for line in shown.splitlines())
         return {pair.group(1): pair.group(2) for pair in pairs if pair}
 
-    def send(self, printer, path, size=(8300, 4700), options=""):
+    def send(self, printer, path, size=(8300, 4700), options=None):
         test = PRINT.replace("WIDTH", str(size[0])).replace("LENGTH", str(size[1]))
-        return int(self.ipptool(self.uri(printer), test.replace("OPTIONS", options), "-f",
+        given = "\n".join(f"ATTR {name} {value}" for name, value in (options or {}).items())
+        return int(self.ipptool(self.uri(printer), test.replace("OPTIONS", given), "-f",
                                 path)["job-id"])
 
     def job(self, printer, number):
@@ -127,23 +128,57 @@ def vlx(*arguments):
                           check=False)
 
 
+def expect_same(application, output, path, size, options, arguments, cost="2 labels"):
+    """The job with these attributes is that of vlx print."""
+    open(output, "w").close()
+    state = application.wait("file", application.send("file", path, size, options))
+    expect(state["job-state"] == "completed", str(state))
+    expect(state["job-state-message"].startswith(cost), state["job-state-message"])
+    paper = f"{size[0] / 100}x{size[1] / 100}mm"
+    done = vlx("print", path, "-o", application.path("other.job"), "--name", "label", "--paper", paper,
+               *arguments.split())
+    expect(done.returncode == 0, done.stderr)
+    with open(application.path("other.job"), "rb") as other, open(output, "rb") as job:
+        expect(without_date(job.read()) == without_date(other.read()),
+               f"{options}: not the job of vlx print {arguments}")
+
+
 def check_jobs(application, output):
     """Jobs go to a file, to which PAPPL appends."""
     label, large = application.path("label.pdf"), application.path("large.pdf")
     for path, text in ((label, document(2, 235.276, 133.228)), (large, document(1))):
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)
-    options = ("ATTR keyword label-cut each-label\nATTR integer print-speed 15000\n"
-               "ATTR integer copies 3")
-    state = application.wait("file", application.send("file", label, options=options))
-    expect(state["job-state"] == "completed", str(state))
-    expect(state["job-state-message"].startswith("6 labels, 2 cuts"), state["job-state-message"])
-    vlx("print", label, "-o", application.path("other.job"), "--name", "label", "--paper", "83x47mm",
-        "--copies", "3", "--set", "print.speed=150", "--set", "cut.enabled=true",
-        "--set", "cut.mode=each-label")
-    with open(application.path("other.job"), "rb") as other, open(output, "rb") as job:
-        expect(without_date(job.read()) == without_date(other.read()), "not the job of vlx print")
+    expect_same(application, output, label, (8300, 4700),
+                {"keyword label-cut": "each-label", "integer print-speed": 15000, "integer copies": 3},
+                "--copies 3 --set print.speed=150 --set cut.enabled=true --set cut.mode=each-label",
+                "6 labels, 2 cuts")
+    expect_same(application, output, label, (8300, 4700),
+                {"keyword label-cut": "count", "integer label-cut-count": 3, "integer label-gap": 220,
+                 "integer label-offset-x": -150, "integer label-offset-y": 40,
+                 "keyword print-color-mode": "color", "keyword label-highlight": "blue",
+                 "integer print-darkness": 26, "enum orientation-requested": 6},
+                "--set cut.enabled=true --set cut.mode=count --set cut.count=3 --set paper.gap=2.2mm "
+                "--set paper.offset_x=-1.5mm --set paper.offset_y=0.4mm --set colour.mode=two "
+                "--set colour.highlight=#0000FF --set print.darkness=5 --set paper.rotation=180")
+    application.command("modify", "-h", f"localhost:{application.port}", "-d", "file", "-o", "label-gap=250",
+                        "-o", "label-cut=job-end")
+    expect_same(application, output, label, (8300, 4700), {},
+                "--set paper.gap=2.5mm --set cut.enabled=true --set cut.at_job_end=true",
+                "2 labels, 1 cut,")
+    application.command("modify", "-h", f"localhost:{application.port}", "-d", "file", "-o", "label-gap=300",
+                        "-o", "label-cut=none")
+    expect_same(application, output, label, (4700, 8300), {"enum orientation-requested": 4},
+                "--orientation landscape")
+    expect_same(application, output, label, (8300, 4700),
+                {"integer copies": 2,
+                 "keyword multiple-document-handling": "separate-documents-collated-copies"},
+                label, "4 labels")
 
+    for options, message in (({"integer label-gap": 20000}, "choose 0 to 10000"),
+                             ({"keyword label-sensor": "x9"}, "one of e, l0, l1, l2, x0, x1 is expected")):
+        state = application.wait("file", application.send("file", label, options=options))
+        expect(state["job-state"] == "aborted" and message in state["job-state-message"], str(state))
     open(output, "w").close()
     for size in ((5000, 4700), (8300, 5000)):
         state = application.wait("file", application.send("file", label, size))
@@ -156,7 +191,7 @@ def check_jobs(application, output):
     expect(state["job-state"] == "completed", str(state))
     pages = [f"/labels-{printer}/index.html" for printer in (1, 2)]
     for _ in range(100):
-        if all("1 job so far" in application.page(page) for page in pages):
+        if all("job-0001" in application.page(page) for page in pages):
             break
         time.sleep(0.05)
     for page in pages:
@@ -199,6 +234,10 @@ def check_clients(application, output):
         with open(output, "rb") as job:
             text = job.read()
         expect(b",150.00,153.00,100.00\r\n" in text, "driverless: not a label of 100 x 150 mm")
+        open(output, "w").close()
+        server.wait(server.lp("labels", "-o", "finishings=11", path))
+        with open(output, "rb") as job:
+            expect(b"\r\nCe" in job.read(), "driverless: finishings=11 does not cut")
 
 
 def main():
