@@ -37,10 +37,11 @@ void RemoveOldJobs(const fs::path& folder) {
 class JobPictures::Target final : public JobTarget {
  public:
   Target(JobPictures& pictures, Job job)
-      : m_pictures(pictures),
-        m_job(std::move(job)),
-        m_file(std::fopen(m_job.path.c_str(), "wbe")) {}
+      : m_pictures(pictures), m_job(std::move(job)), m_file(std::fopen(m_job.path.c_str(), "wbe")) {
+    m_pictures.AddBusy(1);
+  }
   ~Target() override {
+    m_pictures.AddBusy(-1);
     if (m_file == nullptr) return;
     m_file.reset();
     std::error_code error;
@@ -54,6 +55,7 @@ class JobPictures::Target final : public JobTarget {
     m_file.reset();
     const std::lock_guard lock(m_pictures.m_mutex);
     m_pictures.m_jobs.push_back(m_job);
+    ++m_pictures.m_busy;
     m_pictures.m_change.notify_one();
   }
 
@@ -90,7 +92,18 @@ void JobPictures::DrawJobs() {
       fs::remove(job.path, error);
     }
     RemoveOldJobs(job.folder);
+    AddBusy(-1);
   }
+}
+
+void JobPictures::AddBusy(int count) {
+  const std::lock_guard lock(m_mutex);
+  m_busy += count;
+}
+
+bool JobPictures::Idle() {
+  const std::lock_guard lock(m_mutex);
+  return m_busy == 0;
 }
 
 viewer::JobFolder& JobPictures::Printer(int printer, int dpi) {

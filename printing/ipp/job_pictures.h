@@ -28,6 +28,9 @@ class JobPictures {
   // A target that has the job drawn when it is whole. A picture that cannot be made stops no job.
   std::unique_ptr<JobTarget> OpenTarget(int printer, int dpi);
 
+  // Whether no target is open and every job is drawn.
+  bool Idle();
+
  private:
   class Target;
   struct Job {
@@ -37,12 +40,14 @@ class JobPictures {
   };
   viewer::JobFolder& Printer(int printer, int dpi);
   void DrawJobs();
+  void AddBusy(int count);
 
   const std::string m_folder;
   std::mutex m_mutex;
   std::condition_variable m_change;
   std::map<int, std::unique_ptr<viewer::JobFolder>> m_printers;
   std::deque<Job> m_jobs;
+  int m_busy = 0;  // targets that are open and jobs that are not drawn yet
   bool m_ends = false;
   std::thread m_thread;
 };

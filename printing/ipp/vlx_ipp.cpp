@@ -10,6 +10,7 @@
 
 #include "printing/ipp/label_driver.h"
 #include "printing/ipp/label_printing.h"
+#include "printing/ipp/server_end.h"
 
 namespace {
 
@@ -105,7 +106,9 @@ pappl_system_t* MakeSystem(int count, cups_option_t* options, void* data) {
                                LabelDrivers().data(), nullptr, LinkPictures, DescribeDriver, data);
   AddDocumentFormats(system, *application.pictures);
   papplSystemSetSaveCallback(system, SaveState, data);
+  ResumeSavedJobs(application.state);
   papplSystemLoadState(system, application.state.c_str());
+  EndWithoutWaiting(system, *application.pictures, application.state);
   return system;
 }
 

@@ -222,6 +222,27 @@ def check_state(application):
     expect(printers.split() == ["file", "preview"], f"kept printers: {printers}")
 
 
+def check_waiting(application):
+    """A job waits for a printer that does not answer: the server ends, and prints it after its next
+    start."""
+    port = free_port()
+    application.command("add", "-u", application.uri(), "-d", "dead", "-m", "vlx-300", "-v",
+                        f"socket://127.0.0.1:{port}")
+    number = application.send("dead", application.path("label.pdf"))
+    application.stop()
+    folder = application.path("printer")
+    printer = subprocess.Popen([os.path.join(BIN, "vlx"), "serve", "-o", folder, "--port", str(port)],
+                               stdout=subprocess.DEVNULL)
+    try:
+        application.start()
+        state = application.wait("dead", number)
+        expect(state["job-state"] == "completed", f"a job that has waited: {state}")
+    finally:
+        printer.terminate()
+        printer.wait(30)
+    expect(os.path.exists(os.path.join(folder, "job-0001.job")), "the printer got no job")
+
+
 def check_clients(application, output):
     """A queue of CUPS without a driver."""
     with CupsServer(application.path("usr")) as server:
@@ -252,6 +273,7 @@ def main():
             check_jobs(application, output)
             check_cancel(application, output)
             check_state(application)
+            check_waiting(application)
             check_clients(application, output)
         finally:
             application.stop()
