@@ -148,11 +148,12 @@ OEMDEV LabelDriver::MergeDevMode(const DevModeRecord& record) {
 
 OEMDEV LabelDriver::MakeDevMode(const Settings& settings,
                                 const std::optional<DevModeRecord>& record) {
-  OEMDEV devmode = record ? MergeDevMode(*record) : DefaultDevMode();
+  const OEMDEV base = record ? MergeDevMode(*record) : DefaultDevMode();
+  OEMDEV devmode = base;
   settings.ApplyTo(devmode);
   const BYTE* bytes = reinterpret_cast<const BYTE*>(&devmode);
   devmode = MergeDevMode({{bytes, bytes + sizeof devmode}, "The settings"});
-  settings.CheckKept(devmode);
+  settings.Check(devmode, base);
   return devmode;
 }
 

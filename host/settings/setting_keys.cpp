@@ -89,6 +89,18 @@ const OemDevField& FieldOfKey(const SettingKey& key) {
   throw HostError(kExitInternal, "The record has no field " + std::string(key.field));
 }
 
+const SettingKey* KeyOf(const OemDevField& field) {
+  for (const SettingKey& key : kKeys) {
+    if (key.field == field.name) return &key;
+  }
+  return nullptr;
+}
+
+std::string NameOf(const OemDevField& field) {
+  const SettingKey* key = KeyOf(field);
+  return key != nullptr ? std::string(key->name) : "devmode." + std::string(field.name);
+}
+
 std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value) {
   std::istringstream pairs{std::string(key.words)};
   for (std::string pair; pairs >> pair;) {

@@ -27,5 +27,11 @@ std::span<const SettingKey> SettingKeys();
 // The record's field that the key sets; the key must have one.
 const OemDevField& FieldOfKey(const SettingKey& key);
 
+// The first friendly key of a field; null if it has none.
+const SettingKey* KeyOf(const OemDevField& field);
+
+// The name of a field among the settings: "cut.count" or "devmode.nCut2Count".
+std::string NameOf(const OemDevField& field);
+
 // The quoted word of a Kind::Words key that stands for the value; nullopt if no word does.
 std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value);

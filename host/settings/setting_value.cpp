@@ -55,6 +55,11 @@ std::int64_t SettingValue::Integer(std::int64_t least, std::int64_t most) const 
   return number->get();
 }
 
+LONG SettingValue::LengthUm() const {
+  if (!m_node.is_string()) Refuse("write a length with its unit, as \"1.5mm\" or \"1500um\"");
+  return ParseLengthUm(Text(), m_key);
+}
+
 LONG SettingValue::Number(const SettingKey& key) const {
   return static_cast<LONG>(Integer(key.least, key.most));
 }
@@ -121,7 +126,7 @@ std::vector<BYTE> SettingValue::AsKey(const SettingKey& key, const OemDevField& 
     case SettingKey::Kind::Words:
       return BytesOf(Word(key), field.size);
     case SettingKey::Kind::Length: {
-      const LONG lengthUm = ParseLengthUm(Text(), m_key);
+      const LONG lengthUm = LengthUm();
       if (!key.AllowsLength(lengthUm)) {
         Refuse("a length from " + FormatLength(key.least) + " to " + FormatLength(key.most) +
                " is expected");
@@ -129,7 +134,7 @@ std::vector<BYTE> SettingValue::AsKey(const SettingKey& key, const OemDevField& 
       return BytesOf(lengthUm, field.size);
     }
     case SettingKey::Kind::Margin: {
-      const LONG lengthUm = ParseLengthUm(Text(), m_key);
+      const LONG lengthUm = LengthUm();
       if (lengthUm < 0) Refuse("a length that is not negative is expected");
       return BytesOf(lengthUm, field.size);
     }
@@ -154,8 +159,7 @@ std::vector<BYTE> SettingValue::AsField(const OemDevField& field) const {
       return BytesOf(isText ? std::int64_t{Color()} : Integer(0, 0xFFFFFFFF), field.size);
     case OemDevKind::Length:
     case OemDevKind::Margin:
-      if (isText) return BytesOf(ParseLengthUm(Text(), m_key), field.size);
-      Refuse("write a length with its unit, as \"1500um\"");
+      return BytesOf(LengthUm(), field.size);
     case OemDevKind::Flag:
       if (m_node.is_boolean()) return BytesOf(Flag(), field.size);
       return BytesOf(Integer(0, 0xFFFFFFFF), field.size);

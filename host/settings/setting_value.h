@@ -27,6 +27,7 @@ class SettingValue {
 
  private:
   [[noreturn]] void Refuse(const std::string& expected) const;
+  LONG LengthUm() const;
   std::int64_t Integer(std::int64_t least, std::int64_t most) const;
   COLORREF Color() const;
   std::vector<BYTE> FixedText(std::size_t size) const;

@@ -9,6 +9,7 @@
 #include "host/error.h"
 #include "host/file.h"
 #include "host/settings/setting_keys.h"
+#include "host/settings/setting_pairs.h"
 #include "host/settings/setting_value.h"
 
 namespace {
@@ -149,7 +150,7 @@ void Settings::ApplyTo(OEMDEV& devmode) const {
   }
 }
 
-void Settings::CheckKept(const OEMDEV& devmode) const {
+void Settings::Check(const OEMDEV& devmode, const OEMDEV& base) const {
   for (const auto& [offset, field] : m_fields) {
     const BYTE* kept = reinterpret_cast<const BYTE*>(&devmode) + offset;
     if (std::memcmp(kept, field.bytes.data(), field.bytes.size()) == 0) continue;
@@ -157,6 +158,10 @@ void Settings::CheckKept(const OEMDEV& devmode) const {
     throw HostError(kExitSettings, "The plug-in does not take \"" + field.key +
                                        "\" = " + field.shown + ": the value is out of range");
   }
+  CheckSettingPairs(devmode, base, [this](const OemDevField& field) {
+    const auto set = m_fields.find(field.offset);
+    return set == m_fields.end() ? SetBy() : SetBy{set->second.key, set->second.shown};
+  });
   const auto threshold = m_fields.find(offsetof(OEMDEV, byDitherParam));
   if (threshold == m_fields.end() || threshold->second.key != "colour.threshold") return;
   if (devmode.wDitherer == 0) return;

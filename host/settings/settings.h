@@ -38,8 +38,9 @@ class Settings {
   // Writes the settings into a record; fields that were not set keep their values.
   void ApplyTo(OEMDEV& devmode) const;
   // Throws HostError (settings) if the record does not hold what was set, because the plug-in found
-  // it out of range, or if colour.threshold was set for another ditherer.
-  void CheckKept(const OEMDEV& devmode) const;
+  // it out of range, or if a setting has no effect without another one (see setting_pairs.h), or
+  // colour.threshold with this ditherer. base: the record without these settings.
+  void Check(const OEMDEV& devmode, const OEMDEV& base) const;
 
  private:
   friend class SettingWriter;

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "host/settings/setting_pairs.h"
 #include "host/unicode.h"
 
 namespace {
@@ -171,10 +172,12 @@ class Document {
   std::string m_text;
 };
 
-bool Differs(const OemDevField& field, const OEMDEV& devmode, const OEMDEV* base) {
-  return base == nullptr ||
-         std::memcmp(reinterpret_cast<const BYTE*>(&devmode) + field.offset,
-                     reinterpret_cast<const BYTE*>(base) + field.offset, field.size) != 0;
+// True if the field is to be printed: it has changed, or one that has changed needs it.
+bool IsWanted(const OemDevField& field, const SettingsView& view) {
+  return view.base == nullptr ||
+         std::memcmp(reinterpret_cast<const BYTE*>(&view.devmode) + field.offset,
+                     reinterpret_cast<const BYTE*>(view.base) + field.offset, field.size) != 0 ||
+         IsNeededByOthers(field, view.devmode, *view.base);
 }
 
 }  // namespace
@@ -198,12 +201,12 @@ std::string SettingsText(const SettingsView& view) {
     const std::optional<std::string> value = FriendlyValue(key, field, view.devmode);
     if (!value || wasShown(field)) continue;  // two keys may share a field
     shown.push_back(field.offset);
-    if (Differs(field, view.devmode, view.base)) {
+    if (IsWanted(field, view)) {
       document.Add(key.name, *value, FieldComment(field));
     }
   }
   for (const OemDevField& field : OemDevFields()) {
-    if (wasShown(field) || !Differs(field, view.devmode, view.base)) continue;
+    if (wasShown(field) || !IsWanted(field, view)) continue;
     document.Add("devmode." + std::string(field.name), FieldValue(field, view.devmode),
                  FieldComment(field).substr(field.name.size() + 1));
   }

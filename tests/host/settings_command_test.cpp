@@ -29,6 +29,9 @@ OEMDEV RandomRecord(std::mt19937& random) {
   devmode.dwRotation %= 4;
   devmode.dwColorMode = devmode.dwColorMode % 2 + 1;
   devmode.wDitherer %= 2;
+  devmode.nCut1Count |= 1;  // settings that make no sense are refused
+  devmode.nCut2Count |= 1;
+  if (devmode.dwColorMode == 2) devmode.bTopSideSameAsBottom = 0;
   devmode.dwInitialCutSent = 0;
   return devmode;
 }

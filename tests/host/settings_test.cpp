@@ -53,7 +53,7 @@ nCpValue = "1500um"
   expected.guidSelectedStock = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
   EXPECT_EQ(std::memcmp(&devmode, &expected, sizeof devmode), 0);
   devmode.dwSpeed = 1;
-  EXPECT_THROW(settings.CheckKept(devmode), HostError);
+  EXPECT_THROW(settings.Check(devmode, {}), HostError);
 }
 
 TEST(Settings, RefusalNamesKeyValueAndRemedy) {
@@ -64,7 +64,7 @@ TEST(Settings, RefusalNamesKeyValueAndRemedy) {
       {"print.speed=fast", "\"print.speed\" is \"fast\""},
       {"print.method=laser", "one of transfer, direct is expected"},
       {"print.crop=1", "true or false is expected"},
-      {"paper.gap=3", "a text is expected"},
+      {"paper.gap=3", "\"paper.gap\" is 3: write a length with its unit"},
       {"paper.gap=-3mm", "not negative"},
       {"paper.offset_y=-3276.8mm", "a length from -3276.7mm to 3276.7mm is expected"},
       {"devmode.nCpValue=3", "write a length with its unit"},

@@ -123,7 +123,7 @@ TEST_F(Filter, OptionsAreSettings) {
        "--set colour.mode=two --set colour.highlight=#0000FF"},
       {"print-color-mode=color", "--set colour.mode=two"},
       {"colour.tolerance=40 paper.gap=Custom.2.2mm",
-       "--set colour.tolerance=40 --set paper.gap=2.2mm"},
+       "--set colour.tolerance=40 --set colour.mode=one --set paper.gap=2.2mm"},
       {"com.apple.print.Thing..n.=7 job-uuid=urn:uuid:1 number-up=1 finishings=3", ""},
       {"orientation-requested=6", "--set paper.rotation=180"},
   };

@@ -21,7 +21,8 @@ def expect(holds, fault):
 
 
 def run(*arguments, **options):
-    return subprocess.run(arguments, capture_output=True, text=True, check=False, **options)
+    return subprocess.run(arguments, capture_output=True, text=True, check=False, errors="replace",
+                          **options)
 
 
 def read(path):
@@ -115,6 +116,19 @@ LINES = [
     ("vlx preview seen.png --paper 100x150mm -o seen.png", 2, "same file"),
     ("cp page.pgm page2-0001.pgm; vlx preview page2.pgm $P -o .; ls page2*", 0, "page2-0001.png"),
     ("cp seen.png page-0001.png; vlx preview page.pgm page-0001.png -o . $P", 2, "page-0001.png", "same file"),
+    # Settings that do nothing without another one.
+    ("vlx print page.pgm $P -o b.job --set cut.enabled=true --set cut.mode=count", 4,
+     '"cut.mode" = "count"', "set cut.count = NUMBER"),
+    ("vlx print page.pgm $P -o b.job --set cut.count=5", 4, 'set cut.mode = "count"'),
+    ("vlx print page.pgm $P -o b.job --set cut.mode=each-label", 4, "set cut.enabled = true"),
+    ("vlx print page.pgm $P -o - --set cut.mode=count --set cut.enabled=false", 0, "0 cuts"),
+    ("vlx print page.pgm $P -o b.job --set devmode.nCspValue=3mm", 4, "devmode.dwCspEnabled = true"),
+    ("vlx print page.pgm $P -o b.job --set print.darkness2=3", 4, 'print.model = "K7"'),
+    ("vlx print page.pgm $P -o b.job --set print.both_sides=true --set colour.mode=two", 4,
+     '"print.both_sides" = true has no effect', 'which is "two"'),
+    ("vlx settings show --changed --set cut.count=3 --set cut.mode=each-label --set cut.enabled=false"
+     " >t.toml; cat t.toml; vlx print page.pgm $P -o - --settings t.toml", 0, "enabled = false"),
+    ("vlx print page.pgm $P -o b.job --set paper.gap=3", 4, '"paper.gap" is 3', "with its unit"),
     ("cat notes.txt; test -e new -o -e b.job || vlx print page.pgm $P -o notes.txt --force", 0,
      "important", "1 label"),
 ]
