@@ -1,8 +1,11 @@
-// Pages as PNG files and PNM streams. A page that is taken has the pixels that it says.
+// Pages as pictures of all formats that this process reads by itself. A page that is taken has the
+// pixels that it says.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "host/error.h"
@@ -15,7 +18,9 @@ extern "C" const char* __asan_default_options() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   FilePtr file(fmemopen(const_cast<std::uint8_t*>(data), size, "rb"));
-  if (file == nullptr || data[0] == '%') return 0;  // a PDF file starts another program
+  if (file == nullptr) return 0;
+  // PDF files and SVG drawings start other programs.
+  if (data[0] == '%' || std::memchr(data, '<', std::min<std::size_t>(size, 64))) return 0;
   try {
     PageImage page;
     for (const auto pages = OpenPages({std::move(file), "case"}, 203); pages->Next(page);) {

@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
   cmake g++ make
   libdeflate-dev libisal-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
-  libcups2-dev libpappl-dev libgtest-dev python3 binutils poppler-utils
+  libjpeg62-turbo-dev libtiff-dev libgif-dev libwebp-dev pkg-config
+  libcups2-dev libpappl-dev libgtest-dev python3 binutils poppler-utils librsvg2-bin
 )
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
 tests=(

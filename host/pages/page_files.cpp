@@ -16,14 +16,14 @@ std::optional<std::size_t> PageFiles::Count() const {
   return allPng ? std::optional(m_files.size()) : std::nullopt;
 }
 
-bool PageFiles::Next(PageImage& page) {
+bool PageFiles::Advance(PageImage& page, bool (PageSource::*step)(PageImage&)) {
   for (;;) {
     if (m_file == nullptr) {
       if (m_opened == m_files.size()) return false;
       m_file = OpenPages(PageInput::Open(m_files[m_opened++]), m_dpi);
       m_anyPage = false;
     }
-    if (m_file->Next(page)) return m_anyPage = true;
+    if ((m_file.get()->*step)(page)) return m_anyPage = true;
     m_file.reset();
     if (m_anyPage) continue;
     const std::string& file = m_files[m_opened - 1];

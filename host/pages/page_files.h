@@ -14,10 +14,13 @@ class PageFiles final : public PageSource {
   PageFiles(std::vector<std::string> files, int dpi);
 
   // A file without any page is an error.
-  bool Next(PageImage& page) override;
+  bool Next(PageImage& page) override { return Advance(page, &PageSource::Next); }
+  bool Skip(PageImage& scratch) override { return Advance(scratch, &PageSource::Skip); }
   std::optional<std::size_t> Count() const override;
 
  private:
+  bool Advance(PageImage& page, bool (PageSource::*step)(PageImage&));
+
   const std::vector<std::string> m_files;
   const int m_dpi;
   std::size_t m_opened = 0;            // files

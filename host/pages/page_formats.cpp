@@ -1,6 +1,7 @@
 #include "host/pages/page_formats.h"
 
 #include "host/error.h"
+#include "host/pages/foreign_formats.h"
 
 std::unique_ptr<PageSource> OpenPages(PageInput input, int dpi) {
   const std::string_view head = input.Peek(kPageHeadBytes);
@@ -8,8 +9,7 @@ std::unique_ptr<PageSource> OpenPages(PageInput input, int dpi) {
   for (const PageFormat& format : kPageFormats) {
     if (format.matches(head)) return format.open(std::move(input), dpi);
   }
-  throw HostError(kExitInput, input.Name() + ": is not in a format that can be printed",
-                  "convert it to one of " + PageFormatNames());
+  throw ForeignFormatError(head, input.Name(), PageFormatNames());
 }
 
 std::string PageFormatNames() {

@@ -2,6 +2,7 @@
 // it in a file of its own, and its tests.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,10 +13,16 @@
 // Makes the source that reads an input of one format. dpi: the resolution at which pages without
 // pixels of their own are drawn. Throws HostError (input).
 using PageOpener = std::unique_ptr<PageSource>(PageInput input, int dpi);
+PageOpener OpenBmp;
+PageOpener OpenGif;
+PageOpener OpenJpeg;
 PageOpener OpenPdf;
 PageOpener OpenPng;
 PageOpener OpenPnm;
 PageOpener OpenRaster;  // with libcups only
+PageOpener OpenSvg;
+PageOpener OpenTiff;
+PageOpener OpenWebp;
 
 struct PageFormat {
   const char* names;  // for people
@@ -25,6 +32,7 @@ struct PageFormat {
 };
 
 inline constexpr std::size_t kPageHeadBytes = 64;
+inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 30;  // of those read as a whole
 inline constexpr PageFormat kPageFormats[] = {
     {"PNG", [](std::string_view head) { return head.starts_with("\x89PNG"); }, OpenPng},
     {"PBM, PGM, PPM",
@@ -33,7 +41,32 @@ inline constexpr PageFormat kPageFormats[] = {
        return head.size() > 1 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6';
      },
      OpenPnm},
-    {"PDF", [](std::string_view head) { return head.starts_with('%'); }, OpenPdf},
+    {"PDF", [](std::string_view head) { return head.starts_with('%') && !head.starts_with("%!"); },
+     OpenPdf},
+    {"JPEG", [](std::string_view head) { return head.starts_with("\xFF\xD8\xFF"); }, OpenJpeg},
+    {"TIFF",
+     [](std::string_view head) {
+       return head.starts_with("II*") || head.starts_with("II+") ||
+              head.starts_with({"MM\0*", 4}) || head.starts_with({"MM\0+", 4});
+     },
+     OpenTiff},
+    {"GIF", [](std::string_view head) { return head.starts_with("GIF8"); }, OpenGif},
+    {"BMP",
+     [](std::string_view head) {
+       return head.starts_with("BM") && head.substr(6, 4) == std::string_view("\0\0\0\0", 4);
+     },
+     OpenBmp},
+    {"WebP",
+     [](std::string_view head) { return head.starts_with("RIFF") && head.substr(8, 4) == "WEBP"; },
+     OpenWebp},
+    {"SVG",
+     [](std::string_view head) {
+       if (head.starts_with("\uFEFF")) head.remove_prefix(3);
+       head.remove_prefix(std::min(head.find_first_not_of(" \t\r\n"), head.size()));
+       return head.starts_with("<svg") || head.starts_with("<?xml") || head.starts_with("<!--") ||
+              head.starts_with("<!DOCTYPE svg");
+     },
+     OpenSvg},
 #ifdef VLX_RASTER_PAGES
     {"PWG raster, Apple raster (URF), CUPS raster",
      [](std::string_view head) {

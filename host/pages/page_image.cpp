@@ -1,5 +1,6 @@
 #include "host/pages/page_image.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "host/error.h"
@@ -37,8 +38,42 @@ void ShapePage(PageImage& page, std::uint64_t widthPx, std::uint64_t heightPx,
   page.heightPx = static_cast<std::uint32_t>(heightPx);
   page.strideBytes = StrideBytes(page.widthPx);
   page.roundedUp = false;
+  page.xDpi = page.yDpi = 0;
   page.pixels.resize(page.strideBytes * page.heightPx);
   WhitenPadding(page);
+}
+
+void StateResolution(PageImage& page, double xDpi, double yDpi) {
+  const auto isMeant = [](double dpi) {
+    const bool isOfScreens = std::abs(dpi - 72) < 0.5 || std::abs(dpi - 96) < 0.5;
+    return dpi >= 30 && dpi <= 10000 && !isOfScreens;
+  };
+  if (!isMeant(xDpi) || !isMeant(yDpi)) return;
+  page.xDpi = xDpi;
+  page.yDpi = yDpi;
+}
+
+void TurnPage(PageImage& page, int orientation, const std::string& source) {
+  if (orientation < 2 || orientation > 8) return;
+  const bool turns = orientation > 4;  // rows become columns
+  const bool fromRight =
+      turns ? orientation == 6 || orientation == 7 : orientation == 2 || orientation == 3;
+  const bool fromBottom =
+      turns ? orientation == 7 || orientation == 8 : orientation == 3 || orientation == 4;
+  PageImage upright;
+  ShapePage(upright, turns ? page.heightPx : page.widthPx, turns ? page.widthPx : page.heightPx,
+            source);
+  for (std::uint32_t y = 0; y < upright.heightPx; ++y) {
+    std::uint8_t* to = upright.Row(y);
+    const std::uint32_t down = fromBottom ? upright.heightPx - 1 - y : y;
+    for (std::uint32_t x = 0; x < upright.widthPx; ++x, to += 3) {
+      const std::uint32_t across = fromRight ? upright.widthPx - 1 - x : x;
+      std::memcpy(to, turns ? page.Row(across) + 3 * down : page.Row(down) + 3 * across, 3);
+    }
+  }
+  upright.xDpi = turns ? page.yDpi : page.xDpi;
+  upright.yDpi = turns ? page.xDpi : page.yDpi;
+  page = std::move(upright);
 }
 
 void TrimPage(PageImage& page, std::uint32_t widthPx, std::uint32_t heightPx) {

@@ -16,16 +16,28 @@ struct PageImage {
   // The renderer rounded the page's size up to whole dots: the page covers the last column and row
   // only in part.
   bool roundedUp = false;
+  // The resolution that a picture states, in dots per inch; 0: none, one pixel is one dot.
+  double xDpi = 0;
+  double yDpi = 0;
   std::vector<std::uint8_t> pixels;
 
   std::uint8_t* Row(std::uint32_t y) { return pixels.data() + y * strideBytes; }
   const std::uint8_t* Row(std::uint32_t y) const { return pixels.data() + y * strideBytes; }
 };
 
-// Gives the page this size; its pixels are undefined, the padding is white. Throws HostError
-// (input) that names the source if a side is 0 or the pixels exceed 1 GiB.
+// Gives the page this size and no resolution; its pixels are undefined, the padding is white.
+// Throws HostError (input) that names the source if a side is 0 or the pixels exceed 1 GiB.
 void ShapePage(PageImage& page, std::uint64_t widthPx, std::uint64_t heightPx,
                const std::string& source);
+
+// Notes the resolution that a picture states, unless it is one of those that programs write when
+// they know none: 72 and 96 dpi, and everything below 30 or above 10,000.
+void StateResolution(PageImage& page, double xDpi, double yDpi);
+
+// Turns and mirrors the page upright. orientation: as TIFF and Exif count them, 1 is upright, 3 is
+// upside down, 6 lies on its left side, 8 on its right one; the even ones below 5 and the odd ones
+// above are mirrored. Anything else counts as 1. source: as above.
+void TurnPage(PageImage& page, int orientation, const std::string& source);
 
 // Crops the page in place to its top left corner. The new size must not be larger.
 void TrimPage(PageImage& page, std::uint32_t widthPx, std::uint32_t heightPx);

@@ -67,9 +67,15 @@ std::size_t PageInput::Read(void* bytes, std::size_t size) {
   return peeked + read;
 }
 
-std::string PageInput::ReadAll() {
+std::string PageInput::ReadAll(std::size_t most) {
   std::string content;
   char buffer[1 << 14];
-  while (const std::size_t size = Read(buffer, sizeof buffer)) content.append(buffer, size);
+  while (const std::size_t size = Read(buffer, sizeof buffer)) {
+    content.append(buffer, size);
+    if (content.size() > most) {
+      throw HostError(kExitInput, m_name + ": has more than " + std::to_string(most) + " bytes",
+                      "export it smaller");
+    }
+  }
   return content;
 }

@@ -1,6 +1,7 @@
 // The file or stream that pages are read from. It may be a pipe: nothing is read twice.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -36,8 +37,8 @@ class PageInput {
   // Reads size bytes and returns how many there were; fewer only at the end.
   std::size_t Read(void* bytes, std::size_t size);
 
-  // All bytes that are left.
-  std::string ReadAll();
+  // All bytes that are left. Throws HostError (input) if they are more than most.
+  std::string ReadAll(std::size_t most = SIZE_MAX);
 
   // Whether a read has met the end. Never waits.
   bool EndSeen() const { return std::feof(m_file.get()) != 0; }

@@ -16,6 +16,10 @@ class PageSource {
   // and the reason; the page is then undefined and the source must not be used again.
   virtual bool Next(PageImage& page) = 0;
 
+  // Passes over the next page, where possible without drawing it; false after the last one. Throws
+  // as Next does. scratch: may be used, its content is then undefined.
+  virtual bool Skip(PageImage& scratch) { return Next(scratch); }
+
   // The number of pages; nullopt if only reading them would tell.
   virtual std::optional<std::size_t> Count() const { return std::nullopt; }
 };

@@ -65,3 +65,12 @@ void SpreadBits(const std::uint8_t* bits, std::size_t widthPx, std::uint8_t* row
   for (; widthPx >= 8; widthPx -= 8, row += 24) std::memcpy(row, kSpread[*bits++].data(), 24);
   if (widthPx > 0) std::memcpy(row, kSpread[*bits].data(), 3 * widthPx);
 }
+
+void LayOnWhite(const std::uint8_t* pixels, std::size_t widthPx, std::uint8_t* row) {
+  for (; widthPx > 0; --widthPx, pixels += 4, row += 3) {
+    const unsigned opaque = pixels[3];
+    for (int i = 0; i < 3; ++i) {
+      row[i] = static_cast<std::uint8_t>((pixels[i] * opaque + 255 * (255 - opaque)) / 255);
+    }
+  }
+}

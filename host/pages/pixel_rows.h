@@ -8,6 +8,9 @@
 // Copies pixels of red, green and blue. Both have 3 x widthPx bytes and must not overlap.
 void SwapRedAndBlue(const std::uint8_t* pixels, std::size_t widthPx, std::uint8_t* row);
 
+// Lays pixels of blue, green, red and opacity on white. row: 3 x widthPx bytes, must not overlap.
+void LayOnWhite(const std::uint8_t* pixels, std::size_t widthPx, std::uint8_t* row);
+
 // Makes three equal bytes of each grey level. row: 3 x widthPx bytes, must not overlap levels.
 void SpreadGrey(const std::uint8_t* levels, std::size_t widthPx, std::uint8_t* row);
 

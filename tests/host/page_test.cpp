@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
+// jpeglib.h needs what cstdio declares
+#include <jpeglib.h>
+#include <tiffio.h>
+#include <webp/encode.h>
+
 #include "host/error.h"
 #include "host/pages/page_files.h"
 #include "host/pages/page_raster.h"
@@ -50,12 +56,144 @@ TEST(PageFiles, ReadsEveryPnmForm) {
   for (const auto& [file, pages] : rows) EXPECT_EQ(ReadPages(file), pages);
 }
 
+std::string Bytes(std::uint32_t number, int count = 4) {
+  std::string bytes;
+  for (; count > 0; --count, number >>= 8) bytes += static_cast<char>(number);
+  return bytes;
+}
+
+// A BMP file; with palettes its colours are 010101, 020202 and 030303.
+std::string Bmp(int width, int height, int bits, int form, const std::string& pixels,
+                const std::string& masks = "") {
+  const std::string palette = bits > 8 ? "" : "\1\1\1\0\2\2\2\0\3\3\3\0"s;
+  const std::string header = Bytes(40) + Bytes(width) + Bytes(height) + Bytes(1, 2) +
+                             Bytes(bits, 2) + Bytes(form) + Bytes(0) + Bytes(0) + Bytes(0) +
+                             Bytes(bits > 8 ? 0 : 3) + Bytes(0) + masks + palette;
+  return "BM" + Bytes(0) + Bytes(0) + Bytes(static_cast<std::uint32_t>(14 + header.size())) +
+         header + pixels;
+}
+
+std::string Webp(const std::string& bgra, int width) {
+  std::uint8_t* file = nullptr;
+  const std::size_t size = WebPEncodeLosslessBGRA(
+      reinterpret_cast<const std::uint8_t*>(bgra.data()), width, 1, 4 * width, &file);
+  const std::string content(reinterpret_cast<char*>(file), size);
+  WebPFree(file);
+  return content;
+}
+
+// Two pages of two grey pixels, the second one on its left side, with a thumbnail in between.
+std::string Tiff() {
+  const TempHome home;
+  TIFF* tiff = TIFFOpen(home.Path("a").c_str(), "w");
+  for (int page = 0; page < 3; ++page) {
+    std::string row = {'\x10', static_cast<char>(page)};
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 2);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, page == 1 ? FILETYPE_REDUCEDIMAGE : 0);
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, page == 2 ? 6 : 1);
+    TIFFWriteScanline(tiff, row.data(), 0, 0);
+    TIFFWriteDirectory(tiff);
+  }
+  TIFFClose(tiff);
+  std::ifstream file(home.Path("a"), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// An area of one colour, 16 x 8 pixels; exif: of a marker, if any.
+std::string Jpeg(J_COLOR_SPACE space, std::string colour, const std::string& exif = "") {
+  jpeg_error_mgr errors;
+  jpeg_compress_struct jpeg;
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&jpeg);
+  unsigned char* file = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&jpeg, &file, &size);
+  jpeg.image_width = 16;
+  jpeg.image_height = 8;
+  jpeg.input_components = static_cast<int>(colour.size());
+  jpeg.in_color_space = space;
+  jpeg_set_defaults(&jpeg);
+  jpeg_set_quality(&jpeg, 100, TRUE);
+  jpeg_start_compress(&jpeg, TRUE);
+  if (!exif.empty()) {
+    jpeg_write_marker(&jpeg, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(exif.data()),
+                      static_cast<unsigned>(exif.size()));
+  }
+  std::string row;
+  for (int x = 0; x < 16; ++x) row += colour;
+  auto* samples = reinterpret_cast<JSAMPLE*>(row.data());
+  for (int y = 0; y < 8; ++y) jpeg_write_scanlines(&jpeg, &samples, 1);
+  jpeg_finish_compress(&jpeg);
+  jpeg_destroy_compress(&jpeg);
+  const std::string content(reinterpret_cast<char*>(file), size);
+  std::free(file);
+  return content;
+}
+
+TEST(PageFiles, ReadsPicturesOnWhite) {
+  const std::string picture = ",\0\0\0\0\3\0\1\0\0\2\3\x44\x34\5\0;"s;  // colours 0, 1, 2
+  const std::string colours = "GIF89a\3\0\1\0\xF1\0\0\1\2\3\xAA\xBB\xCC\5\5\5\6\6\6"s;
+  const std::pair<std::string, std::string> rows[] = {
+      {colours + picture, "3x1 010203 aabbcc 050505"},
+      {colours + "!\xF9\4\1\0\0\1\0"s + picture, "3x1 010203 ffffff 050505"},
+      {Bmp(1, 2, 24, 0, "abc\0def\0"s), "1x2 666564 636261"},  // from the bottom
+      {Bmp(1, -2, 24, 0, "abc\0def\0"s), "1x2 636261 666564"},
+      {Bmp(3, 1, 4, 0, "\1\x20\0\0"s), "3x1 010101 020202 030303"},
+      {Bmp(3, 2, 8, 1, "\2\1\0\0\0\3\2\1\0\0\0\1"s),
+       "3x2 030303 020202 010101 020202 020202 ffffff"},
+      {Bmp(3, 1, 4, 2, "\3\x12\0\1"s), "3x1 020202 030303 020202"},
+      {Bmp(1, 1, 16, 3, "\x1F\xF8\0\0"s, "\0\xF8\0\0\xE0\7\0\0\x1F\0\0\0"s), "1x1 ff00ff"},
+      {Bmp(1, 1, 32, 6, "\0\0\0\x80"s, "\0\0\xFF\0\0\xFF\0\0\xFF\0\0\0\0\0\0\xFF"s), "1x1 7f7f7f"},
+      {Webp("\1\2\3\xFF\0\0\0\x80"s, 2), "2x1 030201 7f7f7f"},
+      {Tiff(), "2x1 101010 000000, 1x2 101010 020202"},
+  };
+  for (const auto& [file, pages] : rows) EXPECT_EQ(ReadPages(file), pages);
+
+  // Exif data of one entry, its orientation: on the left side.
+  const std::string exif = "Exif\0\0MM\0*\0\0\0\x8\0\1\x1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0"s;
+  const std::pair<std::string, std::string> areas[] = {
+      {Jpeg(JCS_GRAYSCALE, "\x64"), "16x8 646464"},
+      {Jpeg(JCS_GRAYSCALE, "\x64", exif), "8x16 646464"},
+      {Jpeg(JCS_RGB, "\xFF\xFF\xFF"), "16x8 ffffff"},
+      {Jpeg(JCS_CMYK, "\xFF\x80\xFF\x80"), "16x8 804080"},  // 255 is paper
+  };
+  for (const auto& [file, start] : areas) {
+    EXPECT_TRUE(ReadPages(file).starts_with(start)) << ReadPages(file);
+    EXPECT_TRUE(ReadPages(file.substr(0, file.size() / 2)).starts_with("error: "));
+  }
+}
+
 TEST(PageFiles, RefusesWhatIsNoWholePage) {
   const std::pair<std::string, const char*> rows[] = {
       {"", "is empty"},
-      {" \n", "is not in a format"},
-      {"GIF89a", "convert it to one of PNG, PBM, PGM, PPM, PDF"},
-      {"P7 1 1 255\n", "convert it to one of PNG, PBM, PGM, PPM, PDF"},
+      {" \n", "plain text"},
+      {"\x7F"
+       "ELF\1",
+       "convert it to one of PNG, PBM, PGM, PPM, PDF, JPEG"},
+      {"P7 1 1 255\n",
+       "seems to be a PAM picture, which cannot be printed; convert it: pamtopnm /"},
+      {"%!PS-Adobe-3.0 EPSF-3.0", "EPS drawing"},
+      {"\0\0\0\x20"
+       "ftypheic"s,
+       "HEIC"},
+      {"PK\3\4xxxxxxxxxxxxxxxxxxxxxxxxxx[Content_Types].xml", "soffice --headless"},
+      {"PK\3\4", "ZIP"},
+      {"<!DOCTYPE HTML>", "HTML"},
+      {"Dear Sir", "plain text"},
+      {"<?xml version='1.0'?><a/>", "no SVG drawing"},
+      {"<svg", "rsvg-convert cannot read"},
+      {"GIF89a\1\0\1\0\0\0\0;"s, "is not a whole GIF file (it holds no picture)"},
+      {"GIF89a\1\0\1\0\0\0\0,\0\0\0\0\xFF\xFF\xFF\xFF\0\2"s, "it has no colours"},
+      {"\xFF\xD8\xFF\xE0", "is not a whole JPEG file (it ends early)"},
+      {"II*\0\x08\0\0\0"s, "is no TIFF file"},
+      {"RIFF\x20\0\0\0WEBPVP8 "s, "is not a whole WebP file"},
+      {Bmp(1, 1, 8, 1, "\5\1\0\1"s), "a run leaves the picture"},
+      {Bmp(1, 1, 8, 0, "\3\0\0\0"s), "it uses colour 3"},
+      {Bmp(1, 2, 24, 0, "abc\0"s), "it ends early"},
+      {Bmp(40000, 40000, 24, 0, ""), "is too large (40000 x"},
       {"P5 2 2 255\nabc", "breaks off"},
       {"P5 x 2 255\n", "malformed number"},
       {"P5 0 2 255\n", "is empty (0 x 2"},

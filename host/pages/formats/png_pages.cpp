@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <exception>
+#include <utility>
 
 #include "host/error.h"
 #include "host/pages/page_formats.h"
@@ -104,6 +105,7 @@ class PngPage final : public PageSource {
     }
     return true;
   }
+  bool Skip(PageImage&) override { return !std::exchange(m_done, true); }
   std::optional<std::size_t> Count() const override { return 1; }
 
  private:

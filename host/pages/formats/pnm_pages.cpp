@@ -1,6 +1,6 @@
 // The portable anymap formats P1 to P6, as netpbm documents them: any number of pages in a stream.
 
-#include "host/pages/pnm_pages.h"
+#include "host/pages/formats/pnm_pages.h"
 
 #include <array>
 #include <cctype>
