@@ -9,6 +9,7 @@
 #include "host/file.h"
 #include "host/pages/page_files.h"
 #include "host/pages/page_formats.h"
+#include "host/pages/selected_pages.h"
 #include "host/targets/file_target.h"
 #include "tools/interrupted_files.h"
 
@@ -57,6 +58,11 @@ std::string DocumentName(const JobOptions& options) {
   return first == "-" ? "standard input" : std::filesystem::path(first).filename().string();
 }
 
+std::unique_ptr<PageSource> OpenJobPages(const JobOptions& options, int dpi) {
+  if (options.pages.empty()) return std::make_unique<PageFiles>(options.files, dpi);
+  return std::make_unique<SelectedPages>(options.files, dpi, ParsePageRanges(options.pages));
+}
+
 }  // namespace
 
 void AddSetOption(CLI::App& command, std::vector<std::string>& sets) {
@@ -76,6 +82,8 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   command.add_option("--save-devmode", options.saveDevmodeFile, "Save the raw settings record");
   command.add_option("--printer", options.printer,
                      "Printer named in system.toml; the first by default");
+  command.add_option("--pages", options.pages,
+                     "Pages to print, as 3-7,1,12-, in this order; counted over all files");
   command.add_option("--paper", options.paper, "Paper size, as 100x150mm");
   command
       .add_option("--dpi", options.dpi,
@@ -143,8 +151,7 @@ PrintedFiles PrintFiles(const JobOptions& options, const JobRequest& request, Sp
   TerminalObserver observer;
   LabelJob job(request, spool, observer);
   if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, job.DevMode());
-  PageFiles pages(options.files, job.Page().dpi);
-  PrintPages(pages, job);
+  PrintPages(*OpenJobPages(options, job.Page().dpi), job);
   return {job.PagesPrinted(), job.DevMode()};
 }
 

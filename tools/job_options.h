@@ -17,6 +17,7 @@ struct JobOptions {
   std::string saveDevmodeFile;
   std::string printer;
   std::string paper;
+  std::string pages;
   std::string orientation;
   int dpi = 0;     // 0: not given
   int copies = 0;  // 0: not given

@@ -9,6 +9,7 @@
 #include "host/error.h"
 #include "host/pages/page_files.h"
 #include "host/pages/page_raster.h"
+#include "host/pages/selected_pages.h"
 #include "tests/support/png_image.h"
 #include "tests/support/temp_home.h"
 
@@ -164,6 +165,41 @@ TEST(PageFiles, ReadsPicturesOnWhite) {
     EXPECT_TRUE(ReadPages(file).starts_with(start)) << ReadPages(file);
     EXPECT_TRUE(ReadPages(file.substr(0, file.size() / 2)).starts_with("error: "));
   }
+}
+
+TEST(SelectedPages, ComeInTheOrderGiven) {
+  const TempHome home;
+  home.WriteFile("a", "P5 1 1 255\naP5 1 1 255\nbP5 1 1 255\nc");
+  home.WriteFile("b", EncodePng(PNG_FORMAT_GRAY, "d", 1));
+  const auto print = [&](std::vector<std::string> files, const char* ranges) {
+    std::string pages;
+    try {
+      for (std::string& file : files) file = home.Path(file);
+      SelectedPages source(files, 300, ParsePageRanges(ranges));
+      for (PageImage page; source.Next(page);) pages += static_cast<char>(page.pixels[0]);
+      if (source.Count().value_or(pages.size()) != pages.size()) pages += " counted otherwise";
+    } catch (const HostError& error) {
+      pages += " " + std::to_string(error.Code()) + " " + error.what();
+    }
+    return pages;
+  };
+  const std::pair<const char*, const char*> rows[] = {
+      {"2-3,1", "bca"},
+      {"4,4,4-", "ddd"},
+      {"3-", "cd"},
+      {"1 - 2, 2-,1", "abbcda"},
+      {"6", " 4 There is no page 6: all files together have 4 pages"},
+      {"3-5", "cd 4 There is no page 5"},
+      {"0", " 2 --pages is \"0\"; write page numbers from 1"},
+      {"5-2", " 2 --pages is \"5-2\"; write the lower number first: \"2-5\""},
+      {"1,", " 2 "},
+      {"1-2-3", " 2 "},
+      {"99999999999", " 2 "}};
+  for (const auto& [ranges, pages] : rows) {
+    EXPECT_TRUE(print({"a", "b"}, ranges).starts_with(pages)) << print({"a", "b"}, ranges);
+  }
+  EXPECT_EQ(print({"b", "b"}, "2-,1"), "dd");
+  EXPECT_TRUE(print({"b", "b"}, "2-3").starts_with(" 4 There is no page 3")) << "none is read";
 }
 
 TEST(PageFiles, RefusesWhatIsNoWholePage) {

@@ -52,6 +52,12 @@ TEST_F(Pdf, PagesAreDrawnAtTheDeviceResolution) {
     compare(second, 200, 100, 230, 140);
   }
   EXPECT_EQ(wrong, 0);
+  ASSERT_EQ(Run("{}a.pdf {}a.pdf -o {}b.job --pages 4,1 --name a.pdf" + size), 0) << Error();
+  const std::string selected = Job("b.job");
+  EXPECT_EQ(ImageOf(selected).grey, second.grey);
+  EXPECT_EQ(ImageOf(selected.substr(selected.find("\r\nA1\r\n"))).grey, first.grey);
+  EXPECT_EQ(Run("{}a.pdf -o {}d.job --pages 2-3" + size), 4);
+  EXPECT_NE(Error().find("There is no page 3"), std::string::npos);
   // A pipe, in which nothing can be looked up, gives the same.
   const std::string piped =
       "cat " + home.Path("a.pdf") + " | '" VLX_PATH "' print - --name a.pdf -o ";
