@@ -10,12 +10,6 @@
 
 namespace {
 
-template <typename Call>
-bool Succeeds(Call&& call) {
-  const InPlugin inside(true);
-  return call() == S_OK;
-}
-
 // 0xRRGGBB of a pixel of a built-in picture.
 DWORD PixelOf(char picture, LONG x, LONG y) {
   const DWORD checks = (x / 3 + y / 5) % 2 == 0 ? 0x000000 : 0xFFFFFF;
@@ -25,7 +19,7 @@ DWORD PixelOf(char picture, LONG x, LONG y) {
 }
 
 std::string Text(LPCWSTR name) {
-  const std::u16string_view text = name == nullptr ? u"null" : name;
+  const std::basic_string_view<WCHAR> text = name == nullptr ? WTEXT("null") : name;
   return {text.begin(), text.end()};
 }
 
@@ -46,8 +40,7 @@ Driver::Driver() : devmode(std::make_unique<OEMDEV>()) {
   publicDevmode.dmCopies = 1;
   publicDevmode.dmYResolution = 203;
   m_procedures.DrvWriteSpoolBuf = WriteSpool;
-  WCHAR printer[] = WTEXT("Label Printer");
-  OpenPrinterW(printer, &m_printer, nullptr);
+  ChoosePrinter(WTEXT("Label Printer"));
   if (Plugin::GetClassObject(Plugin::kClass, IID_IClassFactory,
                              reinterpret_cast<void**>(&m_factory)) != S_OK) {
     std::abort();
@@ -62,6 +55,18 @@ Driver::~Driver() {
   while (locks > 0) UnlockServer();
   m_factory->Release();
   ClosePrinter(m_printer);
+}
+
+bool Driver::ChoosePrinter(std::basic_string<WCHAR> name) {
+  if (m_printer != nullptr) ClosePrinter(std::exchange(m_printer, nullptr));
+  return OpenPrinterW(name.data(), &m_printer, nullptr) != FALSE;
+}
+
+template <typename Method>
+bool Driver::Succeeds(Method&& method) {
+  const InPlugin inside(true);
+  result = method();
+  return result == S_OK;
 }
 
 HRESULT Driver::QueryInterface(REFIID riid, void** ppv) {
@@ -169,7 +174,7 @@ bool Driver::PassRaster() {
 }
 
 Driver& Driver::Of(SURFOBJ* pso) {
-  return *static_cast<Driver*>(static_cast<DEVOBJ*>(pso->dhpdev)->hEngine);
+  return *static_cast<Driver*>(reinterpret_cast<DEVOBJ*>(pso->dhpdev)->hEngine);
 }
 
 // arguments gives the text of the call's arguments.
@@ -227,7 +232,7 @@ bool Driver::EnableNewDevice() {
   if (paletteColors != 0) {
     m_devInfo.hpalDefault = EngCreatePalette(PAL_INDEXED, paletteColors, colors, 0, 0, 0);
   }
-  m_surface.dhpdev = &m_device;
+  m_surface.dhpdev = reinterpret_cast<DHPDEV>(&m_device);
   return Succeeds([&] {
     return m_plugin->EnablePDEV(&m_device, nullptr, 0, nullptr, sizeof info, &info,
                                 sizeof m_devInfo, &m_devInfo, &own, &m_device.pdevOEM);
@@ -300,12 +305,15 @@ bool Driver::PaintBand(LONG position) {
   const POINT at = landscape ? POINT{position, 0} : POINT{0, position};
   const LONG stride = (3 * width + 3) / 4 * 4;
   std::vector<BYTE> bytes(static_cast<std::size_t>(stride) * height, 0xAA);
+  bool blank = true;
   for (LONG i = 0; i < width * height; ++i) {
     const LONG x = i % width, y = i / width;
     const DWORD rgb = paint ? paint(at.x + x, at.y + y) : PixelOf(m_picture, at.x + x, at.y + y);
+    blank &= rgb == 0xFFFFFF;
     for (int k = 0; k < 3; ++k) bytes[y * stride + 3 * x + k] = static_cast<BYTE>(rgb >> 8 * k);
   }
-  if (!SendBand({width, height, static_cast<DWORD>(bytes.size()), at, bytes.data()})) return false;
+  const auto sizeBytes = static_cast<DWORD>(bytes.size());
+  if (!SendBand({width, height, sizeBytes, at, bytes.data(), blank})) return false;
   POINTL next = {at.x, at.y};
   return CallHook<PFN_DrvNextBand>(INDEX_DrvNextBand, &next);
 }

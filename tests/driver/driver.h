@@ -35,6 +35,9 @@ class Driver final : public DriverHelper {
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 
+  // Opens another printer than "Label Printer" for the devices that come.
+  bool ChoosePrinter(std::basic_string<WCHAR> name);
+
   // The object. ReleaseObject also disables the device before the last reference goes.
   bool CreateObject();
   bool AddReference();
@@ -79,7 +82,7 @@ class Driver final : public DriverHelper {
   ULONG paletteColors = 0;                     // above 0: the driver has a palette of its own
   std::function<DWORD(LONG x, LONG y)> paint;  // 0xRRGGBB of a pixel of every page; or null
   GDIINFO given = {};                          // the driver's own geometry
-  std::u16string documentName = u"job";
+  std::basic_string<WCHAR> documentName = WTEXT("job");
   DWORD jobId = 7;
   std::map<ULONG, BOOL> answers;  // of the driver's own functions, by index; TRUE if not set
   bool notesCalls = false;        // calls of those for documents and pages stand among the writes
@@ -88,6 +91,7 @@ class Driver final : public DriverHelper {
   // What the plug-in did.
   std::vector<std::string> writes;  // unless there is a spooler
   GDIINFO info = {};                // the geometry that it made of the driver's own
+  HRESULT result = S_OK;            // the last method's
   BOOL hookResult = FALSE;          // the last hook's
   PBYTE bandResult = nullptr;       // what the last band handed back
   std::string lastCall;             // of the driver's own functions, with its arguments
@@ -100,6 +104,7 @@ class Driver final : public DriverHelper {
   bool HasDevice() const { return m_device.pdevOEM != nullptr; }
   IPrintOemUni2* Object() const { return m_plugin; }
   DEVOBJ& Device() { return m_device; }
+  const DEVINFO& DeviceInfo() const { return m_devInfo; }
   SURFOBJ& Surface() { return m_surface; }
   const DRVENABLEDATA& Hooks() const { return m_hooks; }
 
@@ -109,6 +114,8 @@ class Driver final : public DriverHelper {
   HRESULT DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size, DWORD* written) override;
 
  private:
+  template <typename Method>
+  bool Succeeds(Method&& method);
   template <typename Function, typename... Arguments>
   bool CallHook(ULONG index, Arguments... arguments);
   bool EnableNewDevice();

@@ -1,259 +1,234 @@
-#include "tests/windows/client.h"
+// client PLUGIN FOLDER CALL...
+// A printer driver that follows a script: it loads the plug-in and makes the calls, "name" or
+// "name:argument", in that order. It writes the job and what the calls returned to the files "job"
+// and "calls" in the folder, which exists. Log and page images are the plug-in's own (VLX_LOG,
+// VLX_SAVE_BITMAPS). Exits 1 if a call cannot be made; what the calls return is no error.
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-#include "platform/spooler.h"
+#include "tests/driver/driver.h"
 #include "tests/windows/files.h"
 
-class Client::Helper final : public IPrintOemDriverUni {
+namespace {
+
+class Client {
  public:
-  explicit Helper(std::ostream& job) : m_job(job) {}
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-    const bool known = iid == IID_IUnknown || iid == IID_IPrintOemDriverUni;
-    *ppv = known ? this : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
+  Client(const std::string& pluginPath, const std::string& folder)
+      : m_job(folder + "/job", std::ios::binary),
+        m_calls(folder + "/calls", std::ios::binary),
+        m_plugin(pluginPath) {
+    if (!m_job || !m_calls) throw std::runtime_error(folder + " cannot be written to");
+    m_driver.spooler = [this](std::string_view bytes) { m_job << bytes; };
+    m_driver.publicDevmode.dmSpecVersion = DM_SPECVERSION;
+    m_driver.publicDevmode.dmSize = sizeof(DEVMODEW);
+    SetPublic("paper=256,width=1000,length=600,resolution=300");
   }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE DrvGetDriverSetting(PVOID, LPCSTR, PVOID, DWORD, PDWORD,
-                                                PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DrvWriteSpoolBuf(PDEVOBJ, PVOID bytes, DWORD size,
-                                             DWORD* written) override {
-    m_job.write(static_cast<const char*>(bytes), size);
-    *written = size;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE DrvXMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DrvYMoveTo(PDEVOBJ, INT, DWORD, INT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DrvGetStandardVariable(PDEVOBJ, DWORD, PVOID, DWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DrvGetGPDData(PDEVOBJ, DWORD, PVOID, PVOID, DWORD, PDWORD) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DrvUniTextOut(SURFOBJ*, STROBJ*, FONTOBJ*, CLIPOBJ*, RECTL*, RECTL*,
-                                          BRUSHOBJ*, BRUSHOBJ*, POINTL*, MIX) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DrvWriteAbortBuf(PDEVOBJ, PVOID, DWORD, DWORD) override {
-    return E_NOTIMPL;
-  }
+
+  // Makes one call and notes what it returned, with the last error if it failed.
+  void Call(const std::string& call);
 
  private:
-  std::ostream& m_job;
+  IPrintOemUni2* Object() const {
+    if (m_driver.Object() == nullptr) throw std::runtime_error("There is no object yet");
+    return m_driver.Object();
+  }
+  HRESULT Done(bool done) const { return done ? S_OK : E_FAIL; }
+  HRESULT Result(bool) const { return m_driver.result; }  // of the verb that was called
+
+  // field=number,... of the public devmode
+  void SetPublic(const std::string& fields) {
+    static constexpr std::pair<const char*, SHORT DEVMODEW::*> kFields[] = {
+        {"orientation", &DEVMODEW::dmOrientation}, {"paper", &DEVMODEW::dmPaperSize},
+        {"length", &DEVMODEW::dmPaperLength},      {"width", &DEVMODEW::dmPaperWidth},
+        {"copies", &DEVMODEW::dmCopies},           {"resolution", &DEVMODEW::dmYResolution},
+        {"collate", &DEVMODEW::dmCollate}};
+    std::istringstream list(fields);
+    for (std::string name, value; std::getline(list, name, '=') && std::getline(list, value, ',');) {
+      const auto* field = std::find_if(std::begin(kFields), std::end(kFields),
+                                       [&](const auto& known) { return known.first == name; });
+      if (field == std::end(kFields)) throw std::runtime_error("There is no field " + name);
+      m_driver.publicDevmode.*field->second = static_cast<SHORT>(std::stoi(value));
+    }
+    // The paper in tenths of a millimetre, as the driver knows it before the plug-in fits it.
+    const DEVMODEW& devmode = m_driver.publicDevmode;
+    m_driver.dpi = devmode.dmYResolution;
+    LONG width = devmode.dmPaperWidth, length = devmode.dmPaperLength;
+    if (devmode.dmOrientation == DMORIENT_LANDSCAPE) std::swap(width, length);
+    m_driver.given.szlPhysSize = {width * m_driver.dpi / 254, length * m_driver.dpi / 254};
+    m_driver.given.ulHorzSize = static_cast<ULONG>(-100 * width);
+    m_driver.given.ulVertSize = static_cast<ULONG>(-100 * length);
+    m_driver.given.ulHorzRes = static_cast<ULONG>(m_driver.given.szlPhysSize.cx);
+    m_driver.given.ulVertRes = static_cast<ULONG>(m_driver.given.szlPhysSize.cy);
+  }
+
+  HRESULT ReadRecord(const std::string& path) {
+    const std::vector<BYTE> bytes = ReadBytes(path);
+    if (bytes.size() != sizeof(OEMDEV)) throw std::runtime_error(path + " is no record");
+    std::memcpy(m_driver.devmode.get(), bytes.data(), sizeof(OEMDEV));
+    return S_OK;
+  }
+
+  // Notes the bytes of the record that are not 0.
+  void NoteRecord() {
+    const auto* bytes = reinterpret_cast<const BYTE*>(m_driver.devmode.get());
+    std::ostringstream text;
+    for (std::size_t i = 0; i < sizeof(OEMDEV); ++i) {
+      if (bytes[i] != 0) text << ' ' << std::hex << i << '=' << int{bytes[i]};
+    }
+    m_note += text.str();
+  }
+
+  HRESULT ConvertRecord(DWORD mode) {
+    std::vector<BYTE> in(sizeof(OEMDEV));
+    std::memcpy(in.data(), m_driver.devmode.get(), in.size());
+    DEVMODEW publicDevmode = m_driver.publicDevmode;
+    publicDevmode.dmDriverExtra = sizeof(OEMDEV);
+    OEMDMPARAM block = {};
+    block.cbSize = sizeof block;
+    block.pPublicDMIn = block.pPublicDMOut = &publicDevmode;
+    block.pOEMDMIn = in.data();
+    block.pOEMDMOut = m_driver.devmode.get();
+    block.cbBufSize = sizeof(OEMDEV);
+    const HRESULT hr = Object()->DevMode(mode, &block);
+    m_note += " size " + std::to_string(block.cbBufSize);
+    NoteRecord();
+    return hr;
+  }
+
+  HRESULT EnableDevice() {
+    m_driver.EnableDevice();
+    const GDIINFO& info = m_driver.info;
+    for (const ULONG value : {info.ulHorzSize, info.ulVertSize, info.ulHorzRes, info.ulVertRes}) {
+      m_note += " " + std::to_string(static_cast<LONG>(value));
+    }
+    for (const LONG value : {info.szlPhysSize.cx, info.szlPhysSize.cy, info.ptlPhysOffset.x,
+                             info.ptlPhysOffset.y}) {
+      m_note += " " + std::to_string(value);
+    }
+    if (m_driver.DeviceInfo().hpalDefault != nullptr) m_note += " palette";
+    return m_driver.result;
+  }
+
+  HRESULT PrintPage(const std::string& path) {
+    const Picture page = ReadPicture(path);
+    m_driver.widthPx = page.widthPx;
+    m_driver.heightPx = page.heightPx;
+    m_driver.paint = [&page](LONG x, LONG y) {
+      const BYTE* pixel = page.pixels.data() + 3 * (static_cast<std::size_t>(y) * page.widthPx + x);
+      return static_cast<DWORD>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]);
+    };
+    return Done(m_driver.PrintPage('a'));
+  }
+
+  // The methods that a plug-in may leave to the driver.
+  HRESULT CallDeclined() {
+    DWORD number = 0;
+    INT result = 1;
+    for (const HRESULT hr : {Object()->CommandCallback(nullptr, 1, 0, nullptr, &result),
+                             Object()->MemoryUsage(nullptr, nullptr),
+                             Object()->TTYGetInfo(nullptr, 1, nullptr, 0, &number),
+                             Object()->DownloadCharGlyph(nullptr, nullptr, 0, &number, &number)}) {
+      m_note += " " + std::to_string(hr);
+    }
+    return Object()->WritePrinter(nullptr, nullptr, 0, &number);
+  }
+
+  HRESULT GetInfo(DWORD mode) {
+    DWORD value = 0, needed = 0;
+    const HRESULT hr = Object()->GetInfo(mode, &value, sizeof value, &needed);
+    m_note += " " + std::to_string(value) + " in " + std::to_string(needed) + " bytes";
+    return hr;
+  }
+
+  static HRESULT Query(IUnknown* object, const std::string& iid) {
+    ComPtr<IUnknown> other;
+    return object->QueryInterface(ReadGuid(iid), reinterpret_cast<void**>(other.Put()));
+  }
+
+  // An object of that class, of which that interface is asked.
+  static HRESULT GetClass(const std::string& clsid) {
+    ComPtr<IClassFactory> factory;
+    return Plugin::GetClassObject(ReadGuid(clsid), IID_IClassFactory,
+                                  reinterpret_cast<void**>(factory.Put()));
+  }
+
+  struct CallKind {
+    const char* name;
+    HRESULT (*make)(Client& client, const std::string& argument);
+  };
+  static const CallKind kCalls[];
+
+  std::ofstream m_job;
+  std::ofstream m_calls;
+  std::string m_note;  // further results of the call at hand
+  Plugin m_plugin;
+  Driver m_driver;
 };
 
-Client::Client(const std::string& pluginPath, const std::string& folder)
-    : m_job(folder + "/job", std::ios::binary),
-      m_calls(folder + "/calls", std::ios::binary),
-      m_helper(std::make_unique<Helper>(m_job)),
-      m_module(pluginPath) {
-  if (!m_job || !m_calls) throw std::runtime_error(folder + " cannot be written to");
-  m_publicDevmode.dmSpecVersion = DM_SPECVERSION;
-  m_publicDevmode.dmSize = sizeof m_publicDevmode;
-  Public("orientation=1,paper=256,width=1000,length=600,copies=1,resolution=300");
-  Note("load", m_module.DllCanUnloadNow());
-}
-
-Client::~Client() {
-  m_device.reset();
-  m_object.Reset();
-  m_factory.Reset();
-  Note("unload", m_module.DllCanUnloadNow());
-  if (m_printer != nullptr) ClosePrinter(m_printer);
-}
-
-const std::map<std::string, Client::Action> Client::kActions = {
-    {"band", &Client::Band},           // rows of a portrait band, columns of a landscape one
-    {"class", &Client::Class},         // DllGetClassObject of that class
-    {"close", &Client::Close},         // DisablePDEV
-    {"declined", &Client::Declined},   // methods that a plug-in may leave to the driver
-    {"devmode", &Client::DevMode},     // DevMode in that mode, from and to the private record
-    {"disable", &Client::Disable},     // DisableDriver
-    {"enable", &Client::Enable},       // EnableDriver
-    {"end", &Client::EndDocument},     // the hook DrvEndDoc with these flags, 1 aborts
-    {"filter", &Client::Filter},       // FilterGraphics with that text
-    {"info", &Client::Info},           // GetInfo in that mode
-    {"method", &Client::Method},       // GetImplementedMethod of that name
-    {"object", &Client::NewObject},    // CreateInstance with that interface
-    {"open", &Client::Open},           // EnablePDEV
-    {"page", &Client::Page},           // a page of that PPM file, DrvStartPage to DrvSendPage
-    {"printer", &Client::Printer},     // opens the printer that the device prints to
-    {"public", &Client::Public},       // field=number,... of the public devmode
-    {"publish", &Client::Publish},     // PublishDriverInterface
-    {"query", &Client::Query},         // QueryInterface of the object
-    {"record", &Client::Record},       // the private record from that file
-    {"reset", &Client::Reset},         // ResetPDEV to a new device, which takes over
-    {"start", &Client::StartDocument}  // the hook DrvStartDoc with that document name
-};
+using Text = const std::string&;
+const Client::CallKind Client::kCalls[] = {
+    // Rows of a portrait band, columns of a landscape one.
+    {"band", [](Client& c, Text n) { return c.m_driver.bandPx = std::max(std::stoi(n), 1), S_OK; }},
+    {"class", [](Client&, Text clsid) { return GetClass(clsid); }},
+    {"close", [](Client& c, Text) { return c.NoteRecord(), c.Result(c.m_driver.DisableDevice()); }},
+    {"declined", [](Client& c, Text) { return c.CallDeclined(); }},
+    {"devmode", [](Client& c, Text mode) { return c.ConvertRecord(std::stoul(mode)); }},
+    {"disable", [](Client& c, Text) { return c.Result(c.m_driver.DisableDriver()); }},
+    {"enable", [](Client& c, Text) { return c.Result(c.m_driver.EnableDriver()); }},
+    // The hook DrvEndDoc with these flags, 1 aborts.
+    {"end", [](Client& c, Text f) { return c.Done(c.m_driver.EndDocument(std::atoi(f.c_str()))); }},
+    {"filter", [](Client& c, Text) { return c.Result(c.m_driver.PassRaster()); }},
+    {"info", [](Client& c, Text mode) { return c.GetInfo(std::stoul(mode)); }},
+    {"method", [](Client& c, Text name) {
+       return c.Object()->GetImplementedMethod(std::string(name).data());
+     }},
+    {"object", [](Client& c, Text) { return c.Result(c.m_driver.CreateObject()); }},
+    {"open", [](Client& c, Text) { return c.EnableDevice(); }},
+    {"page", [](Client& c, Text file) { return c.PrintPage(file); }},
+    {"printer", [](Client& c, Text name) { return c.Done(c.m_driver.ChoosePrinter(Wide(name))); }},
+    {"public", [](Client& c, Text fields) { return c.SetPublic(fields), S_OK; }},
+    {"publish", [](Client& c, Text) { return c.Result(c.m_driver.PublishHelper()); }},
+    {"query", [](Client& c, Text iid) { return Query(c.Object(), iid); }},
+    {"record", [](Client& c, Text file) { return c.ReadRecord(file); }},
+    {"release", [](Client& c, Text) { return c.Done(c.m_driver.ReleaseObject()); }},
+    {"reset", [](Client& c, Text) { return c.Result(c.m_driver.ResetDevice()); }},
+    {"start", [](Client& c, Text name) {
+       c.m_driver.documentName = Wide(name);
+       return c.Done(c.m_driver.StartDocument());
+     }},
+    {"unload", [](Client&, Text) { return Plugin::CanUnloadNow(); }}};
 
 void Client::Call(const std::string& call) {
   const std::size_t colon = std::min(call.find(':'), call.size());
-  const auto found = kActions.find(call.substr(0, colon));
-  if (found == kActions.end()) throw std::runtime_error("There is no call " + call);
-  (this->*found->second)(call.substr(std::min(colon + 1, call.size())));
-}
-
-void Client::Note(const char* call, HRESULT hr) {
-  const DWORD error = GetLastError();
-  m_calls << call << ' ' << std::hex << static_cast<ULONG>(hr) << std::dec;
-  if (FAILED(hr)) m_calls << " last error " << error;
-  m_calls << '\n';
-  SetLastError(ERROR_SUCCESS);
-}
-
-void Client::NoteRecord(const std::vector<BYTE>& record) {
-  for (std::size_t i = 0; i < record.size(); ++i) {
-    if (record[i] != 0) m_calls << std::hex << i << '=' << int{record[i]} << std::dec << ' ';
+  const std::string argument = call.substr(std::min(colon + 1, call.size()));
+  for (const auto& [name, make] : kCalls) {
+    if (call.compare(0, colon, name) != 0) continue;
+    SetLastError(ERROR_SUCCESS);
+    const HRESULT hr = make(*this, argument);
+    const DWORD error = GetLastError();
+    m_calls << name << ' ' << std::hex << static_cast<ULONG>(hr) << std::dec;
+    if (FAILED(hr)) m_calls << " last error " << error;
+    m_calls << m_note << '\n';
+    m_note.clear();
+    return;
   }
-  m_calls << '\n';
+  throw std::runtime_error("There is no call " + call);
 }
 
-IPrintOemUni2* Client::Object() const {
-  if (!m_object) throw std::runtime_error("There is no object yet");
-  return m_object.Get();
-}
+}  // namespace
 
-Device& Client::TheDevice() const {
-  if (m_device == nullptr) throw std::runtime_error("There is no device yet");
-  return *m_device;
-}
-
-void Client::Class(const std::string& clsid) {
-  void** out = reinterpret_cast<void**>(m_factory.Put());
-  Note("class", m_module.DllGetClassObject(ReadGuid(clsid), IID_IClassFactory, out));
-}
-
-void Client::NewObject(const std::string& iid) {
-  if (!m_factory) throw std::runtime_error("There is no class factory yet");
-  void** out = reinterpret_cast<void**>(m_object.Put());
-  Note("object", m_factory->CreateInstance(nullptr, ReadGuid(iid), out));
-}
-
-void Client::Query(const std::string& iid) {
-  ComPtr<IUnknown> other;
-  Note("query", Object()->QueryInterface(ReadGuid(iid), reinterpret_cast<void**>(other.Put())));
-}
-
-void Client::Info(const std::string& mode) {
-  DWORD value = 0;
-  DWORD needed = 0;
-  Note("info", Object()->GetInfo(std::stoul(mode), &value, sizeof value, &needed));
-  m_calls << value << " in " << needed << " bytes\n";
-}
-
-void Client::Method(const std::string& name) {
-  Note("method", Object()->GetImplementedMethod(std::string(name).data()));
-}
-
-void Client::Declined(const std::string&) {
-  DWORD number = 0;
-  INT result = 1;
-  Note("callback", Object()->CommandCallback(nullptr, 1, 0, nullptr, &result));
-  Note("memory", Object()->MemoryUsage(nullptr, nullptr));
-  Note("tty", Object()->TTYGetInfo(nullptr, 1, nullptr, 0, &number));
-  Note("glyph", Object()->DownloadCharGlyph(nullptr, nullptr, 0, &number, &number));
-  Note("write", Object()->WritePrinter(nullptr, nullptr, 0, &number));
-}
-
-void Client::Publish(const std::string&) {
-  Note("publish", Object()->PublishDriverInterface(m_helper.get()));
-}
-
-void Client::Printer(const std::string& name) {
-  NoteDone("printer", OpenPrinterW(Wide(name).data(), &m_printer, nullptr));
-}
-
-void Client::Public(const std::string& fields) {
-  static const std::map<std::string, SHORT DEVMODEW::*> kFields = {
-      {"orientation", &DEVMODEW::dmOrientation}, {"paper", &DEVMODEW::dmPaperSize},
-      {"length", &DEVMODEW::dmPaperLength},      {"width", &DEVMODEW::dmPaperWidth},
-      {"copies", &DEVMODEW::dmCopies},           {"resolution", &DEVMODEW::dmYResolution},
-      {"collate", &DEVMODEW::dmCollate}};
-  std::istringstream list(fields);
-  for (std::string field; std::getline(list, field, ',');) {
-    const std::size_t equals = std::min(field.find('='), field.size() - 1);
-    const auto found = kFields.find(field.substr(0, equals));
-    if (found == kFields.end()) throw std::runtime_error("There is no public field " + field);
-    m_publicDevmode.*found->second = static_cast<SHORT>(std::stoi(field.substr(equals + 1)));
-  }
-  if (m_device) m_device->publicDevmode = m_publicDevmode;
-}
-
-void Client::Record(const std::string& file) {
-  m_record = ReadBytes(file);
-  // A device's record keeps its place.
-  if (m_device && m_device->record.size() == m_record.size()) {
-    std::copy(m_record.begin(), m_record.end(), m_device->record.begin());
-  }
-}
-
-void Client::DevMode(const std::string& mode) {
-  std::vector<BYTE> in = m_record;
-  m_publicDevmode.dmDriverExtra = static_cast<WORD>(in.size());
-  OEMDMPARAM block = {};
-  block.cbSize = sizeof block;
-  block.hPrinter = m_printer;
-  Note("size", Object()->DevMode(OEMDM_SIZE, &block));
-  m_record.resize(block.cbBufSize);
-  block.pPublicDMIn = block.pPublicDMOut = &m_publicDevmode;
-  block.pOEMDMIn = in.empty() ? nullptr : in.data();
-  block.pOEMDMOut = m_record.data();
-  Note("devmode", Object()->DevMode(std::stoul(mode), &block));
-  NoteRecord(m_record);
-}
-
-void Client::Enable(const std::string&) {
-  Note("enable", Object()->EnableDriver(0x10000, sizeof m_hooks, &m_hooks));
-}
-
-void Client::Disable(const std::string&) { Note("disable", Object()->DisableDriver()); }
-
-std::unique_ptr<Device> Client::EnabledDevice() {
-  auto device = std::make_unique<Device>(Object(), m_printer, m_publicDevmode, m_record, m_job);
-  Note("open", device->Enable());
-  m_calls << device->Geometry() << '\n';
-  return device;
-}
-
-void Client::Open(const std::string&) {
-  m_device.reset();
-  m_device = EnabledDevice();
-}
-
-void Client::Reset(const std::string&) {
-  std::unique_ptr<Device> device = EnabledDevice();
-  Note("reset", Object()->ResetPDEV(&TheDevice().object, &device->object));
-  m_device = std::move(device);
-}
-
-void Client::Close(const std::string&) {
-  NoteRecord(TheDevice().record);
-  Note("close", TheDevice().Disable());
-  m_device.reset();
-}
-
-void Client::StartDocument(const std::string& name) {
-  NoteDone("start", TheDevice().StartDocument(m_hooks, name));
-}
-
-void Client::Band(const std::string& pixels) { m_bandPx = std::max(std::stoi(pixels), 1); }
-
-void Client::Page(const std::string& file) {
-  m_calls << "page " << TheDevice().PrintPage(m_hooks, ReadPicture(file), m_bandPx) << '\n';
-}
-
-void Client::EndDocument(const std::string& flags) {
-  NoteDone("end", TheDevice().EndDocument(m_hooks, flags.empty() ? 0 : std::stoul(flags)));
-}
-
-void Client::Filter(const std::string& text) {
-  std::vector<BYTE> bytes(text.begin(), text.end());
-  Note("filter", Object()->FilterGraphics(&TheDevice().object, bytes.data(),
-                                          static_cast<DWORD>(bytes.size())));
+int main(int argc, char** argv) try {
+  if (argc < 3) throw std::runtime_error("Usage: client PLUGIN FOLDER CALL...");
+  Client client(argv[1], argv[2]);
+  for (int i = 3; i < argc; ++i) client.Call(argv[i]);
+  return 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return 1;
 }

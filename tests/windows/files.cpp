@@ -3,7 +3,6 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <utility>
 
 #include "platform/com.h"
 
@@ -25,12 +24,9 @@ Picture ReadPicture(const std::string& path) {
   file >> magic >> picture.widthPx >> picture.heightPx >> most;
   file.get();
   if (magic != "P6" || most != 255) throw std::runtime_error(path + " is no 8-bit PPM file");
-  picture.rows.resize(picture.StrideBytes() * picture.heightPx);
-  for (LONG y = 0; y < picture.heightPx; ++y) {
-    BYTE* row = picture.rows.data() + y * picture.StrideBytes();
-    file.read(reinterpret_cast<char*>(row), std::streamsize{3} * picture.widthPx);
-    for (LONG x = 0; x < picture.widthPx; ++x) std::swap(row[3 * x], row[3 * x + 2]);
-  }
+  picture.pixels.resize(std::size_t{3} * picture.widthPx * picture.heightPx);
+  file.read(reinterpret_cast<char*>(picture.pixels.data()),
+            static_cast<std::streamsize>(picture.pixels.size()));
   if (!file) throw std::runtime_error(path + " is cut off");
   return picture;
 }

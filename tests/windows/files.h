@@ -6,12 +6,11 @@
 
 #include "platform/types.h"
 
-// Rows of 24-bit pixels (blue, green, red), padded to 4 bytes.
+// Rows of pixels (red, green, blue) without padding.
 struct Picture {
   LONG widthPx = 0;
   LONG heightPx = 0;
-  std::vector<BYTE> rows;
-  std::size_t StrideBytes() const { return (std::size_t{3} * widthPx + 3) / 4 * 4; }
+  std::vector<BYTE> pixels;
 };
 
 // All throw std::runtime_error if the text or file is not what it should be.

@@ -21,7 +21,7 @@ from PIL import Image
 import scenarios
 
 PNG = re.compile(rb"\x89PNG\r\n\x1a\n.*?IEND....", re.DOTALL)
-POINTER = re.compile(r"(OemPDEV|Old|New)=(0x)?[0-9A-Fa-f]+|\(nil\)")
+POINTER = re.compile(r"(OemPDEV|Old|New|pBitmapBuffer)=(0x)?[0-9A-Fa-f]+|\(nil\)")
 
 
 def pixels(png):

@@ -83,15 +83,14 @@ def document(name, pages, record=None, public="", between=None, end="end", print
     scenario = Scenario(name)
     scenario.files["record"] = bytes((record or Record()).bytes)
     scenario.files["block.txt"] = BLOCK_FILE
-    calls = [f"printer:{printer}", f"class:{PLUGIN}", f"object:{PLUGIN_INTERFACE}", "publish",
-             "record:record", f"band:{band}"]
+    calls = ["unload", f"printer:{printer}", "object", "publish", "record:record", f"band:{band}"]
     calls += [f"public:{public}"] if public else []
     calls += [*before, "enable", "open", f"start:{title}"]
     for number, content in enumerate(pages, 1):
         calls += (between or {}).get(number, [])
         scenario.files[f"page{number}.ppm"] = content
         calls.append(f"page:page{number}.ppm")
-    scenario.calls = calls + [end, "close", "disable"]
+    scenario.calls = calls + [end, "close", "disable", "release", "unload"]
     return scenario
 
 
@@ -194,8 +193,8 @@ def documents():
         yield document(f"large-{colours}", large, Record(dwColorMode=colours, bCropToContent=1),
                        "width=542,length=406,orientation=2", band=100)
     yield Scenario("strangers", [
-        f"class:{OLD_INTERFACE}", f"class:{PLUGIN}", f"object:{OLD_INTERFACE}",
-        f"object:{PLUGIN_INTERFACE}", f"query:{OLD_INTERFACE}",
+        f"class:{OLD_INTERFACE}", f"class:{PLUGIN}", "object", f"query:{PLUGIN_INTERFACE}",
+        f"query:{OLD_INTERFACE}",
         "query:{4E4A7747-BC76-4AED-ACC8-C76AF22AAD43}", "query:{00000000-0000-0000-C000-000000000046}",
         "info:1", "info:2", "info:3", "info:5", "info:99", "method:ImageProcessing",
         "method:imageprocessing", "method:Compression", "declined", "devmode:7", "devmode:4"])
