@@ -27,7 +27,7 @@ SOURCES = sorted(path for pattern in ("Renderer/*.cpp", "imaging/*.cpp", "comman
                  for path in glob.glob(os.path.join(ROOT, pattern)))
 # For each folder: what is linked with a mutant, and the test program that runs on it.
 CHECKS = {"Renderer": [("vlx_renderer", "plugin_test"), ("renderer_test", "renderer_test")],
-          "imaging": [("vlx_renderer", "plugin_test")],
+          "imaging": [("renderer_test", "renderer_test"), ("vlx_renderer", "plugin_test")],
           "commands": [("commands_test", "commands_test"), ("vlx_renderer", "plugin_test")],
           "config": [("config_test", "config_test"), ("vlx_renderer", "plugin_test")],
           "vlx_shared": [("vlx_shared", "shared_test"), ("vlx_shared", "plugin_test")]}

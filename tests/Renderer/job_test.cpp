@@ -29,13 +29,24 @@ TEST_F(Job, PagesGoOutOneHookLate) {
 TEST_F(Job, DocumentStartedTwiceCountsItsPagesAnew) {
   EXPECT_TRUE(driver.StartDocument());
   EXPECT_TRUE(driver.PrintPage('a'));
-  EXPECT_TRUE(driver.StartDocument());
   Take();
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_EQ(Take(), Events{"DrvStartDoc"});  // the header is out
   EXPECT_TRUE(driver.StartPage());
   const Events events = Take();
   EXPECT_EQ(events.front(), "dPNG;0\r\n\x1B:");  // the page is not the job's first
   EXPECT_EQ(events.back(), "DrvStartPage");
   EXPECT_EQ(std::count(events.begin(), events.end(), "\r\nA1\r\n"), 0);
+}
+
+TEST_F(Job, HooksWithoutADeviceFail) {
+  driver.Surface().dhpdev = nullptr;
+  EXPECT_FALSE(driver.StartDocument());
+  EXPECT_FALSE(driver.StartPage());
+  EXPECT_FALSE(driver.SendPage());
+  EXPECT_FALSE(driver.EndDocument());
+  EXPECT_EQ(Take(), Events{});
+  driver.Surface().dhpdev = &driver.Device();
 }
 
 TEST_F(Job, AbortWritesNothingMore) {

@@ -155,8 +155,50 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(NewLog(), (Events{begin, end + "(S_OK)", begin, end + "(S_OK)", begin,
                               end + "(S_FALSE, DrvWriteSpoolBuf failed)"}));
   EXPECT_EQ(driver.writes, (Events{"abc", "", "abc"}));
-  driver.ReleaseObject();
+  driver.DisableDriver();
   EXPECT_EQ(driver.helperReferences, 0);
+}
+
+TEST_F(PluginObject, NamesTheMethodWhoseArgumentIsMissing) {
+  const std::string end = "END (E_FAIL, invalid argument)";
+  const auto refused = [&](HRESULT hr, const std::string& method, int argument) {
+    EXPECT_EQ(hr, E_FAIL) << method << argument;
+    EXPECT_EQ(GetLastError(), 87u) << method << argument;
+    EXPECT_EQ(LastLogLine(), "error\tRendering\t" + method + end) << argument;
+    SetLastError(0);
+  };
+  refused(object->EnableDriver(0x10000, sizeof(DRVENABLEDATA), nullptr),
+          "Renderer.COemUni2.EnableDriver ", 0);
+  DEVOBJ none = {}, device = {};
+  device.pPublicDM = &driver.publicDevmode;
+  GDIINFO info = {};
+  DEVINFO devinfo = {};
+  DRVENABLEDATA own = {0x10000, 1, nullptr}, nothing = {0x10000, 0, nullptr};
+  PDEVOEM state = nullptr;
+  for (int i = 0; i < 7; ++i) {  // each argument once
+    refused(object->EnablePDEV(i == 0 ? nullptr : i == 1 ? &none : &device, nullptr, 0, nullptr, 0,
+                               i == 2 ? nullptr : &info, 0, i == 3 ? nullptr : &devinfo,
+                               i == 4   ? nullptr
+                               : i == 5 ? &own
+                                        : &nothing,
+                               i == 6 ? nullptr : &state),
+            "Renderer.COemUni2.EnablePDEV ", i);
+    EXPECT_EQ(state, nullptr);
+  }
+  ASSERT_TRUE(driver.Open());
+  DEVOBJ settled = driver.Device(), unsettled = settled;
+  unsettled.pPublicDM = nullptr;
+  BITMAPINFOHEADER header = {40, 1, 1, 1, 24, 0, 4, 0, 0, 0, 0};
+  BYTE pixels[4] = {};
+  IPPARAMS parameters = {sizeof parameters, {}, nullptr, FALSE};
+  for (int i = 0; i < 6; ++i) {
+    PBYTE out = pixels;
+    refused(object->ImageProcessing(i == 0 ? &none : i == 1 ? &unsettled : &settled,
+                                    i == 2 ? nullptr : pixels, i == 3 ? nullptr : &header, nullptr,
+                                    5, i == 4 ? nullptr : &parameters, i == 5 ? nullptr : &out),
+            "ImageProcessing ", i);
+    EXPECT_EQ(out, i == 5 ? pixels : nullptr);
+  }
 }
 
 TEST_F(PluginObject, DeclinesWithTwoLines) {

@@ -241,6 +241,37 @@ TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
   EXPECT_TRUE(placed().ends_with("\r\nI:Image0;0.00,1016.00,0;0")) << placed();
 }
 
+TEST_F(Pages, CropByColumnsKeepsEveryBit) {
+  for (const auto& [first, last] : {std::pair(3, 60), {5, 13}, {8, 23}, {9, 61}, {1, 8}}) {
+    static LONG from, to;
+    from = first;
+    to = last;
+    Set("bCropToContent=1 dwRotation=1");
+    Print(62, 7, [](LONG x, LONG y) {
+      return x >= from && x <= to ? Speckles(x - from, y) & Speckles(to - x, y) : 0xFFFFFF;
+    });
+    const PngImage cropped = Image();
+    ASSERT_EQ(cropped.width, static_cast<unsigned>(last - first + 1)) << first;
+    for (LONG y = 0; y < 7; ++y) {
+      for (LONG x = 0; x <= last - first; ++x) {
+        EXPECT_EQ(cropped.At(x, y), driver.paint(first + x, y) & 0xFF) << first << ": " << x;
+      }
+    }
+  }
+}
+
+TEST_F(Pages, HighlightIsTheColourOfTheRecord) {
+  for (const auto& [color, ink] : {std::pair("255", 0xFF0000u), {"65280", 0x00FF00u},
+                                   {"16711680", 0x0000FFu}}) {
+    static DWORD painted;
+    painted = ink;
+    Set("dwColorMode=2 crHighlightColor=" + std::string(color));
+    Print(16, 8, [](LONG x, LONG) { return x < 8 ? painted : 0xFFFFFF; });
+    EXPECT_EQ(Image("0").At(3, 3), 0) << color;
+    EXPECT_EQ(Image("1").width, 0u) << color;  // nothing is left for black
+  }
+}
+
 // Two images can differ and yet be alike where they have content.
 TEST_F(Pages, CroppedImagesAreComparedUncropped) {
   Set("dwColorMode=2 bCropToContent=1");
