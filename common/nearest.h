@@ -22,11 +22,13 @@ inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
-// The closest name, the first of several; empty if there are no names.
+// The closest name, the first of several; empty if none is close: a letter in three may be wrong.
 inline std::string Nearest(std::string_view text, const std::vector<std::string>& names) {
   const auto nearest = std::min_element(
       names.begin(), names.end(), [text](const std::string& one, const std::string& other) {
         return EditDistance(text, one) < EditDistance(text, other);
       });
-  return nearest == names.end() ? std::string() : *nearest;
+  const bool close =
+      nearest != names.end() && EditDistance(text, *nearest) <= (text.size() + 1) / 3;
+  return close ? *nearest : std::string();
 }

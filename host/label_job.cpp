@@ -2,6 +2,7 @@
 
 #include "host/driver/module.h"
 #include "host/driver/printer.h"
+#include "host/settings/printer_profiles.h"
 
 LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer)
     : m_spool(spool),
@@ -13,7 +14,8 @@ LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observe
       m_driver(FindPlugin(), spool),
       m_devmode(m_driver.MakeDevMode(request.settings, request.record)) {
   if (const std::string warning = SystemFileWarning(); !warning.empty()) observer.Warning(warning);
-  m_driver.Open(request.printer, request.settings.Page(), m_devmode);
+  m_driver.Open(request.printer, request.settings.Page(), m_devmode,
+                ProfileOf(request.printer).dotGainPercent);
   m_device = m_driver.Page();
   CheckPrintable(m_device);
 }

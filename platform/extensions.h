@@ -49,6 +49,7 @@ PLATFORM_API Gdiplus::Status PlatformLendPixels(Gdiplus::Bitmap* bitmap, const B
 
 // ---- State folder: $VLX_HOME, default $XDG_CONFIG_HOME/vlx, then ~/.config/vlx
 //
+// Without $VLX_HOME, a file that the person's folder does not hold is read from /etc/vlx.
 // system.toml in it describes what the operating system knows of printers. Without that file there
 // is one printer, "Label Printer" with the driver "VLX Label". An entry that cannot be understood
 // is reported once in the log and counts as missing. A changed file is read again. These functions
@@ -72,6 +73,9 @@ struct PlatformPrinter {
 // The path of the folder in UTF-8, without a trailing slash.
 PLATFORM_CXX_API std::string PlatformHomeFolder();
 
+// The path of a file in it, in /etc/vlx if only that holds the file.
+PLATFORM_CXX_API std::string PlatformStatePath(const std::string& name);
+
 // What is wrong with system.toml as it stands, "PATH: line 2: why"; empty if nothing is.
 PLATFORM_CXX_API std::string PlatformSystemFileComplaint();
 
@@ -81,6 +85,10 @@ PLATFORM_CXX_API std::optional<PlatformPrinter> PlatformPrinterFromHandle(HANDLE
 
 // Dot gain: by how many percent of the paper a half tint prints darker than half, 0 to 25.
 PLATFORM_CXX_API INT PlatformDotGainPercent();
+
+// What PlatformDotGainPercent returns on this thread, for a printer with a dot gain of its own; a
+// negative number restores the one of all printers.
+PLATFORM_CXX_API void PlatformSetPrinterDotGain(INT percent);
 
 // ---- Event log: the file that VLX_LOG names
 //

@@ -14,6 +14,7 @@ constexpr POINTL kNoMoreBands = {-1, -1};
 }  // namespace
 
 void LabelDriver::PrintPage(const PageImage& surface, LONG bandPx) {
+  const DotGainScope dotGain(*this);
   m_surface = &surface;
   m_bands.clear();
   const bool landscape = m_publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;

@@ -11,6 +11,7 @@
 #include "host/driver/driver_helper.h"
 #include "host/error.h"
 #include "host/unicode.h"
+#include "platform/extensions.h"
 #include "platform/palette.h"
 
 namespace {
@@ -176,7 +177,8 @@ GDIINFO LabelDriver::InitialGdiInfo(const PageSettings& page) const {
 }
 
 void LabelDriver::Open(const std::string& printerName, const PageSettings& page,
-                       const OEMDEV& devmode) {
+                       const OEMDEV& devmode, std::optional<int> dotGain) {
+  m_dotGain = dotGain;
   m_printer.emplace(printerName);
   std::u16string name = m_printer->Name();
   m_publicDevmode = PublicDevMode(page);
@@ -224,13 +226,21 @@ PFN LabelDriver::FindHook(ULONG index) const {
   throw HostError(kExitInternal, "The plug-in hooks no function " + std::to_string(index));
 }
 
+LabelDriver::DotGainScope::DotGainScope(const LabelDriver& driver) {
+  PlatformSetPrinterDotGain(driver.m_dotGain.value_or(-1));
+}
+
+LabelDriver::DotGainScope::~DotGainScope() { PlatformSetPrinterDotGain(-1); }
+
 void LabelDriver::StartDocument(const std::string& name, DWORD jobId) {
+  const DotGainScope dotGain(*this);
   std::u16string wide = Widened(name);
   CheckDone(Hook<PFN_DrvStartDoc>(INDEX_DrvStartDoc)(&m_surfaceObject, wide.data(), jobId),
             "the start of the document");
 }
 
 void LabelDriver::EndDocument() {
+  const DotGainScope dotGain(*this);
   const StageClock::Scope time(m_spool.Clock(), Stage::Pages);
   CheckDone(Hook<PFN_DrvEndDoc>(INDEX_DrvEndDoc)(&m_surfaceObject, 0), "the end of the document");
 }

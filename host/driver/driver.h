@@ -43,9 +43,10 @@ class LabelDriver {
   // Throws HostError (settings) if the plug-in does not take a setting.
   OEMDEV MakeDevMode(const Settings& settings, const std::optional<DevModeRecord>& record);
 
-  // Creates the device context. An empty name is the default printer. Throws HostError (settings)
-  // if no such printer exists.
-  void Open(const std::string& printerName, const PageSettings& page, const OEMDEV& devmode);
+  // Creates the device context. An empty name is the default printer; dotGain: in percent, if the
+  // printer has one of its own. Throws HostError (settings) if no such printer exists.
+  void Open(const std::string& printerName, const PageSettings& page, const OEMDEV& devmode,
+            std::optional<int> dotGain = std::nullopt);
 
   // The page of the device context after the plug-in has fitted it to the stock.
   DevicePage Page() const;
@@ -62,6 +63,15 @@ class LabelDriver {
   struct Band {
     LONG startPx;  // rows from the top, columns from the left
     LONG lengthPx;
+  };
+
+  // While it lives, the plug-in works for this driver's printer on this thread.
+  class DotGainScope {
+   public:
+    explicit DotGainScope(const LabelDriver& driver);
+    ~DotGainScope();
+    DotGainScope(const DotGainScope&) = delete;
+    DotGainScope& operator=(const DotGainScope&) = delete;
   };
 
   void Check(HRESULT hr, const char* call);
@@ -102,6 +112,7 @@ class LabelDriver {
   std::optional<Printer> m_printer;  // while a device context is open
   DEVMODEW m_publicDevmode = {};
   OEMDEV m_devmode = {};
+  std::optional<int> m_dotGain;
   DRVPROCS m_procedures = {};
   DEVOBJ m_device = {};
   DRVENABLEDATA m_hooks = {};

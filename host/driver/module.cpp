@@ -1,6 +1,7 @@
 #include "host/driver/module.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -37,6 +38,15 @@ std::string FindPlugin() {
   if (std::filesystem::exists(path, error)) return path.string();
   throw HostError(kExitInternal, "The plug-in " + path.string() + " does not exist",
                   "install it there or set VLX_RENDERER to its path");
+}
+
+std::string LibraryPath(const char* name) {
+  void* library = dlopen(name, RTLD_NOW | RTLD_NOLOAD);
+  if (library == nullptr) return {};
+  const link_map* map = nullptr;
+  const std::string path = dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "";
+  dlclose(library);
+  return path;
 }
 
 std::string SharedLibraryVersion() {

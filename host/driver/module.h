@@ -28,6 +28,9 @@ class PluginModule {
 // platform library that this process uses. Throws HostError (internal) if it does not exist.
 std::string FindPlugin();
 
+// The path of a library that this process has loaded, by its file name; empty if it has not.
+std::string LibraryPath(const char* name);
+
 // The version of the maker's shared library that the loaded plug-in uses; "unknown" if the library
 // has none.
 std::string SharedLibraryVersion();

@@ -24,12 +24,16 @@ std::string SystemFileWarning() {
 
 std::string StateFolder() { return PlatformHomeFolder(); }
 
+std::string SystemFilePath() { return PlatformStatePath("system.toml"); }
+
+std::string RegistryFilePath() { return PlatformStatePath("registry.reg"); }
+
 Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
   if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;
   const std::u16string known = DefaultName();
   throw HostError(kExitSettings,
                   "There is no printer \"" + (name.empty() ? Narrowed(m_name) : name) + "\" in " +
-                      PlatformHomeFolder() + "/system.toml",
+                      PlatformStatePath("system.toml"),
                   known.empty() ? "name one there" : "the first is \"" + Narrowed(known) + "\"");
 }
 

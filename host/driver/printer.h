@@ -11,6 +11,10 @@ std::string SystemFileWarning();
 // The folder that holds system.toml and registry.reg.
 std::string StateFolder();
 
+// The paths of the two files: in that folder, or in /etc/vlx if only that holds the file.
+std::string SystemFilePath();
+std::string RegistryFilePath();
+
 class Printer {
  public:
   // Opens the printer of that name; an empty name is the default printer. Throws HostError

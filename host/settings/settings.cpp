@@ -22,8 +22,10 @@ constexpr std::string_view kRawPrefix = "devmode.";
   for (const OemDevField& field : OemDevFields()) {
     known.push_back(std::string(kRawPrefix) + std::string(field.name));
   }
+  const std::string nearest = Nearest(key, known);
   throw HostError(kExitSettings, "There is no setting \"" + key + "\"",
-                  "did you mean \"" + Nearest(key, known) + "\"?");
+                  nearest.empty() ? "vlx settings keys lists them"
+                                  : "did you mean \"" + nearest + "\"?");
 }
 
 const OemDevField* FindRawField(std::string_view key) {

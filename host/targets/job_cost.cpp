@@ -73,6 +73,7 @@ void JobCost::CountLine(std::string_view line) {
 
 void JobCost::PrintLabels(std::uint64_t count) {
   m_labels += count;
+  m_prints.push_back({m_bytes, m_labels});
   m_mediaMm += static_cast<double>(count) * m_pitchMm;
   m_uncut += count;
   if (m_cutEvery > 0) {
@@ -98,6 +99,16 @@ void JobCost::Place(std::string_view name) {
   if (image == m_images.end()) return;
   if (!image->second.fresh) m_savedImageBytes += image->second.bytes;
   image->second.fresh = false;
+}
+
+JobCost::Printed JobCost::PrintedWithin(std::uint64_t bytes) const {
+  Printed printed;
+  for (const PrintCommand& print : m_prints) {
+    if (print.endBytes > bytes) break;
+    ++printed.pages;
+    printed.labels = print.labels;
+  }
+  return printed;
 }
 
 int JobCost::SavedPercent() const {

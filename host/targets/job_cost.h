@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class JobCost {
  public:
@@ -16,6 +17,16 @@ class JobCost {
   std::uint64_t Bytes() const { return m_bytes; }
   std::uint64_t Labels() const { return m_labels; }  // copies included
   std::uint64_t Cuts() const { return m_cuts; }
+  double MediaMm() const { return m_mediaMm; }
+  std::size_t Images() const { return m_digests.size(); }  // different ones
+
+  // What a printer prints that has got this many bytes of the job and no more.
+  struct Printed {
+    std::uint64_t pages = 0;   // print commands
+    std::uint64_t labels = 0;  // copies included
+  };
+  Printed PrintedWithin(std::uint64_t bytes) const;
+
   // How many percent of the image bytes were saved compared with sending an image for every
   // placement: 0 to 100.
   int SavedPercent() const;
@@ -33,8 +44,14 @@ class JobCost {
   void Place(std::string_view name);
   void PrintLabels(std::uint64_t count);
 
+  struct PrintCommand {
+    std::uint64_t endBytes;  // of the job up to its write's end
+    std::uint64_t labels;    // up to it
+  };
+
   std::uint64_t m_bytes = 0;
   std::uint64_t m_labels = 0;
+  std::vector<PrintCommand> m_prints;
   double m_mediaMm = 0;  // labels and the gaps between them
   double m_pitchMm = 0;  // from label to label
 

@@ -8,8 +8,8 @@ Spool::Spool(std::unique_ptr<JobTarget> target) { m_targets.push_back(std::move(
 
 void Spool::Write(std::string_view bytes) {
   const StageClock::Scope time(m_clock, Stage::Write);
-  m_cost.Count(bytes);
   for (const auto& target : m_targets) target->Write(bytes);
+  m_cost.Count(bytes);
 }
 
 void Spool::Finish() {

@@ -12,6 +12,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -26,6 +27,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kConnectMs = 10000;
+constexpr int kProbeMs = 2000;
 constexpr int kWriteMs = 30000;
 constexpr int kPollMs = 20;
 constexpr std::chrono::seconds kSilence{1};
@@ -54,41 +56,53 @@ int UnacknowledgedBytes(int socket) {
   return ioctl(socket, SIOCOUTQ, &bytes) == 0 ? bytes : 0;
 }
 
-bool Connect(int socket, const addrinfo& address) {
+bool Connect(int socket, const addrinfo& address, int timeoutMs) {
   if (connect(socket, address.ai_addr, address.ai_addrlen) == 0) return true;
-  if (errno != EINPROGRESS || !WaitWritable(socket, kConnectMs)) return false;
+  if (errno != EINPROGRESS || !WaitWritable(socket, timeoutMs)) return false;
   errno = TakeError(socket);
   return errno == 0;
 }
 
-class TcpTarget final : public JobTarget {
- public:
-  TcpTarget(const std::string& host, const std::string& port) : m_name(host + ":" + port) {
-    addrinfo hints = {};
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* list = nullptr;
-    if (const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); error != 0) {
-      throw HostError(kExitTarget,
-                      "The printer " + m_name + " cannot be found: " + gai_strerror(error),
-                      "check its name and the network");
-    }
-    for (const addrinfo* address = list; address != nullptr && m_socket < 0;
-         address = address->ai_next) {
-      m_socket = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-      if (m_socket >= 0 && !Connect(m_socket, *address)) {
-        const int error = errno;
-        close(m_socket);
-        m_socket = -1;
-        errno = error;
-      }
-    }
-    freeaddrinfo(list);
-    if (m_socket < 0) {
-      throw HostError(kExitTarget,
-                      "The printer " + m_name + " does not answer: " + std::strerror(errno),
-                      "check its address and whether it is switched on");
+struct PrinterAddress {
+  std::string host;
+  std::string port;
+
+  std::string Name() const { return host + ":" + port; }
+};
+
+// A connected socket. Throws HostError (target) if no address of the printer answers in time.
+int ConnectTo(const PrinterAddress& printer, int timeoutMs) {
+  addrinfo hints = {};
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* list = nullptr;
+  const int fault = getaddrinfo(printer.host.c_str(), printer.port.c_str(), &hints, &list);
+  if (fault != 0) {
+    throw HostError(kExitTarget,
+                    "The printer " + printer.Name() + " cannot be found: " + gai_strerror(fault),
+                    "check its name and the network");
+  }
+  int connected = -1;
+  for (const addrinfo* address = list; address != nullptr && connected < 0;
+       address = address->ai_next) {
+    connected = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (connected >= 0 && !Connect(connected, *address, timeoutMs)) {
+      const int error = errno;
+      close(connected);
+      connected = -1;
+      errno = error;
     }
   }
+  freeaddrinfo(list);
+  if (connected >= 0) return connected;
+  throw HostError(kExitTarget,
+                  "The printer " + printer.Name() + " does not answer: " + std::strerror(errno),
+                  "check its address and whether it is switched on");
+}
+
+class TcpTarget final : public JobTarget {
+ public:
+  explicit TcpTarget(const PrinterAddress& printer)
+      : m_name(printer.Name()), m_socket(ConnectTo(printer, kConnectMs)) {}
   ~TcpTarget() override { close(m_socket); }
 
   void Write(std::string_view bytes) override {
@@ -96,6 +110,7 @@ class TcpTarget final : public JobTarget {
       const ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
       if (sent >= 0) {
         bytes.remove_prefix(static_cast<std::size_t>(sent));
+        m_sentBytes += static_cast<std::uint64_t>(sent);
       } else if ((errno != EAGAIN && errno != EINTR) || !WaitWritable(m_socket, kWriteMs)) {
         FailPartly("took only a part of the job", errno);
       }
@@ -136,17 +151,18 @@ class TcpTarget final : public JobTarget {
     return heard;
   }
   [[noreturn]] void FailPartly(const std::string& what, int error) const {
-    throw HostError(kExitPartlySent,
-                    "The printer " + m_name + " " + what + ": " + std::strerror(error));
+    const auto left = static_cast<std::uint64_t>(std::max(UnacknowledgedBytes(m_socket), 0));
+    throw PartlySentError("The printer " + m_name + " " + what + ": " + std::strerror(error),
+                          m_sentBytes - std::min(left, m_sentBytes));
   }
 
   const std::string m_name;
-  int m_socket = -1;
+  const int m_socket;
+  std::uint64_t m_sentBytes = 0;
 };
 
-}  // namespace
-
-std::unique_ptr<JobTarget> OpenTcpTarget(const std::string& address) {
+// Throws HostError (usage) for a malformed address.
+PrinterAddress ReadAddress(const std::string& address) {
   std::string host = address.substr(kScheme.size());
   std::string port = "9100";
   const std::size_t colon = host.rfind(':');
@@ -162,5 +178,21 @@ std::unique_ptr<JobTarget> OpenTcpTarget(const std::string& address) {
     throw HostError(kExitUsage, "\"" + address + "\" is no address of a printer",
                     "write tcp://HOST or tcp://HOST:PORT");
   }
-  return std::make_unique<TcpTarget>(host, port);
+  return {host, port};
+}
+
+}  // namespace
+
+std::unique_ptr<JobTarget> OpenTcpTarget(const std::string& address) {
+  return std::make_unique<TcpTarget>(ReadAddress(address));
+}
+
+std::string ProbeTcpTarget(const std::string& address) {
+  const PrinterAddress printer = ReadAddress(address);
+  try {
+    close(ConnectTo(printer, kProbeMs));
+    return {};
+  } catch (const HostError& error) {
+    return error.what();
+  }
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/state/file_watch.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -40,4 +42,11 @@ std::string PlatformHomeFolder() {
   }
   const char* user = std::getenv("HOME");
   return std::string(user == nullptr ? "" : user) + "/.config/vlx";
+}
+
+std::string PlatformStatePath(const std::string& name) {
+  const std::string own = PlatformHomeFolder() + "/" + name, machine = "/etc/vlx/" + name;
+  const char* home = std::getenv("VLX_HOME");
+  const bool ownOnly = (home != nullptr && *home != '\0') || access(own.c_str(), F_OK) == 0;
+  return ownOnly || access(machine.c_str(), F_OK) != 0 ? own : machine;
 }

@@ -33,7 +33,7 @@ class WatchedFile {
         m_parse(std::move(parse)) {}
 
   std::shared_ptr<const Content> Get() {
-    const std::string path = PlatformHomeFolder() + "/" + m_name;
+    const std::string path = PlatformStatePath(m_name);
     const std::lock_guard locked(m_mutex);
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) {

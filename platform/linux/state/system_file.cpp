@@ -18,7 +18,12 @@ SystemPart<INT>& DotGain() {
 
 }  // namespace
 
-INT PlatformDotGainPercent() { return *DotGain().Get(); }
+// Of the printer that the thread prints on; negative: the one of all printers.
+thread_local INT t_printerDotGain = -1;
+
+INT PlatformDotGainPercent() { return t_printerDotGain >= 0 ? t_printerDotGain : *DotGain().Get(); }
+
+void PlatformSetPrinterDotGain(INT percent) { t_printerDotGain = percent; }
 
 std::string PlatformSystemFileComplaint() {
   for (const std::string& complaint :

@@ -29,7 +29,7 @@ std::shared_ptr<const SystemTomlFile> SystemToml() { return File().Get(); }
 std::string SystemTomlComplaint() { return File().Complaint(); }
 
 std::string ReportSystemToml(const std::string& why) {
-  const std::string path = PlatformHomeFolder() + "/system.toml";
+  const std::string path = PlatformStatePath("system.toml");
   ReportUnusableFile(path, why);
   return path + ": " + why;
 }
