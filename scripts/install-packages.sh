@@ -12,7 +12,7 @@ packages=(
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
 tests=(
   zint zbar-tools dmtx-utils chromium
-  cups cups-client cups-daemon cups-filters cups-ppdc cups-ipp-utils ghostscript fakeroot lintian
+  cups cups-client cups-daemon cups-filters cups-ppdc cups-ipp-utils ghostscript fakeroot lintian groff-base
 )
 torture=(clang clang-tidy libclang-rt-14-dev locales)
 pictures=(chromium imagemagick fonts-dejavu-core)

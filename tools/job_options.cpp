@@ -1,7 +1,6 @@
 #include "tools/job_options.h"
 
-#include <unistd.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -12,39 +11,11 @@
 #include "host/pages/selected_pages.h"
 #include "host/targets/file_target.h"
 #include "tools/interrupted_files.h"
+#include "tools/progress.h"
 
 namespace {
 
 void Warn(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
-
-// Warnings on standard error; on a terminal also "17/200" while a job of several pages runs.
-class TerminalObserver final : public JobObserver {
- public:
-  TerminalObserver() = default;
-  ~TerminalObserver() override { EraseProgress(); }
-  TerminalObserver(const TerminalObserver&) = delete;
-  TerminalObserver& operator=(const TerminalObserver&) = delete;
-
-  void Warning(const std::string& text) override {
-    EraseProgress();
-    Warn(text);
-  }
-  void Progress(std::size_t printed, std::optional<std::size_t> count) override {
-    if (!m_isTerminal || count == 1) return;
-    const std::string total = count ? "/" + std::to_string(*count) : "";
-    std::fprintf(stderr, "\r%zu%s", printed, total.c_str());
-    std::fflush(stderr);
-    m_shown = true;
-  }
-
- private:
-  void EraseProgress() {
-    if (m_shown) std::fputs("\r\x1B[K", stderr);
-    m_shown = false;
-  }
-  const bool m_isTerminal = isatty(STDERR_FILENO) == 1;
-  bool m_shown = false;
-};
 
 void SaveDevMode(const std::string& path, const OEMDEV& devmode) {
   const std::unique_ptr<JobTarget> file = OpenFileTarget(path, InterruptedFiles());
@@ -63,12 +34,40 @@ std::unique_ptr<PageSource> OpenJobPages(const JobOptions& options, int dpi) {
   return std::make_unique<SelectedPages>(options.files, dpi, ParsePageRanges(options.pages));
 }
 
+// How the options stand in --help: their group, and the name of their value where it says more than
+// the choices.
+struct OptionLayout {
+  const char* option;
+  const char* group;
+  const char* value = "";
+};
+constexpr OptionLayout kLayout[] = {
+    {"--printer", "Where to", "NAME"},
+    {"--save-devmode", "Where to", "FILE"},
+    {"--force", "Where to"},
+    {"--pages", "Pages", "LIST"},
+    {"--paper", "Pages", "SIZE"},
+    {"--dpi", "Pages", "N"},
+    {"--orientation", "Pages"},
+    {"--fit", "Pages"},
+    {"--place", "Pages"},
+    {"--settings", "Settings", "FILE"},
+    {"--set", "Settings", "KEY=VALUE"},
+    {"--devmode", "Settings", "FILE"},
+    {"--copies", "Settings", "N"},
+    {"--collate", "Settings"},
+    {"--name", "Settings", "TEXT"},
+    {"--band-rows", "Settings", "N"},
+    {"--quiet", "Output"},
+    {"--json", "Output"},
+};
+
 }  // namespace
 
 void AddSetOption(CLI::App& command, std::vector<std::string>& sets) {
   command
-      .add_option("--set", sets,
-                  "One setting, KEY=VALUE, as vlx settings keys lists them; may be repeated")
+      .add_option("--set", sets, "One setting, as vlx settings keys lists them; may be repeated")
+      ->option_text("KEY=VALUE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
@@ -80,32 +79,43 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   AddSetOption(command, options.sets);
   command.add_option("--devmode", options.devmodeFile, "Start from this raw settings record");
   command.add_option("--save-devmode", options.saveDevmodeFile, "Save the raw settings record");
-  command.add_option("--printer", options.printer,
-                     "Printer named in system.toml; the first by default");
+  command.add_option("--printer", options.printer, "Printer named in system.toml [the first]");
   command.add_option("--pages", options.pages,
-                     "Pages to print, as 3-7,1,12-, in this order; counted over all files");
-  command.add_option("--paper", options.paper, "Paper size, as 100x150mm");
+                     "Pages to print, as 3-7,1,12-, in this order; counted over all files [all]");
+  command.add_option("--paper", options.paper, "Paper size, as 4x6in [100x150mm]");
   command
       .add_option("--dpi", options.dpi,
-                  "Resolution of the printer and of the pages in dots per inch")
+                  "Resolution of the printer and of the pages in dots per inch [300]")
       ->check(CLI::Range(100, 1200));
-  command.add_option("--orientation", options.orientation, "portrait or landscape")
+  command.add_option("--orientation", options.orientation, "How pages lie [portrait]")
       ->check(CLI::IsMember({"portrait", "landscape"}));
   command
       .add_option("--fit", options.fit,
-                  "none: a page larger than the paper is an error; shrink: scale it down")
+                  "none: a page larger than the paper is an error; shrink: scale it down [none]")
       ->check(CLI::IsMember({"none", "shrink"}));
-  command.add_option("--copies", options.copies, "Copies of each label")
+  command.add_option("--copies", options.copies, "Copies of each label [1]")
       ->check(CLI::Range(1, 32767));
   command.add_flag("--collate", options.collate,
                    "The application repeats the whole job itself: print each label once");
-  command.add_option("--name", options.name, "Name of the job; by default that of the first file");
-  command.add_option("--band-rows", options.bandRows, "Rows that the driver passes on at a time")
+  command.add_option("--name", options.name, "Name of the job [that of the first file]");
+  command
+      .add_option("--band-rows", options.bandRows, "Rows that the driver passes on at a time [256]")
       ->check(CLI::Range(1, 1000000));
   command.add_flag("--force", options.force, "Overwrite a file of another kind");
+  command.add_flag("--quiet", options.quiet, "Show nothing but warnings and errors");
+  command.add_flag("--json", options.json, "Show the result as JSON");
+  for (const OptionLayout& row : kLayout) {
+    if (CLI::Option* option = command.get_option_no_throw(row.option)) {
+      option->group(row.group)->option_text(row.value);
+    }
+  }
 }
 
 OutputGuard GuardOutputs(const JobOptions& options) {
+  if (std::count(options.files.begin(), options.files.end(), "-") > 1) {
+    throw HostError(kExitUsage, "Standard input, -, is named more than once",
+                    "it can be read once only: name it once, or use files");
+  }
   std::vector<NamedFile> inputs;
   for (const std::string& file : options.files) inputs.push_back({"the page", file});
   inputs.push_back({"--settings", options.settingsFile});
@@ -120,8 +130,11 @@ DevModeRecord ReadDevModeFile(const std::string& path) {
   return {{content.begin(), content.end()}, path};
 }
 
-Settings ReadSettings(const JobOptions& options) {
+Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile) {
   Settings settings;
+  if (!profile.settingsFile.empty()) settings.ReadFile(profile.settingsFile);
+  if (!profile.paper.empty()) settings.Set("paper.size", "'" + profile.paper + "'");
+  if (profile.dpi != 0) settings.Set("paper.dpi", std::to_string(profile.dpi));
   if (!options.settingsFile.empty()) settings.ReadFile(options.settingsFile);
   for (const std::string& set : options.sets) settings.Set(set);
   // Options of their own override both.
@@ -148,7 +161,7 @@ JobRequest MakeRequest(const JobOptions& options, const Settings& settings) {
 }
 
 PrintedFiles PrintFiles(const JobOptions& options, const JobRequest& request, Spool& spool) {
-  TerminalObserver observer;
+  TerminalObserver observer(options.quiet);
   LabelJob job(request, spool, observer);
   if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, job.DevMode());
   PrintPages(*OpenJobPages(options, job.Page().dpi), job);

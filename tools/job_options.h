@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/label_job.h"
+#include "host/settings/printer_profiles.h"
 #include "tools/output_guard.h"
 
 struct JobOptions {
@@ -26,16 +27,20 @@ struct JobOptions {
   std::string name;
   int bandRows = 256;
   bool force = false;
+  bool quiet = false;
+  bool json = false;
 };
 
 // Adds the files and the options to a command.
 void AddJobOptions(CLI::App& command, JobOptions& options);
 void AddSetOption(CLI::App& command, std::vector<std::string>& sets);
 
-// The settings file, --set and the other options on top of each other. Throws HostError.
-Settings ReadSettings(const JobOptions& options);
+// What the printer's profile says, the settings file, --set and the other options on top of each
+// other. Throws HostError.
+Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile = {});
 
-// Guards what the options read, and --save-devmode, which it has checked. Throws HostError (usage).
+// Guards what the options read, and --save-devmode, which it has checked. Throws HostError (usage),
+// also if standard input is named twice.
 OutputGuard GuardOutputs(const JobOptions& options);
 
 // A file with a raw settings record. Throws HostError (input).

@@ -5,6 +5,7 @@
 
 #include "common/error.h"
 #include "tools/job_options.h"
+#include "tools/job_report.h"
 #include "viewer/drawing/job_view.h"
 #include "viewer/files.h"
 
@@ -40,6 +41,7 @@ class Pictures {
  public:
   explicit Pictures(const PreviewOptions& options)
       : m_output(options.output),
+        m_plain(!options.job.quiet && !options.job.json),
         m_single(options.output == "-" || options.output.ends_with(".png")),
         m_stem(options.job.files.front() == "-" ? "page"
                                                 : viewer::JobStem(options.job.files.front())),
@@ -66,19 +68,26 @@ class Pictures {
     const std::string path = (std::filesystem::path(m_output) / (m_stem + number)).string();
     m_guard.Add({"picture", path}, kPictureOutput);
     viewer::WriteWholeFile(path, png);
+    m_paths.push_back(path);
+    if (!m_plain) return;
     std::printf("%s\n", path.c_str());
   }
 
   void Finish() {
-    if (m_single && m_count == 1) viewer::WriteWholeFile(m_output, m_first);
+    if (!m_single || m_count != 1) return;
+    viewer::WriteWholeFile(m_output, m_first);
+    m_paths.push_back(m_output);
   }
+  const std::vector<std::string>& Paths() const { return m_paths; }
 
  private:
   const std::string m_output;
+  const bool m_plain;  // paths are printed as they come
   const bool m_single;
   const std::string m_stem;
   OutputGuard m_guard;
   std::string m_first;
+  std::vector<std::string> m_paths;
   std::size_t m_count = 0;
 };
 
@@ -89,7 +98,7 @@ viewer::Colour InkOf(const OEMDEV& devmode) {
 }
 
 int RunPreview(const PreviewOptions& options) {
-  const Settings settings = ReadSettings(options.job);
+  const Settings settings = ReadSettings(options.job, ProfileOf(options.job.printer));
   Pictures pictures(options);
   std::string job;
   Spool spool(std::make_unique<MemoryTarget>(job));
@@ -107,8 +116,8 @@ int RunPreview(const PreviewOptions& options) {
                                     dpi, InkOf(printed.devmode)));
   }
   pictures.Finish();
-  std::fprintf(options.output == "-" ? stderr : stdout, "%s: %s\n", options.output.c_str(),
-               spool.Cost().Line().c_str());
+  PrintReport(options.job, {{options.output}, printed.pages, pictures.Paths()}, spool.Cost(),
+              options.output == "-");
   return kExitDone;
 }
 
@@ -122,6 +131,8 @@ Command PreviewCommand(CLI::App& program) {
       ->add_option(
           "-o,--output", options->output,
           "Picture (.png, or - for standard output), or a folder for one picture per label")
+      ->option_text("FILE|FOLDER")
+      ->group("Where to")
       ->required();
   AddJobOptions(*preview, options->job);
   preview->footer(kPreviewExamples);

@@ -1,7 +1,10 @@
 #include "tools/settings_command.h"
 
+#include <toml++/toml.h>
+
 #include <cstdio>
 #include <cstring>
+#include <sstream>
 
 #include "host/driver/driver.h"
 #include "host/driver/module.h"
@@ -23,10 +26,18 @@ struct ShowOptions {
   std::string file;
   std::vector<std::string> sets;
   bool changed = false;
+  bool json = false;
 };
 
-void Print(const SettingsView& view) {
+void Print(const SettingsView& view, bool asJson) {
   const std::string text = SettingsText(view);
+  if (asJson) {
+    const toml::table table = toml::parse(text);
+    std::ostringstream json;
+    json << toml::json_formatter(table);
+    std::printf("%s\n", json.str().c_str());
+    return;
+  }
   std::fputs(text.empty() ? "# Everything is as it is by default.\n" : text.c_str(), stdout);
 }
 
@@ -41,7 +52,8 @@ int Show(const ShowOptions& options) {
   const OEMDEV devmode = driver.MakeDevMode(settings, std::nullopt);
   const PageSettings page = settings.Page(), basePage;
   const OEMDEV base = driver.DefaultDevMode();
-  Print({&page, devmode, options.changed ? &basePage : nullptr, options.changed ? &base : nullptr});
+  Print({&page, devmode, options.changed ? &basePage : nullptr, options.changed ? &base : nullptr},
+        options.json);
   return kExitDone;
 }
 
@@ -63,7 +75,7 @@ int ShowRecord(const ShowOptions& options) {
   const DevModeRecord record = ReadDevModeFile(options.file);
   const OEMDEV devmode = driver.MergeDevMode(record);
   const OEMDEV base = driver.DefaultDevMode();
-  Print({nullptr, devmode, nullptr, options.changed ? &base : nullptr});
+  Print({nullptr, devmode, nullptr, options.changed ? &base : nullptr}, options.json);
   if (record.bytes.size() == sizeof(OEMDEV)) {
     OEMDEV stored;
     std::memcpy(&stored, record.bytes.data(), sizeof stored);
@@ -99,6 +111,7 @@ Command SettingsCommand(CLI::App& program) {
   devmode->add_option("FILE", options->file, "Record that --save-devmode has saved")->required();
   for (CLI::App* command : {show, devmode}) {
     command->add_flag("--changed", options->changed, "Show only what differs from the defaults");
+    command->add_flag("--json", options->json, "Print JSON");
     command->footer(kSettingsExamples);
   }
   CLI::App* keys =

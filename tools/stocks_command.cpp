@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "host/driver/printer.h"
 #include "host/driver/stocks.h"
@@ -9,6 +10,7 @@
 #include "host/settings/length.h"
 #include "host/unicode.h"
 #include "tools/job_options.h"
+#include "viewer/reports/label_json.h"
 
 namespace {
 
@@ -21,6 +23,7 @@ The catalogue is registry.reg in the VLX_HOME folder.)";
 
 struct StocksOptions {
   std::string printer;
+  bool json = false;
 };
 
 // The plug-in does not use these values, so their units are unknown; they are shown as stored.
@@ -75,14 +78,39 @@ void PrintStock(const PrinterStock& row, bool first) {
   std::printf("%s\n", stored.c_str());
 }
 
+nlohmann::ordered_json ToJson(const PrinterStock& row) {
+  const StockItem& stock = row.item;
+  const StockItem defaults;
+  nlohmann::ordered_json json = {{"name", Narrowed(stock.displayName)},
+                                 {"selectable", row.selectable}};
+  if (row.selectable) json["id"] = FormatGuid(stock.guid);
+  json["marginsUm"] = {{"left", stock.dwUnprintableLeft},
+                       {"right", stock.dwUnprintableRight},
+                       {"top", stock.dwUnprintableTop},
+                       {"bottom", stock.dwUnprintableBottom}};
+  json["stored"] = {{"SpeedInMmPerSec", stock.dwSpeedInMmPerSec}};
+  for (const StoredNumber& number : kStoredNumbers) {
+    if (stock.*number.field != defaults.*number.field) {
+      json["stored"][number.name] = stock.*number.field;
+    }
+  }
+  return json;
+}
+
 int RunStocks(const StocksOptions& options) {
   WarnOfSystemFile();
   const Printer printer(options.printer);
   const std::vector<PrinterStock> stocks = StocksOf(printer);
+  if (options.json) {
+    auto json = nlohmann::ordered_json::array();
+    for (const PrinterStock& stock : stocks) json.push_back(ToJson(stock));
+    viewer::PrintJson(json);
+    return kExitDone;
+  }
   if (stocks.empty()) {
-    std::printf(
-        "There are no stocks of \"%s\"; the driver reads them from %s/registry.reg, below\n%s\n",
-        Narrowed(printer.Name()).c_str(), StateFolder().c_str(), StocksKey(printer).c_str());
+    std::printf("There are no stocks of \"%s\"; the driver reads them from %s, below\n%s\n",
+                Narrowed(printer.Name()).c_str(), RegistryFilePath().c_str(),
+                StocksKey(printer).c_str());
   }
   for (const PrinterStock& stock : stocks) PrintStock(stock, &stock == &stocks.front());
   return kExitDone;
@@ -93,8 +121,9 @@ int RunStocks(const StocksOptions& options) {
 Command StocksCommand(CLI::App& program) {
   const auto options = std::make_shared<StocksOptions>();
   CLI::App* stocks = program.add_subcommand("stocks", "List the paper stocks of a printer");
-  stocks->add_option("--printer", options->printer,
-                     "Printer named in system.toml; the first by default");
+  stocks->add_option("--printer", options->printer, "Printer named in system.toml [the first]")
+      ->option_text("NAME");
+  stocks->add_flag("--json", options->json, "Print JSON");
   stocks->footer(kStocksExamples);
   return {stocks, [options] { return RunStocks(*options); }};
 }

@@ -8,11 +8,13 @@
 
 #include "common/command.h"
 #include "common/error.h"
-#include "host/driver/driver.h"
-#include "host/driver/module.h"
 #include "host/pages/page_raster.h"
+#include "tools/completion_command.h"
+#include "tools/doctor_command.h"
+#include "tools/help_command.h"
 #include "tools/preview_command.h"
 #include "tools/print_command.h"
+#include "tools/printers_command.h"
 #include "tools/settings_command.h"
 #include "tools/stocks_command.h"
 #include "tools/usage.h"
@@ -27,39 +29,33 @@ constexpr const char* kExamples = R"(Examples:
 
 Every command has its own --help with examples.)";
 
-void ShowVersion() {
-  Spool nowhere;
-  const std::string plugin = FindPlugin();
-  const LabelDriver driver(plugin, nowhere);
-  std::printf("vlx %s\nplatform library %s\nshared library %s\nplug-in interface %u (%s)\n",
-              VLX_VERSION, PlatformLibraryVersion().c_str(), SharedLibraryVersion().c_str(),
-              driver.PluginVersion(), plugin.c_str());
-}
-
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
     PrintCommand,   PreviewCommand,  AddViewCommand,  AddExplainCommand, AddLintCommand,
-    AddDiffCommand, AddServeCommand, SettingsCommand, StocksCommand,
+    AddDiffCommand, AddServeCommand, SettingsCommand, StocksCommand,     PrintersCommand,
+    DoctorCommand,  HelpCommand,     VersionCommand,  CompletionCommand,
 };
 
 int Run(int argc, char** argv) {
   CLI::App program("The label printer driver on the command line", "vlx");
+  program.formatter(HelpLayout());
   program.require_subcommand(0, 1);
   program.footer(kExamples);
   bool version = false;
   program.add_flag("--version", version, "Show the versions of the program and its libraries");
   std::vector<Command> commands;
   for (const auto add : kCommands) commands.push_back(add(program));
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (arguments.size() >= 2 && arguments[0] == "completion" && arguments[1] == "words") {
+    return PrintCompletions(program, {arguments.begin() + 2, arguments.end()});
+  }
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return program.exit(error);  // help
-    throw CommandError(kExitUsage, UsageMessage(program, {argv + 1, argv + argc}, error));
+    throw CommandError(kExitUsage, UsageMessage(program, arguments, error));
   }
-  if (version) {
-    ShowVersion();
-    return kExitDone;
-  }
+  if (version) return ShowVersion();
   for (const Command& command : commands) {
     if (command.app->parsed()) return command.run();
   }

@@ -64,13 +64,16 @@ def check_help():
             word = re.compile(rf"(?<![\w-]){option}(?![\w-])")
             expect(word.search(manual), f"{option} of {name} is not in docs/vlx.1")
             expect(word.search(described), f"{option} of {name} is not in docs/commands.md")
+    for name in ("vlx.1", "vlx-ipp.1"):
+        complaints = run("groff", "-man", "-ww", "-Tutf8", "-z", os.path.join(sources, "docs", name)).stderr
+        expect(not complaints, f"docs/{name}: {complaints}")
     expect(count > 30, f"--help shows {count} options only")
 
 
 def completions(line):
     """What bash offers at the end of the line."""
     script = (
-        f"source '{sources}/tools/vlx.bash'; compopt() {{ :; }}; COMP_LINE=$1; "
+        f"source <('{vlx}' completion bash); compopt() {{ :; }}; COMP_LINE=$1; "
         'COMP_POINT=${#1}; _vlx "$2"; printf "%s\\n" "${COMPREPLY[@]}"'
     )
     return run("bash", "-c", script, "bash", line, vlx).stdout.split()
@@ -78,7 +81,8 @@ def completions(line):
 
 def check_completion():
     rows = {
-        "vlx pri": {"print"},
+        "vlx pri": {"print", "printers"},
+        "vlx help se": {"serve", "settings"},
         "vlx settings ": {"show", "devmode", "keys"},
         "vlx print a.png --sav": {"--save-devmode"},
         "vlx print a.png --orientation ": {"portrait", "landscape"},
@@ -129,6 +133,42 @@ LINES = [
     ("vlx settings show --changed --set cut.count=3 --set cut.mode=each-label --set cut.enabled=false"
      " >t.toml; cat t.toml; vlx print page.pgm $P -o - --settings t.toml", 0, "enabled = false"),
     ("vlx print page.pgm $P -o b.job --set paper.gap=3", 4, '"paper.gap" is 3', "with its unit"),
+    # Printers by their names; nobody answers on port 9.
+    ("vlx print page.pgm", 2, "The job has no target", "home/system.toml"),
+    ("printf '[[printer]]\\nname = \"L1\"\\n[[printer]]\\nname = \"l3\"\\ndpi = 203\\n"
+     "paper = \"12x7mm\"\\nsettings = \"../s.toml\"\\ntarget = \"tcp://127.0.0.1:9\"\\n"
+     "dot_gain = 25\\n' >home/system.toml; vlx printers", 0, "L1 (used when none is named): no target",
+     "l3: tcp://127.0.0.1:9, 203 dpi, paper 12x7mm", "dot gain 25 %", "does not answer"),
+    ("vlx printers --json | python3 -c 'import json, sys; print(json.load(sys.stdin)[1])'", 0,
+     "'answers': False", "'dotGain': 25"),
+    ("vlx print page.pgm --printer L3", 5, "127.0.0.1:9 does not answer"),
+    ("vlx print page.pgm --printer L3 -o l3.job; cat l3.job", 0, "H80,0", ";0.00,0.00,7.00,10.00,12.00"),
+    ("vlx print page.pgm --printer L3 -o - --set print.speed=90 --paper 9x7mm", 0, "H90,0", ",9.00"),
+    ("vlx print page.pgm $P -o l1.job; vlx print page.pgm $P --set print.speed=80 -o l1.job; "
+     "tail -n +6 l1.job >1; tail -n +6 l3.job >3; cmp 1 3", 1, "differ"),  # by the dot gain
+    ("vlx doctor", 1, "BROKEN  printer l3", "does not answer", "1 broken", "pdftoppm"),
+    ("sed -i s/203/20/ home/system.toml; vlx print page.pgm --printer l3", 4, "system.toml, line 5",
+     "100 to 1200"),
+    ("vlx doctor; rm home/system.toml; vlx doctor", 0, "BROKEN  printers", "Everything works"),
+    # What is told, and how much of it.
+    ("vlx print page.pgm page2.pgm $P --dry-run --save-devmode r -o none; test ! -e none -a ! -e r", 0,
+     "dry run: 2 labels"),
+    ("vlx print page.pgm $P -o a.job --quiet; vlx preview page.pgm $P -o seen.png --quiet", 0, "!label"),
+    ("vlx print page.pgm $P -o a.job --json | python3 -m json.tool --compact", 0, '"labels":1,"cuts":0'),
+    ("vlx preview page.pgm $P -o seen.png --json | python3 -m json.tool", 0, '"pictures"', "seen.png"),
+    ("vlx settings show --set print.speed=7 --changed --json | python3 -m json.tool", 0, '"speed": 7'),
+    ("vlx stocks --json", 0, "[]"),
+    ("vlx print - - $P -o b.job <page.pgm", 2, "more than once"),
+    # Help, and what was meant.
+    ("vlx help settings show", 0, "Usage: vlx settings show", "--changed", "!:FILE"),
+    ("vlx help print", 0, "--dpi N", "[300]", "portrait|landscape", "!TEXT:", "!INT", "!REQUIRED"),
+    ("vlx help prnt", 2, 'There is no command "vlx prnt"', '"print"'),
+    ("vlx frobnicate", 2, "not expected", "!did you mean"),
+    ("vlx settings show --set zzz.qqqq=1", 4, '"zzz.qqqq"', "vlx settings keys", "!did you mean"),
+    ("vlx version; vlx --version", 0, "plug-in interface"),
+    ("for shell in bash zsh fish; do vlx completion $shell >c.$shell && "
+     "if command -v $shell >/dev/null; then $shell -n c.$shell; fi || exit 9; done", 0),
+    ("vlx completion words help pri", 0, "print\nprinters"),
     ("cat notes.txt; test -e new -o -e b.job || vlx print page.pgm $P -o notes.txt --force", 0,
      "important", "1 label"),
 ]
@@ -142,6 +182,7 @@ def check_lines():
         for name, text in {"notes.txt": "important", "s.toml": "[print]\nspeed = 80\n"}.items():
             with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
                 file.write(text)
+        os.mkdir(os.path.join(folder, "home"))
         environment = {**os.environ, "VLX_HOME": os.path.join(folder, "home"), "VLX": vlx,
                        "P": "--paper 12x7mm --dpi 203"}
         for line, code, *words in LINES:

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "common/command.h"
+
+// vlx doctor
+Command DoctorCommand(CLI::App& program);

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "common/command.h"
+
+// vlx printers
+Command PrintersCommand(CLI::App& program);
