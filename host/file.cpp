@@ -19,5 +19,6 @@ std::string ReadWholeFile(const std::string& path, const std::string& what) {
     if (!std::ferror(file.get())) return content;
   }
   throw HostError(kExitInput,
-                  "The " + what + " " + path + " cannot be read: " + std::strerror(errno));
+                  "The " + what + " " + path + " cannot be read: " + std::strerror(errno),
+                  errno == ENOENT ? "check its name" : "check what it is and who may read it");
 }

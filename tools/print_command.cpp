@@ -1,9 +1,11 @@
 #include "tools/print_command.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "host/driver/printer.h"
 #include "host/error.h"
+#include "host/pages/selected_pages.h"
 #include "host/targets/file_target.h"
 #include "tools/interrupted_files.h"
 #include "tools/job_options.h"
@@ -56,19 +58,54 @@ std::vector<std::string> TargetNames(const PrintOptions& options) {
   return names;
 }
 
+// The number of the page that was printed last, and the list of those that were not.
+struct Rest {
+  std::size_t last = 0;
+  std::string pages;  // as --pages takes it; empty if nothing is left
+};
+
+Rest RestAfter(std::size_t printed, const std::string& pagesOption) {
+  std::vector<PageRange> ranges = {{1, PageRange::kOpen}};
+  if (!pagesOption.empty()) ranges = ParsePageRanges(pagesOption);
+  Rest rest;
+  for (PageRange range : ranges) {
+    const std::size_t taken =
+        range.last == PageRange::kOpen ? printed : std::min(printed, range.last - range.first + 1);
+    printed -= taken;
+    range.first += taken;
+    if (taken > 0) rest.last = range.first - 1;
+    if (range.first > range.last) continue;
+    if (!rest.pages.empty()) rest.pages += ",";
+    rest.pages += std::to_string(range.first);
+    if (range.last == range.first) continue;
+    rest.pages += "-";
+    if (range.last != PageRange::kOpen) rest.pages += std::to_string(range.last);
+  }
+  return rest;
+}
+
 // What a network printer has received cannot be taken back: tells how much that is, and how to
-// print the rest.
-[[noreturn]] void FailPartly(const HostError& error, const JobCost& cost) {
+// print the rest. allPages: 0 if more may follow.
+[[noreturn]] void FailPartly(const std::string& pagesOption, const HostError& error,
+                             const JobCost& cost, std::size_t allPages) {
   const auto* partly = dynamic_cast<const PartlySentError*>(&error);
   const std::uint64_t bytes = partly != nullptr ? partly->TakenBytes() : cost.Bytes();
   const JobCost::Printed sent = cost.PrintedWithin(bytes);
-  const std::string rest = "with --pages " + std::to_string(sent.pages + 1) + "-";
+  const Rest rest = RestAfter(sent.pages, pagesOption);
+  const std::string last = std::to_string(rest.last);
+  std::string remedy = error.Remedy().empty() ? "" : error.Remedy() + ", then ";
+  if (sent.pages == 0) {
+    remedy += "print the job again";
+  } else if (sent.pages == allPages || rest.pages.empty()) {
+    remedy += "see whether page " + last + " came out: it was the last one";
+  } else {
+    remedy += "if page " + last + " came out last, print the rest with --pages " + rest.pages;
+  }
   throw HostError(kExitPartlySent,
-                  error.Fact() + "; a part of the job was sent: " + std::to_string(sent.labels) +
+                  error.Fact() + "; it has got " + std::to_string(sent.labels) +
                       (sent.labels == 1 ? " label, " : " labels, ") + std::to_string(bytes) +
-                      " bytes",
-                  (error.Remedy().empty() ? "" : error.Remedy() + ", then ") +
-                      "look at the last label and print the rest " + rest);
+                      " bytes of the job",
+                  remedy);
 }
 
 int RunPrint(PrintOptions options) {
@@ -86,7 +123,7 @@ int RunPrint(PrintOptions options) {
   } catch (const HostError& error) {
     const bool begun = spool.Cost().Bytes() > 0 && !options.to.empty() && !options.dryRun;
     if (!begun && error.Code() != kExitPartlySent) throw;
-    FailPartly(error, spool.Cost());
+    FailPartly(options.job.pages, error, spool.Cost(), pages);
   }
   const bool outputTaken = options.output == "-" && !options.dryRun;
   PrintReport(options.job, {TargetNames(options), pages, {}}, spool.Cost(), outputTaken);

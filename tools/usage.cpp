@@ -1,6 +1,7 @@
 #include "tools/usage.h"
 
 #include <algorithm>
+#include <regex>
 
 #include "common/nearest.h"
 
@@ -41,6 +42,38 @@ std::string FirstExtra(const CLI::App& program, const std::vector<std::string>& 
   return first == arguments.end() ? std::string() : *first;
 }
 
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return list;
+}
+
+// What the parser says, as thing, value and remedy.
+std::string Reworded(const CLI::App& command, const std::string& text) {
+  std::smatch found;
+  static const std::regex choice("(\\S+): (.*) not in \\{(.*)\\}");
+  static const std::regex range("(\\S+): Value (.*) not in range (\\S+) to (\\S+)");
+  static const std::regex missing("(\\S+): 1 required .* missing");
+  static const std::regex number("Could not convert: (\\S+) = (.*)");
+  if (std::regex_match(text, found, choice)) {
+    return found.str(1) + " is " + Quoted(found.str(2)) + "; choose one of " + found.str(3);
+  }
+  if (std::regex_match(text, found, range)) {
+    return found.str(1) + " is " + Quoted(found.str(2)) + "; give a number from " + found.str(3) +
+           " to " + found.str(4);
+  }
+  if (std::regex_match(text, found, missing)) return found.str(1) + " has no value";
+  if (std::regex_match(text, found, number)) {
+    return found.str(1) + " is " + Quoted(found.str(2)) + "; give a whole number";
+  }
+  if (text == "A subcommand is required") {
+    return "a command is missing; give one of " + Joined(CommandNames(command));
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string UsageMessage(const CLI::App& program, const std::vector<std::string>& arguments,
@@ -49,7 +82,7 @@ std::string UsageMessage(const CLI::App& program, const std::vector<std::string>
   const CLI::App* command = NamedCommand(&program, name);
   const std::string extra = FirstExtra(program, arguments);
   const std::string help = name + " --help shows what is possible";
-  if (extra.empty()) return name + ": " + error.what() + "; " + help;
+  if (extra.empty()) return name + ": " + Reworded(*command, error.what()) + "; " + help;
   const bool isOption = extra.starts_with('-');
   const std::string nearest = Nearest(extra.substr(0, extra.find('=')),
                                       isOption ? OptionNames(*command) : CommandNames(*command));

@@ -9,17 +9,9 @@
 #include <memory>
 
 #include "common/error.h"
+#include "common/write_error.h"
 
 namespace viewer {
-
-namespace {
-
-[[noreturn]] void FailToWrite(const std::string& path, const std::string& why) {
-  throw CommandError(kExitTarget,
-                     path + " cannot be written: " + why + "; check the folder and its space");
-}
-
-}  // namespace
 
 std::string ReadJobFile(const std::string& path) {
   const auto fail = [&](const std::string& why) {
@@ -44,21 +36,20 @@ void WriteWholeFile(const std::string& path, std::string_view content) {
   const bool toOutput = path == "-";
   const std::string part = path + "." + std::to_string(getpid()) + ".part";
   std::FILE* file = toOutput ? stdout : std::fopen(part.c_str(), "wb");
-  if (file == nullptr) FailToWrite(path, std::strerror(errno));
+  if (file == nullptr) FailToWrite(path, errno);
   bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
   written = (toOutput ? std::fflush(file) : std::fclose(file)) == 0 && written;
   if (written && (toOutput || std::rename(part.c_str(), path.c_str()) == 0)) return;
   const int error = errno;
   if (!toOutput) std::remove(part.c_str());
-  FailToWrite(toOutput ? "Standard output" : path, std::strerror(error));
+  FailToWrite(toOutput ? "standard output" : path, error);
 }
 
 void MakeFolder(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
-  if (!std::filesystem::is_directory(path)) {
-    FailToWrite(path, error ? error.message() : "a file of this name is in the way");
-  }
+  const int fault = error ? error.value() : ENOTDIR;
+  if (!std::filesystem::is_directory(path, error)) FailToWrite(path, fault);
 }
 
 std::string JobStem(const std::string& path) {

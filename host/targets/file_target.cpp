@@ -2,38 +2,13 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <iterator>
 
 #include "common/file.h"
-#include "host/error.h"
+#include "common/write_error.h"
 
 namespace {
-
-struct ErrnoRemedy {
-  int error;
-  const char* remedy;
-};
-constexpr ErrnoRemedy kRemedies[] = {
-    {ENOENT, "make its folder first"},
-    {EACCES, "choose a folder that you may write to"},
-    {EROFS, "choose a folder that you may write to"},
-    {ENOSPC, "free some space or choose another folder"},
-    {EISDIR, "name a file in it"},
-};
-
-// Reads errno.
-[[noreturn]] void Fail(const std::string& target) {
-  const int error = errno;
-  const auto* row =
-      std::find_if(std::begin(kRemedies), std::end(kRemedies),
-                   [error](const ErrnoRemedy& remedy) { return remedy.error == error; });
-  throw HostError(kExitTarget, target + ": cannot be written: " + std::strerror(error),
-                  row == std::end(kRemedies) ? "" : row->remedy);
-}
 
 class FileTarget final : public JobTarget {
  public:
@@ -48,11 +23,13 @@ class FileTarget final : public JobTarget {
     TellGone();
   }
   void Write(std::string_view bytes) override {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size()) Fail(m_path);
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size())
+      FailToWrite(m_path, errno);
   }
   void Finish() override {
-    if (std::fflush(m_file.get()) != 0 || fsync(fileno(m_file.get())) != 0) Fail(m_path);
-    if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) Fail(m_path);
+    if (std::fflush(m_file.get()) != 0 || fsync(fileno(m_file.get())) != 0)
+      FailToWrite(m_path, errno);
+    if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) FailToWrite(m_path, errno);
     m_file.reset();
     TellGone();
   }
@@ -73,7 +50,7 @@ class FileTarget final : public JobTarget {
     for (int i = 2;; ++i) {
       FilePtr file(std::fopen(m_temporary.c_str(), "wbxe"));
       if (file != nullptr) return file;
-      if (errno != EEXIST) Fail(m_path);
+      if (errno != EEXIST) FailToWrite(m_path, errno);
       m_temporary = own + "-" + std::to_string(i) + ".part";
     }
   }
@@ -93,13 +70,14 @@ class FileTarget final : public JobTarget {
 class StreamTarget final : public JobTarget {
  public:
   StreamTarget(const std::string& name, std::FILE* file) : m_name(name), m_file(file) {
-    if (m_file == nullptr) Fail(m_name);
+    if (m_file == nullptr) FailToWrite(m_name, errno);
   }
   void Write(std::string_view bytes) override {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size()) Fail(m_name);
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size())
+      FailToWrite(m_name, errno);
   }
   void Finish() override {
-    if (std::fflush(m_file.get()) != 0) Fail(m_name);
+    if (std::fflush(m_file.get()) != 0) FailToWrite(m_name, errno);
   }
 
  private:

@@ -146,6 +146,12 @@ LINES = [
     ("vlx print page.pgm --printer L3 -o - --set print.speed=90 --paper 9x7mm", 0, "H90,0", ",9.00"),
     ("vlx print page.pgm $P -o l1.job; vlx print page.pgm $P --set print.speed=80 -o l1.job; "
      "tail -n +6 l1.job >1; tail -n +6 l3.job >3; cmp 1 3", 1, "differ"),  # by the dot gain
+    # A printer that hangs up early: what it got, and how to go on.
+    ("python3 -c 'import socket; s = socket.create_server((\"127.0.0.1\", 0)); "
+     "print(s.getsockname()[1], flush=True); s.accept()[0].recv(9)' >port & "
+     "until [ -s port ]; do sleep 0.1; done; for i in $(seq 300); do cat page.pgm; done | "
+     "vlx print - --paper 300x300mm --dpi 600 --to tcp://127.0.0.1:$(cat port)", 7,
+     "it has got", "bytes of the job; "),
     ("vlx doctor", 1, "BROKEN  printer l3", "does not answer", "1 broken", "pdftoppm"),
     ("sed -i s/203/20/ home/system.toml; vlx print page.pgm --printer l3", 4, "system.toml, line 5",
      "100 to 1200"),
@@ -162,6 +168,12 @@ LINES = [
     # Help, and what was meant.
     ("vlx help settings show", 0, "Usage: vlx settings show", "--changed", "!:FILE"),
     ("vlx help print", 0, "--dpi N", "[300]", "portrait|landscape", "!TEXT:", "!INT", "!REQUIRED"),
+    ("vlx print page.pgm --fit foo -o b.job", 2, '--fit is "foo"; choose one of none'),
+    ("vlx print page.pgm --dpi 5k -o b.job", 2, '--dpi is "5k"', "from 100 to 1200"),
+    ("vlx print page.pgm -o", 2, "--output has no value"),
+    ("vlx settings", 2, "give one of show, devmode, keys"),
+    ("vlx preview page.pgm $P -o no/seen.png", 5, "no/seen.png", "make its folder first"),
+    ("vlx print page.pgm $P -o no/a.job", 5, "no/a.job", "make its folder first"),
     ("vlx help prnt", 2, 'There is no command "vlx prnt"', '"print"'),
     ("vlx frobnicate", 2, "not expected", "!did you mean"),
     ("vlx settings show --set zzz.qqqq=1", 4, '"zzz.qqqq"', "vlx settings keys", "!did you mean"),

@@ -1,0 +1,34 @@
+// The error of a file that cannot be written, with the same words everywhere.
+#pragma once
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <string>
+
+#include "common/error.h"
+
+struct ErrnoRemedy {
+  int error;
+  const char* remedy;
+};
+inline constexpr ErrnoRemedy kWriteRemedies[] = {
+    {ENOENT, "make its folder first"},
+    {ENOTDIR, "what stands for its folder is a file: choose another folder"},
+    {EACCES, "choose a folder that you may write to"},
+    {EPERM, "choose a folder that you may write to"},
+    {EROFS, "choose a folder that you may write to"},
+    {ENOSPC, "free some space or choose another folder"},
+    {EDQUOT, "free some space or choose another folder"},
+    {EISDIR, "name a file in it"},
+};
+
+// error: an errno.
+[[noreturn]] inline void FailToWrite(const std::string& path, int error) {
+  const auto* row =
+      std::find_if(std::begin(kWriteRemedies), std::end(kWriteRemedies),
+                   [error](const ErrnoRemedy& remedy) { return remedy.error == error; });
+  throw CommandError(kExitTarget, path + ": cannot be written: " + std::strerror(error),
+                     row == std::end(kWriteRemedies) ? "check where it goes" : row->remedy);
+}
