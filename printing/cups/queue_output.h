@@ -22,6 +22,7 @@ class QueueOutput final : public JobTarget {
   // What is held goes out with the next write.
   void LetGo() noexcept { m_holds = false; }
   bool Holds() const { return m_holds; }
+  std::string_view Held() const { return m_held; }
 
  private:
   static void Send(std::string_view bytes);

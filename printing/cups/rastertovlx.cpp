@@ -11,6 +11,8 @@
 
 #include "printing/cups/queue_job.h"
 #include "printing/cups/queue_output.h"
+#include "viewer/codes/codes.h"
+#include "viewer/drawing/drawing.h"
 
 namespace {
 
@@ -32,19 +34,42 @@ void Tell(const char* level, std::string text) {
   std::fprintf(stderr, "%s: %s\n", level, text.c_str());
 }
 
+// Bar codes of the job's first label that will not scan, before the printer gets any of it. The
+// job may go on after the label.
+void WarnOfCodes(std::string_view job, double dpi) try {
+  viewer::JobReader reader(job);
+  std::optional<viewer::Label> label = reader.Next();
+  while (label && !label->size) label = reader.Next();
+  if (!label) return;
+  std::string why;
+  const std::optional<viewer::LabelPicture> drawn = viewer::DrawLabel(*label, dpi, why);
+  if (!drawn) return;
+  const int turn = viewer::UprightTurn(*label, 0);
+  for (const viewer::BitImage* plane : {&drawn->black, &drawn->highlight}) {
+    for (const viewer::CodeFault& fault : viewer::FindCodes(Turn(*plane, turn), dpi).faults) {
+      Tell("WARNING", viewer::CodeFaultText(fault, dpi));
+    }
+  }
+} catch (const std::bad_alloc&) {  // no reason not to print
+}
+
 class QueueObserver final : public JobObserver {
  public:
-  QueueObserver(QueueOutput& output, int copies) : m_output(output), m_copies(copies) {}
+  QueueObserver(QueueOutput& output, int copies, int dpi)
+      : m_output(output), m_copies(copies), m_dpi(dpi) {}
   void Warning(const std::string& text) override { Tell("WARNING", text); }
   void Progress(std::size_t printed, std::optional<std::size_t>) override {
     std::fprintf(stderr, "PAGE: %zu %d\n", printed, m_copies);
-    if (printed > 1) m_output.LetGo();
+    if (printed < 2 || !m_output.Holds()) return;
+    WarnOfCodes(m_output.Held(), m_dpi);
+    m_output.LetGo();
   }
   bool Cancelled() override { return g_cancelled != 0; }
 
  private:
   QueueOutput& m_output;
   const int m_copies;
+  const int m_dpi;
 };
 
 int CopiesOf(const char* text) {
@@ -68,11 +93,12 @@ void Print(char** arguments) {
 
   auto target = std::make_unique<QueueOutput>();
   QueueOutput& output = *target;
-  QueueObserver observer(output, queue.Collated() ? 1 : copies);
+  QueueObserver observer(output, queue.Collated() ? 1 : copies, order.dpi);
   Spool spool(std::move(target));
   const std::size_t printed = PrintLabels(pages, request, spool, observer);
   // A backend tells of its printer later on. Its message has to be the last one.
   if (printed > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
+  if (output.Holds()) WarnOfCodes(output.Held(), order.dpi);
   spool.Finish();
   pages.RethrowFailure();
 }

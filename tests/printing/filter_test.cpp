@@ -230,6 +230,24 @@ TEST_F(Filter, CostOfOneLabelIsToldBeforeTheJobIsSent) {
       << Read("err.txt");
 }
 
+// Bars of single dots, on a job of one label and on one whose first label is let go early.
+TEST_F(Filter, CodesThatDoNotScanAreToldBeforeTheJobIsSent) {
+  std::string code = "P5 400 240 255\n" + std::string(400 * 240, '\xFF');
+  for (int y = 60; y < 180; ++y) {
+    for (int x = 100, bar = 1; x < 300; bar = bar * 5 % 23) {
+      std::fill_n(code.end() - 400 * (240 - y) + x, 1 + bar % 2, '\0');
+      x += 2 + bar % 3;
+    }
+  }
+  home.WriteFile("code.pgm", code);
+  home.WriteFile("codes.pgm", code + code);
+  for (const char* file : {"code.pgm", "codes.pgm"}) {
+    ASSERT_EQ(RunFilter("media=Custom.50x30mm", file), 0);
+    EXPECT_NE(Read("err.txt").find("WARNING: The bar code at "), std::string::npos)
+        << Read("err.txt");
+  }
+}
+
 // The filter reading from a pipe that stays open: what happens when cupsd cancels a job.
 TEST_F(Filter, CancelledJobEndsAfterTheLabelInHand) {
   int document[2];

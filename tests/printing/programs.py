@@ -7,12 +7,14 @@ printer, and reads the bar codes back from its pictures.
 """
 
 import argparse
-import glob
+import collections
 import os
+import re
 import subprocess
 import sys
 import tempfile
 import time
+import zlib
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from cups_server import CupsServer, free_port
@@ -23,6 +25,7 @@ parser.add_argument("--office", action="store_true")
 arguments = parser.parse_args()
 BIN = os.path.join(os.path.abspath(arguments.build), "bin")
 TEXT = "LABEL-4711"
+RED = (120, 24)  # a field on the page in two colours, in pixels of the browser, 96 an inch
 faults, count = [], 0
 
 
@@ -52,9 +55,9 @@ class VirtualPrinter:
         raise RuntimeError(f"{name} does not come")
 
 
-def html(width, height, svg, colour="black"):
-    return (f"<html><head><style>@page {{size: {width}mm {height}mm; margin: 0}} body {{margin: 3mm;"
-            f" color: {colour}}}</style></head><body>{svg}<p>A label</p></body></html>")
+def html(width, height, svg, below="<p>A label</p>"):
+    return (f"<html><head><style>@page {{size: {width}mm {height}mm; margin: 0}} body {{margin: 3mm}}"
+            f"</style></head><body>{svg}{below}</body></html>")
 
 
 def chromium_pdf(folder, name, page):
@@ -90,6 +93,40 @@ def office_pdf(folder, code):
     return os.path.join(folder, "office.pdf")
 
 
+def images(job):
+    """The images of a job, each as rows of dots: "1" prints."""
+    found, at = [], 0
+    while (at := job.find(b"\x89PNG", at) + 8) >= 8:
+        width, packed, kind = int.from_bytes(job[at + 8:at + 12], "big"), b"", b""
+        while kind != b"IEND":
+            size, kind = int.from_bytes(job[at:at + 4], "big"), job[at + 4:at + 8]
+            packed += job[at + 8:at + 8 + size] if kind == b"IDAT" else b""
+            at += 12 + size
+        raw, stride = zlib.decompress(packed), 1 + (width + 7) // 8
+        rows = (bytes(255 - byte for byte in raw[i + 1:i + stride]) for i in range(0, len(raw), stride))
+        found.append([f"{int.from_bytes(row, 'big'):0{8 * len(row)}b}"[:width] for row in rows])
+    return found
+
+
+def runs(row):
+    return [len(run) for run in re.findall("1+|0+", row.strip("0"))]
+
+
+def check_dots(what, job, dpi):
+    found = images(job)
+    if "a PNG" in what:  # modules of 3 dots, printed as they are
+        bars = collections.Counter(row for row in found[0] if "1" in row).most_common(1)[0][0]
+        if len(runs(bars)) < 40 or any(run % 3 for run in runs(bars)):
+            faults.append(f"{what}: bars are {runs(bars)} dots")
+    if ("two colours" in what) != (len(found) == 2):
+        faults.append(f"{what}: {len(found)} images")
+    elif "two colours" in what:
+        red = [runs(row) for row in found[0] if "1" in row]
+        wide, long = (pixels / 96 * dpi for pixels in RED)
+        if abs(len(red) - long) > 1 or any(len(r) != 1 or abs(r[0] - wide) > 1 for r in red):
+            faults.append(f"{what}: red is {len(red)} rows of {red[:1]} dots, not {long} of {wide}")
+
+
 def check(what, printer, state):
     global count
     count += 1
@@ -98,8 +135,7 @@ def check(what, printer, state):
         return
     picture = printer.next_picture()
     with open(picture.replace("-0001.png", ".job"), "rb") as job:
-        if ("two colours" in what) != (b"dPNG;1\r\n" in job.read()):
-            faults.append(f"{what}: not the colours that were chosen")
+        check_dots(what, job.read(), int(what.split()[0]))
     read = subprocess.run(["zbarimg", "-q", "--raw", picture], capture_output=True, text=True,
                           check=False).stdout.split()
     print(f"{what}: {' '.join(read) or 'no bar code'}")
@@ -157,11 +193,13 @@ def main():
         page = os.path.join(folder, "page.ps")
         run("pdftops", portrait, page)
         lying = chromium_pdf(folder, "lying", html(150, 100, drawn))
-        red = chromium_pdf(folder, "red", html(100, 60, drawn, "#f00"))
+        # Wide enough that the browser does not shrink it.
+        red = chromium_pdf(folder, "red", html(150, 60, drawn, f"<div style='width: {RED[0]}px;"
+                            f" height: {RED[1]}px; background: #f00; print-color-adjust: exact'></div>"))
         documents = [
             ("a page of the browser", portrait, size),
             ("a landscape page of the browser", lying, ["-o", "media=100x150mm", "-o", "landscape"]),
-            ("two colours", red, [*size, "-o", "ColorModel=RGB"]),
+            ("two colours", red, ["-o", "media=Custom.150x60mm", "-o", "ColorModel=RGB"]),
             ("a PNG", png, size),
             ("PostScript", page, size),
         ]
