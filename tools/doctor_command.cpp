@@ -43,10 +43,12 @@ struct Converter {
   const char* program;
   const char* package;
   const char* pages;
+  bool common = true;  // without it, labels that most people print are lost
 };
 constexpr Converter kConverters[] = {
     {"pdftoppm", "poppler-utils", "PDF"},
-    {"stdbuf", "coreutils", "PDF"},
+    {"pdfinfo", "poppler-utils", "PDF"},
+    {"rsvg-convert", "librsvg2-bin", "SVG", false},
 };
 
 std::string FoundInPath(const std::string& program) {
@@ -142,7 +144,7 @@ void LookAtConverters(Findings& findings) {
     if (!path.empty()) {
       findings.push_back({State::Works, thing, path});
     } else {
-      findings.push_back({State::Broken, thing,
+      findings.push_back({converter.common ? State::Broken : State::Note, thing,
                           std::string("the program ") + converter.program + " is not in PATH",
                           std::string("install the package ") + converter.package});
     }

@@ -111,7 +111,7 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   }
 }
 
-OutputGuard GuardOutputs(const JobOptions& options) {
+OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile) {
   if (std::count(options.files.begin(), options.files.end(), "-") > 1) {
     throw HostError(kExitUsage, "Standard input, -, is named more than once",
                     "it can be read once only: name it once, or use files");
@@ -120,6 +120,7 @@ OutputGuard GuardOutputs(const JobOptions& options) {
   for (const std::string& file : options.files) inputs.push_back({"the page", file});
   inputs.push_back({"--settings", options.settingsFile});
   inputs.push_back({"--devmode", options.devmodeFile});
+  inputs.push_back({"the printer's settings", profile.settingsFile});
   OutputGuard guard(std::move(inputs), options.force);
   guard.Add({"--save-devmode", options.saveDevmodeFile}, kRecordOutput);
   return guard;

@@ -41,7 +41,7 @@ Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile =
 
 // Guards what the options read, and --save-devmode, which it has checked. Throws HostError (usage),
 // also if standard input is named twice.
-OutputGuard GuardOutputs(const JobOptions& options);
+OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile);
 
 // A file with a raw settings record. Throws HostError (input).
 DevModeRecord ReadDevModeFile(const std::string& path);

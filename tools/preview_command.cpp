@@ -45,7 +45,7 @@ class Pictures {
         m_single(options.output == "-" || options.output.ends_with(".png")),
         m_stem(options.job.files.front() == "-" ? "page"
                                                 : viewer::JobStem(options.job.files.front())),
-        m_guard(GuardOutputs(options.job)) {
+        m_guard(GuardOutputs(options.job, ProfileOf(options.job.printer))) {
     if (m_single) {
       m_guard.Add({"-o", m_output}, kPictureOutput);
     } else {

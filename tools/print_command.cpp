@@ -112,7 +112,7 @@ int RunPrint(PrintOptions options) {
   const PrinterProfile profile = ProfileOf(options.job.printer);
   if (options.output.empty() && options.to.empty()) options.to = profile.target;
   if (options.dryRun) options.job.saveDevmodeFile.clear();
-  OutputGuard guard = GuardOutputs(options.job);
+  OutputGuard guard = GuardOutputs(options.job, profile);
   if (!options.dryRun) guard.Add({"-o", options.output}, kJobOutput);
   const Settings settings = ReadSettings(options.job, profile);
   Spool spool(OpenTargets(options));

@@ -33,6 +33,18 @@ TEST(JobCost, CountsCopiesMediaAndCuts) {
             "2 labels, 1 cut, 106, 0 images");
 }
 
+TEST(JobCost, KnowsWhatAPartOfTheJobPrints) {
+  JobCost cost;
+  cost.Count(kSetup);
+  cost.Count("\r\nA3\r\n");
+  const std::uint64_t first = cost.Bytes();
+  cost.Count(kSetup + "\r\nA2\r\n");
+  EXPECT_EQ(cost.PrintedWithin(first - 1).pages, 0u);
+  EXPECT_EQ(cost.PrintedWithin(cost.Bytes() - 1).labels, 3u);
+  EXPECT_EQ(cost.PrintedWithin(cost.Bytes()).labels, 5u);
+  EXPECT_EQ(cost.PrintedWithin(cost.Bytes()).pages, 2u);
+}
+
 TEST(JobCost, KnowsWhatRepeatedImagesSave) {
   std::vector<std::string> job;
   const auto download = [&job](const std::string& name, const std::string& bytes) {

@@ -141,6 +141,12 @@ TEST_F(StateFiles, MalformedEntriesCountAsMissing) {
   EXPECT_NE(PlatformSystemFileComplaint().find("line 1: png must be"), std::string::npos);
   home.WriteFile("system.toml", others);
   EXPECT_EQ(PlatformSystemFileComplaint(), "");
+  // A printer's own dot gain is in force for the thread that prints on it.
+  PlatformSetPrinterDotGain(9);
+  EXPECT_EQ(PlatformDotGainPercent(), 9);
+  std::thread([] { EXPECT_EQ(PlatformDotGainPercent(), 7); }).join();
+  PlatformSetPrinterDotGain(-1);
+  EXPECT_EQ(PlatformDotGainPercent(), 7);
 }
 
 TEST_F(StateFiles, UnreadableFileIsOneLineAndCountsAsMissing) {

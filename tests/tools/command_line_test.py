@@ -152,6 +152,7 @@ LINES = [
      "until [ -s port ]; do sleep 0.1; done; for i in $(seq 300); do cat page.pgm; done | "
      "vlx print - --paper 300x300mm --dpi 600 --to tcp://127.0.0.1:$(cat port)", 7,
      "it has got", "bytes of the job; "),
+    ("vlx print page.pgm --printer l3 -o s.toml --force", 2, "the printer's settings"),
     ("vlx doctor", 1, "BROKEN  printer l3", "does not answer", "1 broken", "pdftoppm"),
     ("sed -i s/203/20/ home/system.toml; vlx print page.pgm --printer l3", 4, "system.toml, line 5",
      "100 to 1200"),
