@@ -32,14 +32,24 @@ constexpr const char* kScript = R"(<script>
   };
   window.newestJob = number => { newest = number; };
   window.showJob = (number, html) => {
-    const read = [...jobs.children].find(job => job.getBoundingClientRect().bottom > 0);
-    const before = read && read.getBoundingClientRect().top;
+    const seen = [...jobs.children].find(job => job.getBoundingClientRect().bottom > 0);
+    const before = seen && seen.getBoundingClientRect().top;
     jobs.insertAdjacentHTML("afterbegin", html);
-    if (read && scrollY > 0) scrollBy(0, read.getBoundingClientRect().top - before);
+    if (seen && scrollY > 0) scrollBy(0, seen.getBoundingClientRect().top - before);
     count.textContent = number + (number === 1 ? " job" : " jobs") + " so far";
     document.getElementById("waiting")?.remove();
   };
-  const look = () => { if (!loading && !document.hidden) load("newest.js", next); };
+  const read = text => {  // the page as it is now
+    const now = new DOMParser().parseFromString(text, "text/html").getElementById("jobs");
+    const last = Number(now.dataset.newest);
+    [...now.children].slice(0, Math.max(0, last - shown)).reverse().forEach(job => showJob(last, job.outerHTML));
+    shown = Math.max(shown, last);
+  };
+  const look = () => {
+    if (loading || document.hidden) return;
+    if (location.protocol === "file:") return load("newest.js", next);
+    fetch("index.html", {cache: "no-cache"}).then(answer => answer.text()).then(read, () => {});
+  };
   document.documentElement.style.overflowAnchor = "none";
   look();
   setInterval(look, 2000);

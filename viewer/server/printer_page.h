@@ -1,7 +1,7 @@
 // The page of the network printer: its jobs, the newest first. A script on the page looks for new
-// jobs and puts them on top without loading it again, so nobody loses the place. It works for a
-// page that is opened as a file, too: there a page may run scripts but not read files. What the
-// page has to know is therefore in scripts, one that names the newest job and one for each job.
+// jobs and puts them on top without loading it again, so nobody loses the place. From a web server
+// it reads the page itself. A page that is opened as a file may not read files, but it may run
+// scripts: one that names the newest job and one for each job.
 #pragma once
 
 #include <cstdint>
