@@ -7,7 +7,7 @@ packages=(
   cmake g++ make
   libdeflate-dev libisal-dev libhwy-dev libpng-dev libtomlplusplus-dev libcli11-dev libstb-dev nlohmann-json3-dev
   libjpeg62-turbo-dev libtiff-dev libgif-dev libwebp-dev pkg-config
-  libcups2-dev libpappl-dev libgtest-dev python3 binutils poppler-utils librsvg2-bin
+  libzint-dev libcups2-dev libpappl-dev libgtest-dev python3 binutils poppler-utils librsvg2-bin
 )
 windows=(g++-mingw-w64-x86-64-posix wine64 python3-pil)
 tests=(

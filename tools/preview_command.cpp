@@ -1,12 +1,13 @@
 #include "tools/preview_command.h"
 
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 
 #include "common/error.h"
 #include "tools/job_options.h"
 #include "tools/job_report.h"
-#include "viewer/drawing/job_view.h"
+#include "tools/label_pictures.h"
 #include "viewer/files.h"
 
 namespace {
@@ -25,16 +26,19 @@ struct PreviewOptions {
   std::string output;
 };
 
-// Keeps the job in memory: it is small compared with its pages.
-class MemoryTarget final : public JobTarget {
- public:
-  explicit MemoryTarget(std::string& job) : m_job(job) {}
-  void Write(std::string_view bytes) override { m_job += bytes; }
-  void Finish() override {}
-
- private:
-  std::string& m_job;
-};
+// A picture in another format; a folder may have such a name only if it exists already.
+void RefuseOtherPictures(const std::string& output) {
+  std::error_code error;
+  const std::filesystem::path path(output);
+  std::string ending = path.extension().string();
+  for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (const char* other : {".jpg", ".jpeg", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".svg",
+                            ".pdf", ".pbm", ".pgm", ".ppm", ".job"}) {
+    if (ending != other || std::filesystem::is_directory(path, error)) continue;
+    throw CommandError(kExitUsage, "\"" + output + "\" names a file that preview does not write",
+                       "name a picture, " + path.stem().string() + ".png, or a folder");
+  }
+}
 
 // Writes one picture file, or a folder with a picture for each label.
 class Pictures {
@@ -49,6 +53,7 @@ class Pictures {
     if (m_single) {
       m_guard.Add({"-o", m_output}, kPictureOutput);
     } else {
+      RefuseOtherPictures(m_output);
       viewer::MakeFolder(m_output);
     }
   }
@@ -91,12 +96,6 @@ class Pictures {
   std::size_t m_count = 0;
 };
 
-viewer::Colour InkOf(const OEMDEV& devmode) {
-  const COLORREF color = devmode.crHighlightColor;
-  return {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8),
-          static_cast<std::uint8_t>(color >> 16)};
-}
-
 int RunPreview(const PreviewOptions& options) {
   const Settings settings = ReadSettings(options.job, ProfileOf(options.job.printer));
   Pictures pictures(options);
@@ -104,17 +103,8 @@ int RunPreview(const PreviewOptions& options) {
   Spool spool(std::make_unique<MemoryTarget>(job));
   const PrintedFiles printed = PrintFiles(options.job, MakeRequest(options.job, settings), spool);
 
-  const double dpi = settings.Page().dpi;
-  const int pageTurn =
-      settings.Page().landscape ? 90 : 0;  // landscape pages are printed turned clockwise
-  viewer::JobView view(job, dpi);
-  while (const std::optional<viewer::DrawnLabel> drawn = view.Next()) {
-    if (!drawn->picture) {
-      throw CommandError(kExitSettings, "The label cannot be drawn: " + drawn->why);
-    }
-    pictures.Add(viewer::PicturePng(viewer::Turn(*drawn->picture, (drawn->turn + pageTurn) % 360),
-                                    dpi, InkOf(printed.devmode)));
-  }
+  DrawLabels(job, settings.Page(), printed.devmode,
+             [&pictures](const std::string& png) { pictures.Add(png); });
   pictures.Finish();
   PrintReport(options.job, {{options.output}, printed.pages, pictures.Paths()}, spool.Cost(),
               options.output == "-");

@@ -17,6 +17,7 @@
 #include "tools/printers_command.h"
 #include "tools/settings_command.h"
 #include "tools/stocks_command.h"
+#include "tools/test_label_command.h"
 #include "tools/usage.h"
 #include "viewer/commands/commands.h"
 
@@ -31,9 +32,9 @@ Every command has its own --help with examples.)";
 
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
-    PrintCommand,   PreviewCommand,  AddViewCommand,  AddExplainCommand, AddLintCommand,
-    AddDiffCommand, AddServeCommand, SettingsCommand, StocksCommand,     PrintersCommand,
-    DoctorCommand,  HelpCommand,     VersionCommand,  CompletionCommand,
+    PrintCommand,   PreviewCommand, TestLabelCommand, AddViewCommand,    AddExplainCommand,
+    AddLintCommand, AddDiffCommand, AddServeCommand,  SettingsCommand,   StocksCommand,
+    PrintersCommand, DoctorCommand, HelpCommand,      VersionCommand,    CompletionCommand,
 };
 
 int Run(int argc, char** argv) {

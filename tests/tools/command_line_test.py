@@ -83,6 +83,8 @@ def check_completion():
     rows = {
         "vlx pri": {"print", "printers"},
         "vlx help se": {"serve", "settings"},
+        "vlx te": {"test-label"},
+        "vlx test-label --or": {"--orientation"},
         "vlx settings ": {"show", "devmode", "keys"},
         "vlx print a.png --sav": {"--save-devmode"},
         "vlx print a.png --orientation ": {"portrait", "landscape"},
@@ -184,6 +186,15 @@ LINES = [
     ("vlx completion words help pri", 0, "print\nprinters"),
     ("cat notes.txt; test -e new -o -e b.job || vlx print page.pgm $P -o notes.txt --force", 0,
      "important", "1 label"),
+    # Pictures in other formats are no folders.
+    ("vlx preview page.pgm $P -o seen.jpg; code=$?; test ! -e seen.jpg && exit $code", 2, "seen.png"),
+    ("vlx preview page.pgm $P -o job.pictures; ls job.pictures", 0, "page-0001.png"),
+    ("vlx view a.job", 0, "a/a-0001.png", "in the folder a"),
+    # The test label.
+    ("vlx test-label", 2, "--to tcp://HOST"),
+    ("vlx test-label -o page.pgm", 2, "page.pgm", "no job"),
+    ("vlx test-label -o test.job && vlx lint test.job", 1, "1 label", "single dot"),
+    ("vlx test-label -o small.png --paper 30x20mm", 0, "no room for: bars 4", "small.png: 1 label"),
 ]
 
 

@@ -134,13 +134,14 @@ class Viewing {
       PrintJson(json);
       return;
     }
+    const std::string where = m_folder.empty() ? "" : "; pictures in the folder " + m_folder;
     std::fprintf(m_options.sheet == "-" ? stderr : stdout,
-                 "%s: %s, %s dpi%s, %llu downloaded, %llu re-used\n",
+                 "%s: %s, %s dpi%s, %llu downloaded, %llu re-used%s\n",
                  m_options.sheet.empty() ? m_options.job.c_str() : m_options.sheet.c_str(),
                  m_totals.Text().c_str(), Plain(m_view.Dpi()).c_str(),
                  m_view.DpiIsGuessed() ? " (guessed)" : "",
                  static_cast<unsigned long long>(reader.Downloads()),
-                 static_cast<unsigned long long>(reader.Reused()));
+                 static_cast<unsigned long long>(reader.Reused()), where.c_str());
   }
 
   const ViewOptions& m_options;

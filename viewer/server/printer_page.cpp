@@ -47,7 +47,7 @@ constexpr const char* kScript = R"(<script>
   };
   const look = () => {
     if (loading || document.hidden) return;
-    if (location.protocol === "file:") return load("newest.js", next);
+    if (!location.protocol.startsWith("http")) return load("newest.js", next);
     fetch("index.html", {cache: "no-cache"}).then(answer => answer.text()).then(read, () => {});
   };
   document.documentElement.style.overflowAnchor = "none";
