@@ -1,8 +1,26 @@
 #include "host/label_job.h"
 
+#include <cmath>
+
 #include "host/driver/module.h"
 #include "host/driver/printer.h"
 #include "host/settings/printer_profiles.h"
+
+namespace {
+
+std::string ScaleText(const PageScale& scale, const std::string& page, int dpi) {
+  const std::string x = FormatMm(scale.x * 100), y = FormatMm(scale.y * 100);
+  const bool isInProportion = std::abs(scale.x / scale.y - 1) < 0.01;  // to whole dots
+  std::string text = page;
+  if (scale.statedDpi > 0) {
+    text += " states " + FormatMm(scale.statedDpi) + " dpi, the printer has " +
+            std::to_string(dpi) + ": it";
+  }
+  text += " is scaled to " + x + (isInProportion ? "" : " x " + y) + " %";
+  return scale.isWhole ? text : text + "; bar codes on it may no longer scan";
+}
+
+}  // namespace
 
 LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer)
     : m_spool(spool),
@@ -10,6 +28,7 @@ LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observe
       m_name(request.name),
       m_id(request.id),
       m_fit(request.fit),
+      m_place(request.place),
       m_bandRows(request.bandRows),
       m_driver(FindPlugin(), spool),
       m_devmode(m_driver.MakeDevMode(request.settings, request.record)) {
@@ -26,11 +45,14 @@ void LabelJob::Print(PageImage& page) {
   const std::string name = "Page " + std::to_string(m_pages + 1);
   {
     const StageClock::Scope time(m_spool.Clock(), Stage::Read);
-    FitPage(page, m_device, m_fit, name);
-    if (LosesContent(page, m_device)) {
+    if (const std::optional<PageScale> scale = FitPage(page, m_device, m_fit, name)) {
+      m_observer.Warning(ScaleText(*scale, name, m_device.dpi));
+    }
+    const POINT at = PlaceOf(page, m_device, m_place);
+    if (LosesContent(page, m_device, at)) {
       m_observer.Warning(name + " has content in the margins that the printer does not reach");
     }
-    RasterPage(page, m_device, m_surface);
+    RasterPage(page, m_device, at, m_surface);
   }
   if (!m_open) {
     m_driver.StartDocument(m_name, m_id);

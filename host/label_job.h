@@ -31,6 +31,7 @@ struct JobRequest {
   Settings settings;
   std::optional<DevModeRecord> record;  // the settings are laid over it; the default if none
   Fit fit = Fit::None;
+  Place place = Place::TopLeft;
   int bandRows = 256;  // rows that are handed to the plug-in at a time; does not change the job
 };
 
@@ -53,7 +54,7 @@ class LabelJob {
   JobObserver& Observer() const { return m_observer; }
   Spool& Target() const { return m_spool; }
 
-  // Fits the page to the paper and prints it. The document starts with the first page that fits, so
+  // Fits the page to the paper, places it and prints it; the observer hears how it was scaled. The document starts with the first page that fits, so
   // a job whose first page is refused has sent nothing. The image's content is undefined
   // afterwards; pass the same image for every page. Throws HostError (settings) if the page does
   // not fit, and what the spool throws; then abort the job, or end it with the pages that went
@@ -75,6 +76,7 @@ class LabelJob {
   const std::string m_name;
   const std::uint32_t m_id;
   const Fit m_fit;
+  const Place m_place;
   const int m_bandRows;
   LabelDriver m_driver;
   OEMDEV m_devmode;

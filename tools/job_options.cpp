@@ -29,6 +29,13 @@ std::string DocumentName(const JobOptions& options) {
   return first == "-" ? "standard input" : std::filesystem::path(first).filename().string();
 }
 
+Place PlaceOfName(std::string_view name) {
+  if (name == "top-right") return Place::TopRight;
+  if (name == "bottom-left") return Place::BottomLeft;
+  if (name == "bottom-right") return Place::BottomRight;
+  return name == "centre" ? Place::Centre : Place::TopLeft;
+}
+
 std::unique_ptr<PageSource> OpenJobPages(const JobOptions& options, int dpi) {
   if (options.pages.empty()) return std::make_unique<PageFiles>(options.files, dpi);
   return std::make_unique<SelectedPages>(options.files, dpi, ParsePageRanges(options.pages));
@@ -91,8 +98,11 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
       ->check(CLI::IsMember({"portrait", "landscape"}));
   command
       .add_option("--fit", options.fit,
-                  "none: a page larger than the paper is an error; shrink: scale it down [none]")
-      ->check(CLI::IsMember({"none", "shrink"}));
+                  "none: a page larger than the paper is an error; shrink: scale it down; fit: also "
+                  "scale a smaller one up [none]")
+      ->check(CLI::IsMember({"none", "shrink", "fit"}));
+  command.add_option("--place", options.place, "Where a page smaller than the paper lies [top-left]")
+      ->check(CLI::IsMember({"top-left", "top-right", "bottom-left", "bottom-right", "centre"}));
   command.add_option("--copies", options.copies, "Copies of each label [1]")
       ->check(CLI::Range(1, 32767));
   command.add_flag("--collate", options.collate,
@@ -156,7 +166,10 @@ JobRequest MakeRequest(const JobOptions& options, const Settings& settings) {
   request.printer = options.printer;
   request.settings = settings;
   if (!options.devmodeFile.empty()) request.record = ReadDevModeFile(options.devmodeFile);
-  request.fit = options.fit == "shrink" ? Fit::Shrink : Fit::None;
+  request.fit = options.fit == "shrink" ? Fit::Shrink
+                : options.fit == "fit"  ? Fit::Scale
+                                        : Fit::None;
+  request.place = PlaceOfName(options.place);
   request.bandRows = options.bandRows;
   return request;
 }

@@ -24,6 +24,7 @@ struct JobOptions {
   int copies = 0;  // 0: not given
   bool collate = false;
   std::string fit = "none";
+  std::string place = "top-left";
   std::string name;
   int bandRows = 256;
   bool force = false;

@@ -87,9 +87,11 @@ int main(int argc, char** argv) {
   try {
     return WithOutput(Run(argc, argv));
   } catch (const PageTooLargeError& error) {
-    return Report(
-        CommandError(error.Code(), error.Fact(),
-                     "choose a larger --paper, another --dpi or --orientation, or --fit shrink"));
+    const std::optional<PaperSize>& paper = error.FittingPaper();
+    return Report(CommandError(error.Code(), error.Fact(),
+                               (paper ? "choose --paper " + FormatPaperSize(*paper)
+                                      : std::string("make the page smaller")) +
+                                   ", another --dpi or --orientation, or --fit shrink"));
   } catch (const CommandError& error) {
     return Report(error);
   } catch (const std::bad_alloc&) {

@@ -216,7 +216,8 @@ DevicePage LabelDriver::Page() const {
           .offsetYPx = m_gdiInfo.ptlPhysOffset.y,
           .surfaceWidthPx = static_cast<LONG>(m_gdiInfo.ulHorzRes),
           .surfaceHeightPx = static_cast<LONG>(m_gdiInfo.ulVertRes),
-          .dpi = static_cast<int>(m_gdiInfo.ulLogPixelsX)};
+          .dpi = static_cast<int>(m_gdiInfo.ulLogPixelsX),
+          .landscape = m_publicDevmode.dmOrientation == DMORIENT_LANDSCAPE};
 }
 
 PFN LabelDriver::FindHook(ULONG index) const {

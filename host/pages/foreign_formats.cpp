@@ -83,8 +83,7 @@ std::string Quoted(const std::string& name) {
 HostError Refusal(const ForeignFormat& format, const std::string& name) {
   std::string command = format.command;
   command.replace(command.find('$'), 1, Quoted(name));
-  return HostError(kExitInput,
-                   name + ": seems to be " + format.name + ", which cannot be printed",
+  return HostError(kExitInput, name + ": seems to be " + format.name + ", which cannot be printed",
                    "convert it: " + command);
 }
 

@@ -5,18 +5,8 @@
 #include <cstring>
 
 #include "host/error.h"
+#include "host/pages/page_scale.h"
 #include "host/settings/length.h"
-
-#define STB_IMAGE_RESIZE_IMPLEMENTATION
-#define STB_IMAGE_RESIZE_STATIC
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wunused-function"
-#pragma GCC diagnostic ignored "-Wunused-parameter"
-#pragma GCC diagnostic ignored "-Wshadow"
-#pragma GCC diagnostic ignored "-Wsign-compare"
-#pragma GCC diagnostic ignored "-Wunused-but-set-variable"
-#include <stb/stb_image_resize.h>
-#pragma GCC diagnostic pop
 
 namespace {
 
@@ -25,24 +15,15 @@ std::string SizeText(std::int64_t width, std::int64_t height, int dpi) {
          std::to_string(width) + " x " + std::to_string(height) + " dots)";
 }
 
-void Shrink(PageImage& page, const DevicePage& device, const std::string& name) {
-  const double scale = std::min(static_cast<double>(device.physicalWidthPx) / page.widthPx,
-                                static_cast<double>(device.physicalHeightPx) / page.heightPx);
-  const auto side = [scale](std::uint32_t length, LONG most) {
-    return std::clamp<std::int64_t>(std::llround(length * scale), 1, most);
-  };
-  PageImage smaller;
-  ShapePage(smaller, side(page.widthPx, device.physicalWidthPx),
-            side(page.heightPx, device.physicalHeightPx), name);
-  if (stbir_resize_uint8(page.pixels.data(), static_cast<int>(page.widthPx),
-                         static_cast<int>(page.heightPx), static_cast<int>(page.strideBytes),
-                         smaller.pixels.data(), static_cast<int>(smaller.widthPx),
-                         static_cast<int>(smaller.heightPx), static_cast<int>(smaller.strideBytes),
-                         3) == 0) {
-    throw std::bad_alloc();
-  }
-  page = std::move(smaller);
+// Whether a picture for so many dots per inch is taken dot for dot: 203 and 203.2 dpi are the same.
+bool IsSameResolution(double dpi, int deviceDpi) { return std::abs(deviceDpi / dpi - 1) < 0.005; }
+
+std::int64_t Dots(double length, LONG most) {
+  return std::clamp<std::int64_t>(std::llround(length), 1, most);
 }
+
+// How far a page may fall short of the paper before Fit::Scale enlarges it.
+constexpr double kLeastGrowth = 1.01;
 
 }  // namespace
 
@@ -54,12 +35,43 @@ PageTooLargeError::PageTooLargeError(const std::string& page, const PageImage& i
                                      const DevicePage& paper)
     : HostError(
           kExitSettings,
-          page + " is " + SizeText(image.widthPx, image.heightPx, paper.dpi) + " at " +
-              std::to_string(paper.dpi) + " dpi, the paper is " +
+          page + " is " +
+              SizeText(DotsOf(image, paper.dpi).width, DotsOf(image, paper.dpi).height, paper.dpi) +
+              " at " + std::to_string(paper.dpi) + " dpi, the paper is " +
               SizeText(paper.physicalWidthPx, paper.physicalHeightPx, paper.dpi),
           "choose a larger paper, another resolution or orientation, or let pages shrink to fit"),
-      m_widthMm(image.widthPx * 25.4 / paper.dpi),
-      m_heightMm(image.heightPx * 25.4 / paper.dpi) {}
+      m_widthMm(static_cast<double>(DotsOf(image, paper.dpi).width) * 25.4 / paper.dpi),
+      m_heightMm(static_cast<double>(DotsOf(image, paper.dpi).height) * 25.4 / paper.dpi),
+      m_fitting(PaperFor(image, paper.dpi, paper.landscape)) {}
+
+PageDots DotsOf(const PageImage& page, int dpi) {
+  const auto dots = [dpi](std::uint32_t px, double statedDpi) {
+    const bool isSame = statedDpi <= 0 || IsSameResolution(statedDpi, dpi);
+    return isSame ? std::int64_t{px}
+                  : std::max<std::int64_t>(std::llround(px * dpi / statedDpi), 1);
+  };
+  return {dots(page.widthPx, page.xDpi), dots(page.heightPx, page.yDpi)};
+}
+
+std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape) {
+  // The roundest length that has these dots.
+  const auto side = [&](std::int64_t dots) -> std::int32_t {
+    const double lengthUm = (static_cast<double>(dots) - (page.roundedUp ? 0.5 : 0)) * 25400 / dpi;
+    if (lengthUm > kLongestSideUm || lengthUm * dpi > 2147483647.0) return 0;
+    for (const int stepUm : {1000, 500, 100, 10, 1}) {
+      const double um = std::round(lengthUm / stepUm) * stepUm;
+      const std::int64_t paperDots = std::llround(um * dpi / 25400);
+      if (paperDots != dots && (!page.roundedUp || paperDots != dots - 1)) continue;
+      return std::max(static_cast<std::int32_t>(um), kShortestSideUm);
+    }
+    return 0;
+  };
+  const PageDots dots = DotsOf(page, dpi);
+  PaperSize paper = {side(dots.width), side(dots.height)};
+  if (landscape) std::swap(paper.widthUm, paper.lengthUm);
+  if (paper.widthUm == 0 || paper.lengthUm == 0) return std::nullopt;
+  return paper;
+}
 
 void CheckPrintable(const DevicePage& device) {
   if (device.physicalWidthPx < 0 || device.physicalHeightPx < 0) {
@@ -78,7 +90,8 @@ void CheckPrintable(const DevicePage& device) {
                   "make paper.margin_* or the stock's margins smaller, or the paper larger");
 }
 
-void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::string& name) {
+std::optional<PageScale> FitPage(PageImage& page, const DevicePage& device, Fit fit,
+                                 const std::string& name) {
   if (page.roundedUp) {
     const auto whole = [](std::uint32_t length, LONG most) {
       return std::int64_t{length} == std::int64_t{most} + 1 && most > 0 ? length - 1 : length;
@@ -86,47 +99,84 @@ void FitPage(PageImage& page, const DevicePage& device, Fit fit, const std::stri
     TrimPage(page, whole(page.widthPx, device.physicalWidthPx),
              whole(page.heightPx, device.physicalHeightPx));
   }
-  if (std::int64_t{page.widthPx} <= device.physicalWidthPx &&
-      std::int64_t{page.heightPx} <= device.physicalHeightPx) {
-    return;
+  const PageDots dots = DotsOf(page, device.dpi);
+  const bool fits = dots.width <= device.physicalWidthPx && dots.height <= device.physicalHeightPx;
+  if (!fits && fit == Fit::None) throw PageTooLargeError(name, page, device);
+  double scale = 1;
+  if (!fits || fit == Fit::Scale) {
+    scale = std::min(device.physicalWidthPx / static_cast<double>(dots.width),
+                     device.physicalHeightPx / static_cast<double>(dots.height));
+    if (scale > 1 && scale < kLeastGrowth) scale = 1;
   }
-  if (fit == Fit::Shrink) return Shrink(page, device, name);
-  throw PageTooLargeError(name, page, device);
+  const auto width = Dots(static_cast<double>(dots.width) * scale, device.physicalWidthPx);
+  const auto height = Dots(static_cast<double>(dots.height) * scale, device.physicalHeightPx);
+  if (width == page.widthPx && height == page.heightPx) return std::nullopt;
+  const bool isStated = dots.width != page.widthPx || dots.height != page.heightPx;
+  const PageScale made = {.x = static_cast<double>(width) / page.widthPx,
+                          .y = static_cast<double>(height) / page.heightPx,
+                          .statedDpi = isStated ? page.xDpi : 0,
+                          .isWhole = IsWholeScale(page, width, height)};
+  ScalePage(page, width, height, isStated || scale > 1 ? Mixing::Light : Mixing::Values, name);
+  return made;
 }
 
-void RasterPage(PageImage& page, const DevicePage& device, PageImage& surface) {
+POINT PlaceOf(const PageImage& page, const DevicePage& device, Place place) {
+  const LONG right = device.physicalWidthPx - static_cast<LONG>(page.widthPx);
+  const LONG bottom = device.physicalHeightPx - static_cast<LONG>(page.heightPx);
+  switch (place) {
+    case Place::Centre:
+      return {right / 2, bottom / 2};
+    case Place::TopRight:
+      return {right, 0};
+    case Place::BottomLeft:
+      return {0, bottom};
+    case Place::BottomRight:
+      return {right, bottom};
+    case Place::TopLeft:
+      break;
+  }
+  return {0, 0};
+}
+
+void RasterPage(PageImage& page, const DevicePage& device, POINT at, PageImage& surface) {
   const std::int64_t width = device.surfaceWidthPx;
   const std::int64_t height = device.surfaceHeightPx;
-  if (device.offsetXPx == 0 && device.offsetYPx == 0 && page.widthPx == width &&
-      page.heightPx == height) {
+  const std::int64_t left = std::int64_t{at.x} - device.offsetXPx;  // of the page on the surface
+  const std::int64_t top = std::int64_t{at.y} - device.offsetYPx;
+  if (left == 0 && top == 0 && page.widthPx == width && page.heightPx == height) {
     std::swap(page, surface);
     return;
   }
   ShapePage(surface, static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height),
             "The printable area");
   std::fill(surface.pixels.begin(), surface.pixels.end(), 0xFF);
-  const std::int64_t columns = std::min(std::int64_t{page.widthPx} - device.offsetXPx, width);
-  const std::int64_t rows = std::min(std::int64_t{page.heightPx} - device.offsetYPx, height);
+  const std::int64_t firstColumn = std::max<std::int64_t>(left, 0);
+  const std::int64_t columns = std::min(left + page.widthPx, width) - firstColumn;
   if (columns <= 0) return;
-  for (std::int64_t y = 0; y < rows; ++y) {
-    std::memcpy(surface.Row(static_cast<std::uint32_t>(y)),
-                page.Row(static_cast<std::uint32_t>(y + device.offsetYPx)) + 3 * device.offsetXPx,
+  const std::int64_t end = std::min(top + page.heightPx, height);
+  for (std::int64_t y = std::max<std::int64_t>(top, 0); y < end; ++y) {
+    std::memcpy(surface.Row(static_cast<std::uint32_t>(y)) + 3 * firstColumn,
+                page.Row(static_cast<std::uint32_t>(y - top)) + 3 * (firstColumn - left),
                 static_cast<std::size_t>(3 * columns));
   }
 }
 
-bool LosesContent(const PageImage& page, const DevicePage& device) {
-  const std::int64_t left = device.offsetXPx;
-  const std::int64_t right = device.surfaceWidthPx;
+bool LosesContent(const PageImage& page, const DevicePage& device, POINT at) {
+  // What is printed, seen from the page.
+  const auto within = [](std::int64_t place, std::uint32_t length) {
+    return std::clamp<std::int64_t>(place, 0, length);
+  };
+  const std::int64_t left = within(std::int64_t{device.offsetXPx} - at.x, page.widthPx);
+  const std::int64_t right =
+      std::max(within(std::int64_t{device.surfaceWidthPx} - at.x, page.widthPx), left);
+  const std::int64_t top = std::int64_t{device.offsetYPx} - at.y;
+  const std::int64_t bottom = std::int64_t{device.surfaceHeightPx} - at.y;
   for (std::uint32_t y = 0; y < page.heightPx; ++y) {
-    const bool printed =
-        std::int64_t{y} >= device.offsetYPx && std::int64_t{y} < device.surfaceHeightPx;
-    const std::int64_t first = printed ? std::min<std::int64_t>(left, page.widthPx) : page.widthPx;
-    if (!IsWhite(page.Row(y), static_cast<std::size_t>(3 * first))) return true;
-    if (!printed || right >= std::int64_t{page.widthPx}) continue;
-    const std::int64_t from = std::max(right, left);
-    if (!IsWhite(page.Row(y) + 3 * from,
-                 static_cast<std::size_t>(3 * std::max<std::int64_t>(page.widthPx - from, 0)))) {
+    const bool printed = std::int64_t{y} >= top && std::int64_t{y} < bottom;
+    const std::int64_t first = printed ? left : page.widthPx;
+    const std::int64_t from = printed ? right : page.widthPx;
+    if (!IsWhite(page.Row(y), static_cast<std::size_t>(3 * first)) ||
+        !IsWhite(page.Row(y) + 3 * from, static_cast<std::size_t>(3 * (page.widthPx - from)))) {
       return true;
     }
   }

@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr std::int32_t kLongestSideUm = 3276700;  // what the public devmode can hold
-
 struct UnitSize {
   std::string_view name;
   double um;
@@ -125,7 +123,7 @@ PaperSize ParsePaperSize(std::string_view text, std::string_view what) {
   const PaperSize size = {reader.Micrometres(width, widthUnit.empty() ? unit : widthUnit),
                           reader.Micrometres(length, unit)};
   for (const std::int32_t side : {size.widthUm, size.lengthUm}) {
-    if (side < 100 || side > kLongestSideUm) reader.Refuse("make each side 0.1 mm to 3276.7 mm");
+    if (side < kShortestSideUm || side > kLongestSideUm) reader.Refuse("make each side 0.1 mm to 3276.7 mm");
   }
   return size;
 }

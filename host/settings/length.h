@@ -10,6 +10,10 @@
 // text's name in messages.
 std::int32_t ParseLengthUm(std::string_view text, std::string_view what);
 
+// What the public devmode can hold.
+inline constexpr std::int32_t kShortestSideUm = 100;
+inline constexpr std::int32_t kLongestSideUm = 3276700;
+
 struct PaperSize {
   std::int32_t widthUm;
   std::int32_t lengthUm;

@@ -262,17 +262,91 @@ TEST(PageFiles, ReadsPngOnWhite) {
 
 TEST(PageRaster, CutsTheSurfaceAndTellsWhatIsLost) {
   const DevicePage device = {20, 20, 3, 1, 9, 12, 203};
-  for (int dot = 0; dot < 18 * 15; ++dot) {
-    const int x = dot % 18, y = dot / 18, surfaceX = x - 3, surfaceY = y - 1;
+  for (int dot = 0; dot < 2 * 18 * 15; ++dot) {
+    const POINT at = dot < 18 * 15 ? POINT{0, 0} : POINT{2, 5};
+    const int x = dot % 18, y = dot / 18 % 15, paperX = x + at.x, paperY = y + at.y,
+              surfaceX = paperX - 3, surfaceY = paperY - 1;
     PageImage page, surface;
     ShapePage(page, 18, 15, "page");
     std::fill(page.pixels.begin(), page.pixels.end(), 0xFF);
     page.Row(y)[3 * x] = 7;
     const bool onSurface = surfaceX >= 0 && surfaceY >= 0 && surfaceX < 9 && surfaceY < 12;
-    EXPECT_EQ(LosesContent(page, device), !(onSurface && x < 9 && y < 12)) << x << " " << y;
-    RasterPage(page, device, surface);
+    EXPECT_EQ(LosesContent(page, device, at), !(onSurface && paperX < 9 && paperY < 12))
+        << x << " " << y;
+    RasterPage(page, device, at, surface);
     ASSERT_EQ(std::count(surface.pixels.begin(), surface.pixels.end(), 7), onSurface);
     EXPECT_TRUE(!onSurface || surface.Row(surfaceY)[3 * surfaceX] == 7) << x << " " << y;
+  }
+}
+
+TEST(PageRaster, ScalesToTheStatedSizeAndToThePaper) {
+  struct Row {
+    std::uint32_t width, height;
+    double xDpi, yDpi;
+    Fit fit;
+    std::uint32_t scaledWidth, scaledHeight;
+    bool isWhole;
+  };
+  const Row rows[] = {
+      // paper of 100 x 80 dots at 300 dpi
+      {40, 30, 0, 0, Fit::None, 40, 30, true},
+      {40, 30, 301, 299, Fit::None, 40, 30, true},
+      {40, 30, 150, 150, Fit::None, 80, 60, true},
+      {40, 30, 200, 600, Fit::None, 60, 15, false},
+      {40, 30, 96, 96.2, Fit::None, 40, 30, true},
+      {40, 30, 1, 1, Fit::None, 40, 30, true},
+      {200, 40, 0, 0, Fit::Shrink, 100, 20, false},
+      {200, 40, 600, 600, Fit::None, 100, 20, false},
+      {40, 30, 0, 0, Fit::Shrink, 40, 30, true},
+      {40, 40, 0, 0, Fit::Scale, 80, 80, true},
+      {40, 30, 150, 150, Fit::Scale, 100, 75, false},
+      {99, 80, 0, 0, Fit::Scale, 99, 80, true},
+  };
+  for (const Row& row : rows) {
+    const DevicePage device = {100, 80, 0, 0, 100, 80, 300};
+    PageImage page;
+    ShapePage(page, row.width, row.height, "page");
+    for (std::size_t i = 0; i < page.pixels.size(); ++i) page.pixels[i] = i / 3 % 2 * 255;
+    StateResolution(page, row.xDpi, row.yDpi);
+    const auto scale = FitPage(page, device, row.fit, "page");
+    EXPECT_EQ(std::pair(page.widthPx, page.heightPx), std::pair(row.scaledWidth, row.scaledHeight));
+    EXPECT_EQ(scale.has_value(), row.width != row.scaledWidth || row.height != row.scaledHeight);
+    EXPECT_EQ(!scale || scale->isWhole, row.isWhole);
+    // Black and white columns become grey of half the light; --fit shrink averages values.
+    if (row.width == 2 * row.scaledWidth) {
+      EXPECT_NEAR(page.Row(10)[150], row.xDpi > 0 ? 188 : 128, 2);
+    }
+    if (row.isWhole && scale) {
+      EXPECT_EQ(page.Row(7)[3 * 41], 41 / (page.widthPx / row.width) % 2 * 255);
+    }
+  }
+}
+
+TEST(PageRaster, NamesThePaperThatFitsAPage) {
+  struct Row {
+    std::uint32_t width, height;
+    bool roundedUp;
+    int dpi;
+    double statedDpi;
+    bool landscape;
+    const char* paper;
+  };
+  const Row rows[] = {
+      {1181, 1772, false, 300, 0, false, "100x150mm"},
+      {1200, 1800, false, 300, 0, false, "101.6x152.4mm"},
+      {1182, 1772, true, 300, 0, false, "100x150mm"},  // a PDF page of 100 x 150 mm
+      {96, 56, false, 203, 0, true, "7x12mm"},
+      {400, 200, false, 300, 100, false, "101.6x50.8mm"},
+      {1, 1, false, 1200, 0, false, "0.1x0.1mm"},
+      {40000, 1, false, 300, 0, false, ""},  // longer than any paper
+  };
+  for (const Row& row : rows) {
+    PageImage page;
+    ShapePage(page, row.width, row.height, "page");
+    page.roundedUp = row.roundedUp;
+    StateResolution(page, row.statedDpi, row.statedDpi);
+    const std::optional<PaperSize> paper = PaperFor(page, row.dpi, row.landscape);
+    EXPECT_EQ(paper ? FormatPaperSize(*paper) : "", row.paper);
   }
 }
 
