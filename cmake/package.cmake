@@ -42,9 +42,9 @@ set(CPACK_DEBIAN_VLX_PACKAGE_CONTROL_EXTRA
     "${packaging}/conffiles;${packaging}/postinst;${packaging}/postrm")
 set(CPACK_COMPONENT_VLX_DESCRIPTION
 "driver for one- and two-colour label printers
-Prints PDF, PNG and raster pages on VLX label printers: from programs
+Prints PDF pages, pictures and raster on VLX label printers: from programs
 through print queues of CUPS, from a command line with vlx print. Bars of
-bar codes keep their dots, pages are never scaled.
+bar codes keep their dots, pages are never scaled unseen.
 .
 A virtual printer shows every label before it moves paper, explains and
 checks print jobs, and stands in for a printer on the network.")

@@ -6,6 +6,7 @@
 
 #include "host/driver/printer.h"
 #include "host/file.h"
+#include "host/pages/page_ahead.h"
 #include "host/pages/page_files.h"
 #include "host/pages/page_formats.h"
 #include "host/pages/selected_pages.h"
@@ -39,6 +40,20 @@ Place PlaceOfName(std::string_view name) {
 std::unique_ptr<PageSource> OpenJobPages(const JobOptions& options, int dpi) {
   if (options.pages.empty()) return std::make_unique<PageFiles>(options.files, dpi);
   return std::make_unique<SelectedPages>(options.files, dpi, ParsePageRanges(options.pages));
+}
+
+// Whether something says on what paper the pages are, or are made to fit.
+bool NamesPaper(const JobRequest& request) {
+  return request.settings.NamesPaper() || request.record || request.fit != Fit::None;
+}
+
+void TakePaperFromPage(PageAhead& pages, Settings& settings, Spool& spool) {
+  const StageClock::Scope time(spool.Clock(), Stage::Read);
+  const PageImage* page = pages.First();
+  if (page == nullptr) return;
+  const std::optional<PaperSize> paper =
+      PaperFor(*page, settings.Page().dpi, settings.Page().landscape);
+  if (paper) settings.Set("paper.size", FormatPaperSize(*paper));
 }
 
 // How the options stand in --help: their group, and the name of their value where it says more than
@@ -89,7 +104,7 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   command.add_option("--printer", options.printer, "Printer named in system.toml [the first]");
   command.add_option("--pages", options.pages,
                      "Pages to print, as 3-7,1,12-, in this order; counted over all files [all]");
-  command.add_option("--paper", options.paper, "Paper size, as 4x6in [100x150mm]");
+  command.add_option("--paper", options.paper, "Paper size, as 4x6in [the first page's]");
   command
       .add_option("--dpi", options.dpi,
                   "Resolution of the printer and of the pages in dots per inch [300]")
@@ -97,11 +112,13 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   command.add_option("--orientation", options.orientation, "How pages lie [portrait]")
       ->check(CLI::IsMember({"portrait", "landscape"}));
   command
-      .add_option("--fit", options.fit,
-                  "none: a page larger than the paper is an error; shrink: scale it down; fit: also "
-                  "scale a smaller one up [none]")
+      .add_option(
+          "--fit", options.fit,
+          "none: a page larger than the paper is an error; shrink: scale it down; fit: also "
+          "scale a smaller one up [none]")
       ->check(CLI::IsMember({"none", "shrink", "fit"}));
-  command.add_option("--place", options.place, "Where a page smaller than the paper lies [top-left]")
+  command
+      .add_option("--place", options.place, "Where a page smaller than the paper lies [top-left]")
       ->check(CLI::IsMember({"top-left", "top-right", "bottom-left", "bottom-right", "centre"}));
   command.add_option("--copies", options.copies, "Copies of each label [1]")
       ->check(CLI::Range(1, 32767));
@@ -174,11 +191,13 @@ JobRequest MakeRequest(const JobOptions& options, const Settings& settings) {
   return request;
 }
 
-PrintedFiles PrintFiles(const JobOptions& options, const JobRequest& request, Spool& spool) {
+PrintedFiles PrintFiles(const JobOptions& options, JobRequest request, Spool& spool) {
   TerminalObserver observer(options.quiet);
+  PageAhead pages(OpenJobPages(options, request.settings.Page().dpi));
+  if (!NamesPaper(request)) TakePaperFromPage(pages, request.settings, spool);
   LabelJob job(request, spool, observer);
   if (!options.saveDevmodeFile.empty()) SaveDevMode(options.saveDevmodeFile, job.DevMode());
-  PrintPages(*OpenJobPages(options, job.Page().dpi), job);
+  PrintPages(pages, job);
   return {job.PagesPrinted(), job.DevMode()};
 }
 

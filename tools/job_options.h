@@ -57,7 +57,7 @@ struct PrintedFiles {
 
 // Prints the files' pages; the spool is not finished. On a terminal the progress is shown. Throws
 // HostError.
-PrintedFiles PrintFiles(const JobOptions& options, const JobRequest& request, Spool& spool);
+PrintedFiles PrintFiles(const JobOptions& options, JobRequest request, Spool& spool);
 
 // Prints a warning that system.toml is ignored, if it is.
 void WarnOfSystemFile();

@@ -54,14 +54,17 @@ PageDots DotsOf(const PageImage& page, int dpi) {
 }
 
 std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape) {
-  // The roundest length that has these dots.
+  // The roundest length that has these dots. Programs often drop the part of a dot, so whole
+  // millimetres may have one more.
   const auto side = [&](std::int64_t dots) -> std::int32_t {
     const double lengthUm = (static_cast<double>(dots) - (page.roundedUp ? 0.5 : 0)) * 25400 / dpi;
     if (lengthUm > kLongestSideUm || lengthUm * dpi > 2147483647.0) return 0;
     for (const int stepUm : {1000, 500, 100, 10, 1}) {
       const double um = std::round(lengthUm / stepUm) * stepUm;
       const std::int64_t paperDots = std::llround(um * dpi / 25400);
-      if (paperDots != dots && (!page.roundedUp || paperDots != dots - 1)) continue;
+      const std::int64_t least = page.roundedUp ? dots - 1 : dots;
+      const std::int64_t most = !page.roundedUp && stepUm == 1000 ? dots + 1 : dots;
+      if (paperDots < least || paperDots > most) continue;
       return std::max(static_cast<std::int32_t>(um), kShortestSideUm);
     }
     return 0;

@@ -31,8 +31,9 @@ struct PageDots {
 // resolution.
 PageDots DotsOf(const PageImage& page, int dpi);
 
-// The paper that has just the page's dots, in whole millimetres or tenths where that is possible.
-// landscape: how the page lies. nullopt if no paper can be as large.
+// The paper that has the page's dots, in whole millimetres where these have at most a dot more, or
+// in tenths where these have just as many. landscape: how the page lies. nullopt if no paper can be
+// as large.
 std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape);
 
 // A page that is larger than the paper. Front ends know best how their user chooses a paper, so

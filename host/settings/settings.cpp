@@ -85,7 +85,10 @@ class SettingWriter {
  private:
   void WritePage(const SettingKey& known) {
     PageSettings& page = m_settings.m_page;
-    if (known.name == "paper.size") page.paper = ParsePaperSize(m_value.Text(), m_key);
+    if (known.name == "paper.size") {
+      page.paper = ParsePaperSize(m_value.Text(), m_key);
+      m_settings.m_namesPaper = true;
+    }
     if (known.name == "paper.orientation") page.landscape = m_value.Word(known) != 0;
     if (known.name == "paper.dpi") page.dpi = static_cast<int>(m_value.Number(known));
     if (known.name == "print.copies") page.copies = static_cast<int>(m_value.Number(known));

@@ -34,6 +34,8 @@ class Settings {
   void Set(const std::string& key, const std::string& value);
 
   const PageSettings& Page() const { return m_page; }
+  // Whether a paper size has been set; otherwise Page() has the default.
+  bool NamesPaper() const { return m_namesPaper; }
 
   // Writes the settings into a record; fields that were not set keep their values.
   void ApplyTo(OEMDEV& devmode) const;
@@ -51,5 +53,6 @@ class Settings {
   };
 
   PageSettings m_page;
+  bool m_namesPaper = false;
   std::map<std::size_t, FieldBytes> m_fields;  // by offset in the record
 };

@@ -333,6 +333,7 @@ TEST(PageRaster, NamesThePaperThatFitsAPage) {
   };
   const Row rows[] = {
       {1181, 1772, false, 300, 0, false, "100x150mm"},
+      {1181, 1771, false, 300, 0, false, "100x150mm"},  // the last dot is a part of one
       {1200, 1800, false, 300, 0, false, "101.6x152.4mm"},
       {1182, 1772, true, 300, 0, false, "100x150mm"},  // a PDF page of 100 x 150 mm
       {96, 56, false, 203, 0, true, "7x12mm"},

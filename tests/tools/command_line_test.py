@@ -108,6 +108,14 @@ def check_completion():
 # Run one after the other in a folder with two pages, page.pgm and page2.pgm, and text in notes.txt: the
 # command line, its exit code, and words of what it prints; a word behind "!" must not occur.
 LINES = [
+    # The page is the paper where none is named.
+    ("vlx print page.pgm -o own.job --dpi 100", 0, " 4 mm of media"),
+    ("vlx print page.pgm -o own.job --dpi 100 --orientation landscape", 0, " 5 mm of media"),
+    ("vlx print page.pgm -o own.job --dpi 100 --fit shrink", 0, "153 mm of media"),
+    ("vlx print page.pgm -o own.job --dpi 100 --paper 1x1mm", 4, "choose --paper 2x1mm, another"),
+    ("vlx print page.pgm page2.pgm -o own.job --pages 3", 4, "no page 3"),
+    ("vlx print page.pgm -o own.job --dpi 254 --paper 10x8mm --fit fit --place centre", 0, "scaled to 1250 %"),
+    ("vlx print page.pgm -o own.job --paper 100,5x60mm", 4, "comma", "100.5x60mm"),
     # No file is lost to an output.
     ("vlx print page.pgm $P -o a.job", 0, "1 label"),
     ("vlx print page.pgm $P -o a.job", 0, "1 label"),
