@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <sstream>
 
+#include "host/driver/printer.h"
 #include "host/error.h"
 #include "host/settings/settings_text.h"
 #include "host/targets/file_target.h"
@@ -84,8 +85,11 @@ class TestObserver final : public JobObserver {
 std::vector<std::unique_ptr<JobTarget>> OpenTargets(const TestLabelOptions& options,
                                                     std::string& drawn) {
   if (options.output.empty() && options.to.empty()) {
-    throw HostError(kExitUsage, "The test label has no target",
-                    "add -o FILE.png to see it, --to tcp://HOST to print it");
+    throw HostError(
+        kExitUsage, "The test label has no target",
+        "add -o FILE.png to see it, --to tcp://HOST to print it, or name a target for the "
+        "printer in " +
+            SystemFilePath());
   }
   std::vector<std::unique_ptr<JobTarget>> targets;
   if (options.Draws()) {
@@ -98,9 +102,9 @@ std::vector<std::unique_ptr<JobTarget>> OpenTargets(const TestLabelOptions& opti
 }
 
 int RunTestLabel(TestLabelOptions options) {
-  options.job.name = "test label";
   const PrinterProfile profile = ProfileOf(options.job.printer);
   if (options.output.empty() && options.to.empty()) options.to = profile.target;
+  options.job.name = "test label";
   GuardOutputs(options.job, profile)
       .Add({"-o", options.output}, options.Draws() ? kPictureOutput : kJobOutput);
   const Settings settings = ReadSettings(options.job, profile);
@@ -119,9 +123,10 @@ int RunTestLabel(TestLabelOptions options) {
     std::fprintf(stderr, "There is no room for: %s\n", title.c_str());
   }
   std::vector<std::string> targets;
-  for (const std::string& target : {options.output, options.to}) {
-    if (!target.empty()) targets.push_back(target == "-" ? "standard output" : target);
+  if (!options.output.empty()) {
+    targets.push_back(options.output == "-" ? "standard output" : options.output);
   }
+  if (!options.to.empty()) targets.push_back(options.to);
   PrintReport(options.job, {targets, 1, {}}, spool.Cost(), options.output == "-");
   return kExitDone;
 }
@@ -135,20 +140,21 @@ Command TestLabelCommand(CLI::App& program) {
   test->add_option("-o,--output", options->output,
                    "Picture (.png) of the label, or file for the job, - for standard output")
       ->option_text("FILE");
-  test->add_option("--to", options->to, "Network printer [port 9100]")
-      ->option_text("tcp://HOST[:PORT]");
+  test->add_option("--to", options->to, "Network printer")->option_text("tcp://HOST[:PORT]");
   test->add_option("--settings", job.settingsFile, "Settings file (TOML)")->option_text("FILE");
   AddSetOption(*test, job.sets);
   test->add_option("--printer", job.printer, "Printer named in system.toml [the first]")
       ->option_text("NAME");
-  test->add_option("--paper", job.paper, "Paper size, as 4x6in [100x150mm]")->option_text("SIZE");
+  test->add_option("--paper", job.paper, "Paper size, as 4x6in [100x150mm]")
+      ->option_text("WIDTHxLENGTH");
   test->add_option("--dpi", job.dpi, "Resolution of the printer in dots per inch [300]")
       ->option_text("N")
       ->check(CLI::Range(100, 1200));
   test->add_option("--orientation", job.orientation, "How the page lies [portrait]")
       ->option_text("portrait|landscape")
       ->check(CLI::IsMember({"portrait", "landscape"}));
-  test->add_flag("--force", job.force, "Replace a file that is neither job nor picture");
+  test->add_flag("--force", job.force, "Overwrite a file of another kind");
+  test->add_flag("--json", job.json, "Show the result as JSON");
   test->footer(kTestLabelNotes);
   return {test, [options] { return RunTestLabel(*options); }};
 }
