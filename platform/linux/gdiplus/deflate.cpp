@@ -35,7 +35,9 @@ SIZE_T DeflateAtLevel(int level, const BYTE* from, SIZE_T bytes, BYTE* out, SIZE
 
 SIZE_T DeflateFast(const BYTE* from, SIZE_T bytes, BYTE* out, SIZE_T room) {
   struct Memory {
-    isal_zstream stream;
+    // Cleared: the library's own initialisation leaves some of it, and what stands there changes
+    // the bytes of one page in thousands.
+    isal_zstream stream = {};
     BYTE level[ISAL_DEF_LVL1_DEFAULT];
   };
   const std::unique_ptr<Memory> memory(new (std::nothrow) Memory);
