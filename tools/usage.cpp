@@ -1,7 +1,8 @@
 #include "tools/usage.h"
 
 #include <algorithm>
-#include <regex>
+#include <initializer_list>
+#include <string_view>
 
 #include "common/nearest.h"
 
@@ -50,23 +51,35 @@ std::string Joined(const std::vector<std::string>& names) {
   return list;
 }
 
+// The pieces of the text around the separators, which stand in it one after the other; empty if
+// they do not.
+std::vector<std::string> Split(std::string_view text,
+                               std::initializer_list<std::string_view> separators) {
+  std::vector<std::string> pieces;
+  for (const std::string_view separator : separators) {
+    const std::size_t at = text.find(separator);
+    if (at == text.npos) return {};
+    pieces.emplace_back(text.substr(0, at));
+    text.remove_prefix(at + separator.size());
+  }
+  pieces.emplace_back(text);
+  return pieces;
+}
+
 // What the parser says, as thing, value and remedy.
 std::string Reworded(const CLI::App& command, const std::string& text) {
-  std::smatch found;
-  static const std::regex choice("(\\S+): (.*) not in \\{(.*)\\}");
-  static const std::regex range("(\\S+): Value (.*) not in range (\\S+) to (\\S+)");
-  static const std::regex missing("(\\S+): 1 required .* missing");
-  static const std::regex number("Could not convert: (\\S+) = (.*)");
-  if (std::regex_match(text, found, choice)) {
-    return found.str(1) + " is " + Quoted(found.str(2)) + "; choose one of " + found.str(3);
+  if (const auto choice = Split(text, {": ", " not in {", "}"}); !choice.empty()) {
+    return choice[0] + " is " + Quoted(choice[1]) + "; choose one of " + choice[2];
   }
-  if (std::regex_match(text, found, range)) {
-    return found.str(1) + " is " + Quoted(found.str(2)) + "; give a number from " + found.str(3) +
-           " to " + found.str(4);
+  if (const auto range = Split(text, {": Value ", " not in range ", " to "}); !range.empty()) {
+    return range[0] + " is " + Quoted(range[1]) + "; give a number from " + range[2] + " to " +
+           range[3];
   }
-  if (std::regex_match(text, found, missing)) return found.str(1) + " has no value";
-  if (std::regex_match(text, found, number)) {
-    return found.str(1) + " is " + Quoted(found.str(2)) + "; give a whole number";
+  if (const auto missing = Split(text, {": 1 required ", " missing"}); !missing.empty()) {
+    return missing[0] + " has no value";
+  }
+  if (const auto number = Split(text, {"Could not convert: ", " = "}); !number.empty()) {
+    return number[1] + " is " + Quoted(number[2]) + "; give a whole number";
   }
   if (text == "A subcommand is required") {
     return "a command is missing; give one of " + Joined(CommandNames(command));
