@@ -50,10 +50,27 @@ JOB = """\
 }
 """
 
+DEFAULTS = """\
+{
+  OPERATION Set-Printer-Attributes
+  GROUP operation-attributes-tag
+  ATTR charset attributes-charset utf-8
+  ATTR naturalLanguage attributes-natural-language en
+  ATTR uri printer-uri $uri
+  ATTR name requesting-user-name somebody
+  GROUP printer-attributes-tag
+  OPTIONS
+}
+"""
+
 
 def expect(holds, fault):
     if not holds:
         faults.append(fault)
+
+
+def attributes(values):
+    return "\n".join(f"ATTR {name} {value}" for name, value in values.items())
 
 
 class Application:
@@ -82,7 +99,10 @@ class Application:
 
     def stop(self):
         self.server.send_signal(signal.SIGTERM)
-        expect(self.server.wait(30) == 0, "vlx-ipp does not end well")
+        code = self.server.wait(30)
+        if code != 0:
+            with open(self.path("log"), encoding="utf-8", errors="replace") as log:
+                faults.append(f"vlx-ipp ends with {code}:\n{log.read()[-5000:]}")
 
     def page(self, path):
         with urllib.request.urlopen(f"http://localhost:{self.port}{path}", timeout=10) as answer:
@@ -107,9 +127,11 @@ class Application:
 
     def send(self, printer, path, size=(8300, 4700), options=None):
         test = PRINT.replace("WIDTH", str(size[0])).replace("LENGTH", str(size[1]))
-        given = "\n".join(f"ATTR {name} {value}" for name, value in (options or {}).items())
-        return int(self.ipptool(self.uri(printer), test.replace("OPTIONS", given), "-f",
-                                path)["job-id"])
+        test = test.replace("OPTIONS", attributes(options or {}))
+        return int(self.ipptool(self.uri(printer), test, "-f", path)["job-id"])
+
+    def set_defaults(self, printer, defaults):
+        self.ipptool(self.uri(printer), DEFAULTS.replace("OPTIONS", attributes(defaults)))
 
     def job(self, printer, number):
         return self.ipptool(self.uri(printer), JOB.replace("NUMBER", str(number)))
@@ -161,13 +183,13 @@ def check_jobs(application, output):
                 "--set cut.enabled=true --set cut.mode=count --set cut.count=3 --set paper.gap=2.2mm "
                 "--set paper.offset_x=-1.5mm --set paper.offset_y=0.4mm --set colour.mode=two "
                 "--set colour.highlight=#0000FF --set print.darkness=5 --set paper.rotation=180")
-    application.command("modify", "-h", f"localhost:{application.port}", "-d", "file", "-o", "label-gap=250",
-                        "-o", "label-cut=job-end")
+    application.set_defaults("file", {"integer label-gap-default": 250,
+                                      "keyword label-cut-default": "job-end"})
     expect_same(application, output, label, (8300, 4700), {},
                 "--set paper.gap=2.5mm --set cut.enabled=true --set cut.at_job_end=true",
                 "2 labels, 1 cut,")
-    application.command("modify", "-h", f"localhost:{application.port}", "-d", "file", "-o", "label-gap=300",
-                        "-o", "label-cut=none")
+    application.set_defaults("file", {"integer label-gap-default": 300,
+                                      "keyword label-cut-default": "none"})
     expect_same(application, output, label, (4700, 8300), {"enum orientation-requested": 4},
                 "--orientation landscape")
     expect_same(application, output, label, (8300, 4700),
