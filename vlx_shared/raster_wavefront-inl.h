@@ -15,6 +15,7 @@
 
 #include <algorithm>
 
+#include "platform/transpose-inl.h"
 #include "vlx_shared/raster_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -40,20 +41,6 @@ inline BYTE* TileRow(const LevelStrip& strip, INT firstStep, INT lane) {
   return strip.Row(kStripRows - 1 - lane) + firstStep - kSkew + 2 * lane;
 }
 
-// Transposes 16 x 16 bytes by four perfect shuffles.
-template <typename V>
-HWY_INLINE void Transpose(V (&rows)[16]) {
-  const hn::FixedTag<std::uint8_t, 16> d;
-  for (int stage = 0; stage < 4; ++stage) {
-    V shuffled[16];
-    for (int i = 0; i < 8; ++i) {
-      shuffled[2 * i] = hn::InterleaveLower(d, rows[i], rows[i + 8]);
-      shuffled[2 * i + 1] = hn::InterleaveUpper(d, rows[i], rows[i + 8]);
-    }
-    for (int i = 0; i < 16; ++i) rows[i] = shuffled[i];
-  }
-}
-
 // Returns whether the tile has a level that is neither black nor white.
 inline bool LoadTile(const LevelStrip& strip, INT firstStep, Tile& tile) {
   const hn::FixedTag<std::uint8_t, 16> d;
@@ -65,7 +52,7 @@ inline bool LoadTile(const LevelStrip& strip, INT firstStep, Tile& tile) {
       rows[i] = hn::LoadU(d, TileRow(strip, firstStep, half + i));
       most = hn::Max(most, hn::Add(rows[i], one));
     }
-    Transpose(rows);
+    Transpose16x16(d, rows);
     for (INT i = 0; i < 16; ++i) hn::Store(rows[i], d, &tile[i][half]);
   }
   return !hn::AllFalse(d, hn::Gt(most, one));
@@ -76,7 +63,7 @@ inline void StoreTile(const LevelStrip& strip, INT firstStep, const Tile& tile) 
   for (INT half = 0; half < kStripRows; half += 16) {
     hn::Vec<hn::FixedTag<std::uint8_t, 16>> rows[16];
     for (INT i = 0; i < 16; ++i) rows[i] = hn::Load(d, &tile[i][half]);
-    Transpose(rows);
+    Transpose16x16(d, rows);
     for (INT i = 0; i < 16; ++i) hn::StoreU(rows[i], d, TileRow(strip, firstStep, half + i));
   }
 }

@@ -8,6 +8,8 @@
 // Must follow foreach_target.h.
 #include <hwy/highway.h>
 
+#include "platform/transpose-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace Gdiplus::HWY_NAMESPACE {
 
@@ -22,22 +24,6 @@ bool TurnBlocks(const TurnBand&, INT, const PixelRows&) { return false; }
 constexpr INT kBlock = TurnBand::kRows;
 using Bytes = hn::FixedTag<uint8_t, HWY_MAX_BYTES >= 64 ? 64 : HWY_MAX_BYTES>;
 using Vector = hn::Vec<Bytes>;
-
-// Transposes the blocks by interleaving rows i and i + 8 four times.
-HWY_INLINE void Transpose(Vector (&rows)[kBlock]) {
-  const Bytes bytes;
-#pragma GCC unroll 4
-  for (INT step = 0; step < 4; ++step) {
-    Vector next[kBlock];
-#pragma GCC unroll 8
-    for (INT i = 0; i < kBlock / 2; ++i) {
-      next[2 * i] = hn::InterleaveLower(bytes, rows[i], rows[i + kBlock / 2]);
-      next[2 * i + 1] = hn::InterleaveUpper(bytes, rows[i], rows[i + kBlock / 2]);
-    }
-#pragma GCC unroll 16
-    for (INT i = 0; i < kBlock; ++i) rows[i] = next[i];
-  }
-}
 
 // Stores the 16 bytes of each block of a vector, 16 rows below those of the block before. Stores
 // only rows below the number rows.
@@ -62,7 +48,7 @@ bool TurnBlocks(const TurnBand& band, INT columns, const PixelRows& target) {
     Vector rows[kBlock];
 #pragma GCC unroll 16
     for (INT i = 0; i < kBlock; ++i) rows[i] = hn::Load(bytes, band.bytes[i] + x);
-    Transpose(rows);
+    vlx::HWY_NAMESPACE::Transpose16x16(bytes, rows);
 #pragma GCC unroll 16
     for (INT i = 0; i < kBlock; ++i) {
       StoreBlocks(bytes, rows[i], columns - x - i, target.Row(x + i), target.strideBytes);
