@@ -243,4 +243,24 @@ TEST_F(GdiPlus, EveryLinkGetsTheSamePicture) {
   EXPECT_NE(home.LogLines().back().find("line 2: png must be"), std::string::npos);
 }
 
+// The compressor's memory lies elsewhere each time.
+TEST_F(GdiPlus, SamePictureHasTheSameBytes) {
+  const TempHome home;
+  Bitmap bitmap(96, 56, PixelFormat1bppIndexed);
+  const BitmapData data = Lock(bitmap);
+  for (UINT i = 0; i < 96 * 56; ++i) {
+    const int bit = 0x80 >> i % 8;
+    BYTE& byte = Row(data, static_cast<INT>(i / 96))[i % 96 / 8];
+    byte = static_cast<BYTE>(i * i / 7 % 3 == 0 ? byte & ~bit : byte | bit);
+  }
+  const std::string first = Png(bitmap);
+  std::vector<std::unique_ptr<char[]>> pads;
+  int others = 0;
+  for (int i = 0; i < 8000; ++i) {
+    pads.emplace_back(new char[1 << 16]);
+    others += Png(bitmap) != first;
+  }
+  EXPECT_EQ(others, 0);
+}
+
 }  // namespace
