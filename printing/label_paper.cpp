@@ -8,19 +8,7 @@
 
 namespace {
 
-constexpr double kUmPerInch = 25400;
 constexpr int kUmPerPoint = 353;
-
-// A measure that people use and that is this many dots, or the dots themselves.
-std::int32_t LikelyUm(std::uint32_t dots, int dpi) {
-  for (const int stepUm : {1000, 500, 100}) {
-    // The last dot of a page may be a part of one.
-    const double um = std::round((dots - 0.5) * kUmPerInch / dpi / stepUm) * stepUm;
-    const double exactDots = um * dpi / kUmPerInch;
-    if (exactDots > dots - 1.0 && exactDots < dots + 0.5) return static_cast<std::int32_t>(um);
-  }
-  return static_cast<std::int32_t>(std::lround(dots * kUmPerInch / dpi));
-}
 
 bool IsWithinPoint(std::int32_t um, std::int32_t other) {
   return std::abs(um - other) <= kUmPerPoint;
@@ -47,12 +35,10 @@ std::optional<LabelPaper> PaperOfName(const std::string& name) {
 
 PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool landscape) {
   if (!paper.rounded) return paper.size;
-  PaperSize size = {LikelyUm(page.widthPx, dpi), LikelyUm(page.heightPx, dpi)};
-  if (landscape) std::swap(size.widthUm, size.lengthUm);
-  return IsWithinPoint(size.widthUm, paper.size.widthUm) &&
-                 IsWithinPoint(size.lengthUm, paper.size.lengthUm)
-             ? size
-             : paper.size;
+  const std::optional<PaperSize> size = PaperFor(page, dpi, landscape);
+  const bool isTheSame = size && IsWithinPoint(size->widthUm, paper.size.widthUm) &&
+                         IsWithinPoint(size->lengthUm, paper.size.lengthUm);
+  return isTheSame ? *size : paper.size;
 }
 
 void SetPaper(Settings& settings, const PaperSize& size) {

@@ -17,8 +17,8 @@ struct LabelPaper {
 // "Custom.235x133" (points); nullopt if it is none.
 std::optional<LabelPaper> PaperOfName(const std::string& name);
 
-// The label's size: the paper's, or that of a page of this size in dots if the paper is rounded and
-// the page within a point of it.
+// The label's size: the paper's, or the page's if the paper is rounded and the page within a point
+// of it.
 PaperSize LabelFor(const LabelPaper& paper, const PageImage& page, int dpi, bool landscape);
 
 void SetPaper(Settings& settings, const PaperSize& size);
