@@ -59,9 +59,9 @@ CHANGES = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >=
            (r"(?<![\w.\"'\\])(\d+)(?=[u;:,)\]} ])", lambda match: str(int(match.group(1)) + 1)),
            (r"\b0x[0-9A-F]+\b", lambda match: hex(int(match.group(), 16) ^ 1)),
            (r"\b(\d+\.\d+)(f?)\b", other_fraction)]
-# Assertions and the size of local buffers cannot be noticed, by design.
+# Assertions, deleted functions and the size of local buffers cannot be noticed, by design.
 NO_CODE = re.compile(r"^\s*(assert\(|(WCHAR|char) \w+\[|//|#|\}? ?$|namespace|using|template|static_assert"
-                     r"|\"|constexpr const char\*)")
+                     r"|.* = delete;|\"|constexpr const char\*)")
 TEXT = re.compile(r'"(?:\\.|[^"])*"|\'(?:\\.|[^\'])*\'')
 NO_STATEMENT = re.compile(r"\s*(return\b|if\b|else\b|case\b|default\b|}|[\w:<>*& ]+ \w+;$|[\w:]+<.*> \w+;$)")
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "config/device_state.h"
 #include "platform/palette.h"
 #include "tests/driver/job_test.h"
 #include "tests/torture/faults.h"
@@ -35,14 +36,20 @@ class DeviceContext : public JobTest {
     NewLog();
     EXPECT_TRUE(driver.EnableDevice());
     const GDIINFO& info = driver.info;
-    return {static_cast<LONG>(info.ulHorzSize),
-            static_cast<LONG>(info.ulVertSize),
-            static_cast<LONG>(info.ulHorzRes),
-            static_cast<LONG>(info.ulVertRes),
-            info.szlPhysSize.cx,
-            info.szlPhysSize.cy,
-            info.ptlPhysOffset.x,
-            info.ptlPhysOffset.y};
+    const std::array<LONG, 8> geometry = {static_cast<LONG>(info.ulHorzSize),
+                                          static_cast<LONG>(info.ulVertSize),
+                                          static_cast<LONG>(info.ulHorzRes),
+                                          static_cast<LONG>(info.ulVertRes),
+                                          info.szlPhysSize.cx,
+                                          info.szlPhysSize.cy,
+                                          info.ptlPhysOffset.x,
+                                          info.ptlPhysOffset.y};
+    const auto& state = *static_cast<const COemPDEV*>(driver.Device().pdevOEM);
+    EXPECT_EQ(geometry,
+              (std::array<LONG, 8>{state.gdiHorzSize, state.gdiVertSize, state.gdiHorzRes,
+                                   state.gdiVertRes, state.gdiPhysSizeCx, state.gdiPhysSizeCy,
+                                   state.gdiPhysOffsetX, state.gdiPhysOffsetY}));
+    return geometry;
   }
   // The new lines about paper, without the prefix that all but one of them have.
   Events PaperLines() {
@@ -136,6 +143,12 @@ TEST_F(DeviceContext, OtherDepthsAreReportedAndKeepTheirPalette) {
 }
 
 TEST_F(DeviceContext, DriverIsGivenSixHooks) {
+  const std::string prefix = "trace\tRendering\tRenderer.COemUni2.";
+  NewLog();
+  EXPECT_TRUE(driver.EnableDriver() && driver.DisableDriver());
+  EXPECT_EQ(NewLog(),
+            (Events{prefix + "EnableDriver BEGIN", prefix + "EnableDriver END (S_OK)",
+                    prefix + "DisableDriver BEGIN", prefix + "DisableDriver END (S_OK)"}));
   EXPECT_EQ(driver.Hooks().iDriverVersion, 0x10000u);
   std::vector<ULONG> indexes;
   for (ULONG i = 0; i < driver.Hooks().c; ++i) {

@@ -1,8 +1,13 @@
 #include "tests/driver/job_test.h"
 
+#include "config/device_state.h"
+
 namespace {
 
-class Job : public JobTest {};
+class Job : public JobTest {
+ protected:
+  const COemPDEV& State() { return *static_cast<const COemPDEV*>(driver.Device().pdevOEM); }
+};
 
 const std::string kSetup = "mm\r\nzO\r\nJ\r\nH100,0,T,R0\r\nSl0;0.00,0.00,30.00,33.00,50.00";
 const std::string kPlace = "\r\nI:Image0;50.00,30.00,180;0";
@@ -37,11 +42,20 @@ TEST_F(Job, DocumentStartedTwiceCountsItsPagesAnew) {
   EXPECT_EQ(events.front(), "dPNG;0\r\n\x1B:");  // the page is not the job's first
   EXPECT_EQ(events.back(), "DrvStartPage");
   EXPECT_EQ(std::count(events.begin(), events.end(), "\r\nA1\r\n"), 0);
+  EXPECT_TRUE(driver.EndDocument());
+  EXPECT_EQ(State().dwPageCount, 0u);
+  driver.jobId = 0;  // a name alone makes a document
+  Take();
+  EXPECT_TRUE(driver.StartDocument());
+  EXPECT_EQ(Take()[0], kHeader);
 }
 
 TEST_F(Job, HooksWithoutADeviceFail) {
   driver.Surface().dhpdev = nullptr;
+  NewLog();
   EXPECT_FALSE(driver.StartDocument());
+  EXPECT_EQ(NewLog(),
+            Events{"error\tRendering\tA document hook was called without a device state"});
   EXPECT_FALSE(driver.StartPage());
   EXPECT_FALSE(driver.SendPage());
   EXPECT_FALSE(driver.EndDocument());
@@ -55,6 +69,7 @@ TEST_F(Job, AbortWritesNothingMore) {
   Take();
   EXPECT_TRUE(driver.AbortDocument());
   EXPECT_EQ(driver.lastCall, "DrvEndDoc(1)");
+  EXPECT_EQ(State().pBitmapBuffer, nullptr);
   EXPECT_EQ(Take(), Events{"DrvEndDoc"});
   driver.answers = {
       {INDEX_DrvStartDoc, FALSE}, {INDEX_DrvStartPage, FALSE}, {INDEX_DrvEndDoc, FALSE}};
@@ -140,7 +155,11 @@ TEST_F(Job, WithoutPrivateDevmodeOnlyWhatReadsItFails) {
   EXPECT_FALSE(driver.PrintPage('a'));
   EXPECT_TRUE(driver.AbortDocument());
   EXPECT_TRUE(driver.StartDocument());
+  NewLog();
+  SetLastError(0);
   EXPECT_FALSE(driver.EndDocument());
+  EXPECT_EQ(GetLastError(), 87u);
+  EXPECT_EQ(NewLog()[2], "trace\tRendering\tProcessImageData END (0)");
   EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "DrvStartPage", "DrvEndDoc", kHeader,
                             "DrvStartDoc", "DrvEndDoc"}));
   driver.Device().pOEMDM = driver.devmode.get();
@@ -171,8 +190,13 @@ TEST_F(Job, UnchangedImagesAreReused) {
   EXPECT_TRUE(driver.PrintPage('c'));
   EXPECT_EQ(Take()[0], "dPNG;0\r\n\x1B:");
   Set("dwColorMode=2");
-  EXPECT_TRUE(driver.EndDocument());
+  EXPECT_TRUE(driver.PrintPage('b'));
   EXPECT_EQ(Take()[0], "\r\nR Image1;1");
+  EXPECT_TRUE(driver.PrintPage('b'));
+  EXPECT_TRUE(driver.PrintPage('a'));
+  Take();
+  EXPECT_TRUE(driver.EndDocument());  // no page without red has taken the place of the red
+  EXPECT_EQ(Take()[0], "\r\nR Image0;0\r\nR Image1;1");
 }
 
 // What a page is made of is read when it goes out, where it is placed when it starts.
@@ -204,9 +228,13 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
     int bounds;
     SHORT width, length;
     std::string size;
-  } rows[] = {{0, 650, 150, "15.00,18.00,65.00"}, {0, 500, 50, "10.00,13.00,60.00"},
-              {0, 701, 201, "20.00,23.00,70.00"}, {0, -1, -1, "20.00,23.00,70.00"},
-              {0, 600, 100, "10.00,13.00,60.00"}, {0, -32768, 200, "20.00,23.00,70.00"},
+  } rows[] = {{0, 650, 150, "15.00,18.00,65.00"},
+              {0, 500, 50, "10.00,13.00,60.00"},
+              {0, 701, 201, "20.00,23.00,70.00"},
+              {0, -1, -1, "20.00,23.00,70.00"},
+              {0, 600, 100, "10.00,13.00,60.00"},
+              {0, 697, 198, "19.80,22.80,69.70"},
+              {0, -32768, 200, "20.00,23.00,70.00"},
               {1, 550, 150, "15.00,18.00,50.00"}};  // the upper bound comes first
   for (const auto& row : rows) {
     home.WriteFile("system.toml",

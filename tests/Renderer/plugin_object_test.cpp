@@ -157,6 +157,8 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(driver.writes, (Events{"abc", "", "abc"}));
   driver.DisableDriver();
   EXPECT_EQ(driver.helperReferences, 0);
+  driver.ReleaseObject();
+  EXPECT_EQ(driver.helperReferences, 0);
 }
 
 TEST_F(PluginObject, NamesTheMethodWhoseArgumentIsMissing) {
@@ -176,8 +178,11 @@ TEST_F(PluginObject, NamesTheMethodWhoseArgumentIsMissing) {
   DRVENABLEDATA own = {0x10000, 1, nullptr}, nothing = {0x10000, 0, nullptr};
   PDEVOEM state = nullptr;
   for (int i = 0; i < 7; ++i) {  // each argument once
-    refused(object->EnablePDEV(i == 0 ? nullptr : i == 1 ? &none : &device, nullptr, 0, nullptr, 0,
-                               i == 2 ? nullptr : &info, 0, i == 3 ? nullptr : &devinfo,
+    refused(object->EnablePDEV(i == 0   ? nullptr
+                               : i == 1 ? &none
+                                        : &device,
+                               nullptr, 0, nullptr, 0, i == 2 ? nullptr : &info, 0,
+                               i == 3 ? nullptr : &devinfo,
                                i == 4   ? nullptr
                                : i == 5 ? &own
                                         : &nothing,
@@ -193,7 +198,9 @@ TEST_F(PluginObject, NamesTheMethodWhoseArgumentIsMissing) {
   IPPARAMS parameters = {sizeof parameters, {}, nullptr, FALSE};
   for (int i = 0; i < 6; ++i) {
     PBYTE out = pixels;
-    refused(object->ImageProcessing(i == 0 ? &none : i == 1 ? &unsettled : &settled,
+    refused(object->ImageProcessing(i == 0   ? &none
+                                    : i == 1 ? &unsettled
+                                             : &settled,
                                     i == 2 ? nullptr : pixels, i == 3 ? nullptr : &header, nullptr,
                                     5, i == 4 ? nullptr : &parameters, i == 5 ? nullptr : &out),
             "ImageProcessing ", i);

@@ -76,6 +76,7 @@ TEST_F(DevMode, RecordFromOutsideIsRepaired) {
 }
 
 TEST_F(DevMode, ConversionLeavesACurrentRecordAlone) {
+  ConvertEp2Qor(nullptr);
   std::mt19937 random(5);
   OEMDEV record;
   for (int i = 0; i < 50; ++i) {
