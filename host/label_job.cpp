@@ -2,9 +2,11 @@
 
 #include <cmath>
 
+#include "common/file.h"
 #include "host/driver/module.h"
 #include "host/driver/printer.h"
 #include "host/settings/printer_profiles.h"
+#include "platform/file.h"
 
 namespace {
 
@@ -20,6 +22,18 @@ std::string ScaleText(const PageScale& scale, const std::string& page, int dpi) 
   return scale.isWhole ? text : text + "; bar codes on it may no longer scan";
 }
 
+// The plug-in sends nothing in place of a file that it cannot read.
+void CheckBlockFiles(const OEMDEV& devmode) {
+  for (int i = 0; i < kCustomBlockCount; ++i) {
+    const CustomBlock block = GetCustomBlock(devmode, i);
+    if (block.kind != kBlockFile || FilePtr(_fsopen(block.text.c_str(), "r", _SH_DENYNO))) continue;
+    throw HostError(kExitInput,
+                    "The file of command block " + std::to_string(i) + ", \"" + block.text +
+                        "\", cannot be read",
+                    "check its name and who may read it; write the whole path");
+  }
+}
+
 }  // namespace
 
 LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer)
@@ -32,6 +46,7 @@ LabelJob::LabelJob(const JobRequest& request, Spool& spool, JobObserver& observe
       m_bandRows(request.bandRows),
       m_driver(FindPlugin(), spool),
       m_devmode(m_driver.MakeDevMode(request.settings, request.record)) {
+  CheckBlockFiles(m_devmode);
   if (const std::string warning = SystemFileWarning(); !warning.empty()) observer.Warning(warning);
   m_driver.Open(request.printer, request.settings.Page(), m_devmode,
                 ProfileOf(request.printer).dotGainPercent);

@@ -39,7 +39,8 @@ class LabelJob {
  public:
   // Loads the plug-in and opens the printer; sends nothing. spool and observer must outlive the
   // job. Throws HostError: settings if the plug-in refuses them, if they leave nothing to print on
-  // or if there is no such printer; internal if the plug-in cannot be loaded.
+  // or if there is no such printer; input if the file of a command block cannot be read; internal
+  // if the plug-in cannot be loaded.
   LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer);
   // Aborts a document that has not been ended.
   ~LabelJob();
@@ -54,11 +55,11 @@ class LabelJob {
   JobObserver& Observer() const { return m_observer; }
   Spool& Target() const { return m_spool; }
 
-  // Fits the page to the paper, places it and prints it; the observer hears how it was scaled. The document starts with the first page that fits, so
-  // a job whose first page is refused has sent nothing. The image's content is undefined
-  // afterwards; pass the same image for every page. Throws HostError (settings) if the page does
-  // not fit, and what the spool throws; then abort the job, or end it with the pages that went
-  // before.
+  // Fits the page to the paper, places it and prints it; the observer hears how it was scaled. The
+  // document starts with the first page that fits, so a job whose first page is refused has sent
+  // nothing. The image's content is undefined afterwards; pass the same image for every page.
+  // Throws HostError (settings) if the page does not fit, and what the spool throws; then abort the
+  // job, or end it with the pages that went before.
   void Print(PageImage& page);
 
   // Ends the document: everything has been written to the spool, which is not finished yet. A job

@@ -1,6 +1,5 @@
 #include "tools/preview_command.h"
 
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 
@@ -26,18 +25,11 @@ struct PreviewOptions {
   std::string output;
 };
 
-// A picture in another format; a folder may have such a name only if it exists already.
 void RefuseOtherPictures(const std::string& output) {
-  std::error_code error;
-  const std::filesystem::path path(output);
-  std::string ending = path.extension().string();
-  for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  for (const char* other : {".jpg", ".jpeg", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".svg",
-                            ".pdf", ".pbm", ".pgm", ".ppm", ".job"}) {
-    if (ending != other || std::filesystem::is_directory(path, error)) continue;
-    throw CommandError(kExitUsage, "\"" + output + "\" names a file that preview does not write",
-                       "name a picture, " + path.stem().string() + ".png, or a folder");
-  }
+  if (!viewer::NamesFile(output)) return;
+  throw CommandError(
+      kExitUsage, "\"" + output + "\" names a file that preview does not write",
+      "name a picture, " + std::filesystem::path(output).stem().string() + ".png, or a folder");
 }
 
 // Writes one picture file, or a folder with a picture for each label.

@@ -22,7 +22,6 @@ std::vector<std::string> OptionNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::Option* option : app.get_options()) {
     for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
   }
   return names;
 }
@@ -66,10 +65,17 @@ std::vector<std::string> Split(std::string_view text,
   return pieces;
 }
 
+// "a,b" as "a, b".
+std::string Spaced(const std::string& list) {
+  std::string text;
+  for (const char c : list) text += c == ',' ? std::string(", ") : std::string(1, c);
+  return text;
+}
+
 // What the parser says, as thing, value and remedy.
 std::string Reworded(const CLI::App& command, const std::string& text) {
   if (const auto choice = Split(text, {": ", " not in {", "}"}); !choice.empty()) {
-    return choice[0] + " is " + Quoted(choice[1]) + "; choose one of " + choice[2];
+    return choice[0] + " is " + Quoted(choice[1]) + "; choose one of " + Spaced(choice[2]);
   }
   if (const auto range = Split(text, {": Value ", " not in range ", " to "}); !range.empty()) {
     return range[0] + " is " + Quoted(range[1]) + "; give a number from " + range[2] + " to " +
@@ -80,6 +86,9 @@ std::string Reworded(const CLI::App& command, const std::string& text) {
   }
   if (const auto number = Split(text, {"Could not convert: ", " = "}); !number.empty()) {
     return number[1] + " is " + Quoted(number[2]) + "; give a whole number";
+  }
+  if (const auto often = Split(text, {": At Most ", " required but received "}); !often.empty()) {
+    return often[0] + " is given " + often[2] + " times; give it once";
   }
   if (text == "A subcommand is required") {
     return "a command is missing; give one of " + Joined(CommandNames(command));

@@ -32,9 +32,9 @@ Every command has its own --help with examples.)";
 
 // Every command, in the order of the help.
 constexpr Command (*kCommands[])(CLI::App& program) = {
-    PrintCommand,   PreviewCommand, TestLabelCommand, AddViewCommand,    AddExplainCommand,
-    AddLintCommand, AddDiffCommand, AddServeCommand,  SettingsCommand,   StocksCommand,
-    PrintersCommand, DoctorCommand, HelpCommand,      VersionCommand,    CompletionCommand,
+    PrintCommand,    PreviewCommand, TestLabelCommand, AddViewCommand,  AddExplainCommand,
+    AddLintCommand,  AddDiffCommand, AddServeCommand,  SettingsCommand, StocksCommand,
+    PrintersCommand, DoctorCommand,  HelpCommand,      VersionCommand,  CompletionCommand,
 };
 
 int Run(int argc, char** argv) {

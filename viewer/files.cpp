@@ -2,11 +2,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
+#include <string_view>
 
 #include "common/error.h"
 #include "common/write_error.h"
@@ -15,7 +19,8 @@ namespace viewer {
 
 std::string ReadJobFile(const std::string& path) {
   const auto fail = [&](const std::string& why) {
-    throw CommandError(kExitInput, "The job " + path + " cannot be read: " + why);
+    throw CommandError(kExitInput, "The job " + (path == "-" ? "on standard input" : path) +
+                                       " cannot be read: " + why);
   };
   std::FILE* file = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
   if (file == nullptr) fail(std::string(std::strerror(errno)) + "; check its name");
@@ -28,7 +33,7 @@ std::string ReadJobFile(const std::string& path) {
     job.append(bytes, count);
     if (job.size() > kMostJobBytes) fail("it is longer than 1 GiB; split it");
   }
-  if (std::ferror(file)) fail(std::strerror(errno));
+  if (std::ferror(file)) fail(std::string(std::strerror(errno)) + "; name a file");
   return job;
 }
 
@@ -50,6 +55,25 @@ void MakeFolder(const std::string& path) {
   std::filesystem::create_directories(path, error);
   const int fault = error ? error.value() : ENOTDIR;
   if (!std::filesystem::is_directory(path, error)) FailToWrite(path, fault);
+}
+
+bool NamesFile(const std::string& path) {
+  std::string ending = std::filesystem::path(path).extension().string();
+  for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const std::initializer_list<std::string_view> known = {".png", ".jpg",  ".jpeg", ".gif", ".bmp",
+                                                         ".tif", ".tiff", ".webp", ".svg", ".pdf",
+                                                         ".pbm", ".pgm",  ".ppm",  ".job"};
+  std::error_code error;
+  return std::find(known.begin(), known.end(), ending) != known.end() &&
+         !std::filesystem::is_directory(path, error);
+}
+
+void MakePictureFolder(const std::string& path) {
+  if (NamesFile(path)) {
+    throw CommandError(kExitUsage, "\"" + path + "\" is the name of a file",
+                       "name a folder for the pictures");
+  }
+  MakeFolder(path);
 }
 
 std::string JobStem(const std::string& path) {

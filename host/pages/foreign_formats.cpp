@@ -92,6 +92,10 @@ HostError Refusal(const ForeignFormat& format, const std::string& name) {
 HostError ForeignFormatError(std::string_view head, const std::string& name,
                              const std::string& readable) {
   const std::string small = SmallLetters(head);
+  if (head.starts_with(";Created: ")) {
+    return HostError(kExitInput, name + ": is a finished job, not a page",
+                     "send it as it is: nc -N HOST 9100 <" + Quoted(name));
+  }
   for (const ForeignFormat& format : kForeignFormats) {
     if (small.compare(std::min(format.at, small.size()), format.bytes.size(), format.bytes) == 0) {
       return Refusal(format, name);

@@ -186,6 +186,8 @@ LINES = [
     ("vlx preview page.pgm $P -o no/seen.png", 5, "no/seen.png", "make its folder first"),
     ("vlx print page.pgm $P -o no/a.job", 5, "no/a.job", "make its folder first"),
     ("vlx help prnt", 2, 'There is no command "vlx prnt"', '"print"'),
+    ("vlx print page.pgm -o a.job -o b.job", 2, "--output is given 2 times", "once"),
+    ("vlx print -x", 2, '"-x" is not expected', "!did you mean"),
     ("vlx frobnicate", 2, "not expected", "!did you mean"),
     ("vlx settings show --set zzz.qqqq=1", 4, '"zzz.qqqq"', "vlx settings keys", "!did you mean"),
     ("vlx version; vlx --version", 0, "plug-in interface"),
@@ -198,6 +200,14 @@ LINES = [
     ("vlx preview page.pgm $P -o seen.jpg; code=$?; test ! -e seen.jpg && exit $code", 2, "seen.png"),
     ("vlx preview page.pgm $P -o job.pictures; ls job.pictures", 0, "page-0001.png"),
     ("vlx view a.job", 0, "a/a-0001.png", "in the folder a"),
+    ("vlx view a.job -o seen.jpg; code=$?; test ! -e seen.jpg && exit $code", 2, "seen.jpg", "name a folder"),
+    ("vlx diff a.job a.job", 0, "0 of 1 labels differ"),
+    ("vlx explain - </dev/null", 3, "Standard input is no job, it is empty"),
+    # Jobs are no pages, and what a job sends from a file has to be there.
+    ("vlx print a.job -o b.job", 3, "a finished job", "nc -N HOST 9100 <a.job"),
+    ("vlx print page.pgm $P -o b.job --set blocks.0.kind=file --set blocks.0.text=gone.txt; code=$?; "
+     "test ! -e b.job && exit $code", 3, 'command block 0, "gone.txt"', "check its name"),
+    ("vlx print page.pgm $P -o - --set blocks.0.kind=file --set blocks.0.text=s.toml", 0, "speed = 80"),
     # The test label.
     ("vlx test-label", 2, "--to tcp://HOST"),
     ("vlx test-label -o page.pgm", 2, "page.pgm", "no job"),

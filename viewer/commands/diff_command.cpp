@@ -58,7 +58,7 @@ Json ToJson(const LabelDiff& diff, const std::string& path) {
 
 int Diff(const DiffOptions& options) {
   const std::string a = ReadJob(options.a), b = ReadJob(options.b);
-  if (!options.folder.empty()) MakeFolder(options.folder);
+  if (!options.folder.empty()) MakePictureFolder(options.folder);
   Json labels = Json::array();
   DiffSheet sheet(options.a, options.b);
   std::FILE* report = options.sheet == "-" ? stderr : stdout;
@@ -82,8 +82,8 @@ int Diff(const DiffOptions& options) {
                {"different", result.different},
                {"labels_that_differ", std::move(labels)}});
   } else {
-    std::fprintf(report, "%s of %s differ at %s dpi\n", Grouped(result.different).c_str(),
-                 Counted(result.labels, "label").c_str(), Plain(result.dpi).c_str());
+    std::fprintf(report, "%s of %s labels differ at %s dpi\n", Grouped(result.different).c_str(),
+                 Grouped(result.labels).c_str(), Plain(result.dpi).c_str());
   }
   return result.different == 0 ? kExitDone : kExitFound;
 }

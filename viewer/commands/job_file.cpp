@@ -76,7 +76,8 @@ std::string ReadJob(const std::string& path) {
   const std::string what = WhatInsteadOfJob(job);
   if (what.empty()) return job;
   const bool page = what.ends_with("picture") || what.ends_with("document");
-  throw CommandError(kExitInput, path + " is no job, it is " + what +
+  const std::string name = path == "-" ? "Standard input" : path;
+  throw CommandError(kExitInput, name + " is no job, it is " + what +
                                      (page ? ": make a job of it with vlx print -o FILE.job"
                                            : ": give a file that vlx print has written"));
 }

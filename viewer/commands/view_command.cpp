@@ -53,7 +53,10 @@ class Viewing {
     // Asked for nothing in particular, the pictures go to a folder named after the job.
     m_folder = options.folder;
     if (m_folder.empty() && options.sheet.empty() && !options.json) m_folder = m_stem;
-    if (!m_folder.empty()) MakeFolder(m_folder);
+    if (!options.folder.empty())
+      MakePictureFolder(m_folder);
+    else if (!m_folder.empty())
+      MakeFolder(m_folder);
   }
 
   int Run() {
