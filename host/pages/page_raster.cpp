@@ -22,6 +22,8 @@ std::int64_t Dots(double length, LONG most) {
   return std::clamp<std::int64_t>(std::llround(length), 1, most);
 }
 
+constexpr int kQuarterInchUm = 6350;
+
 // How far a page may fall short of the paper before Fit::Scale enlarges it.
 constexpr double kLeastGrowth = 1.01;
 
@@ -59,7 +61,7 @@ std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape
   const auto side = [&](std::int64_t dots) -> std::int32_t {
     const double lengthUm = (static_cast<double>(dots) - (page.roundedUp ? 0.5 : 0)) * 25400 / dpi;
     if (lengthUm > kLongestSideUm || lengthUm * dpi > 2147483647.0) return 0;
-    for (const int stepUm : {1000, 500, 100, 10, 1}) {
+    for (const int stepUm : {1000, kQuarterInchUm, 500, 100, 10, 1}) {
       const double um = std::round(lengthUm / stepUm) * stepUm;
       const std::int64_t paperDots = std::llround(um * dpi / 25400);
       const std::int64_t least = page.roundedUp ? dots - 1 : dots;

@@ -336,6 +336,7 @@ TEST(PageRaster, NamesThePaperThatFitsAPage) {
       {1181, 1771, false, 300, 0, false, "100x150mm"},  // the last dot is a part of one
       {1200, 1800, false, 300, 0, false, "101.6x152.4mm"},
       {1182, 1772, true, 300, 0, false, "100x150mm"},  // a PDF page of 100 x 150 mm
+      {1200, 1800, true, 300, 0, false, "101.6x152.4mm"},  // a PDF page of 4 x 6 inches
       {96, 56, false, 203, 0, true, "7x12mm"},
       {400, 200, false, 300, 100, false, "101.6x50.8mm"},
       {1, 1, false, 1200, 0, false, "0.1x0.1mm"},

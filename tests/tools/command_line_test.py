@@ -2,7 +2,7 @@
 documents and has examples, bash completes it, command lines end in the right code and words, and the
 installed tree works from where it lies.
 
-    command_line_test.py help|completion|lines|install VLX SOURCES BUILD
+    command_line_test.py help|completion|lines|examples|install VLX SOURCES BUILD
 """
 
 import os
@@ -236,6 +236,56 @@ def check_lines():
                 faults.append(f"{line}\n  code {done.returncode}, not {code}; {wrong}: {text}")
 
 
+def examples():
+    """Every command line that the documents, the man page and the helps show."""
+    texts = [read(name) for name in ("README.md", *(os.path.join("docs", name) for name in os.listdir(
+        os.path.join(sources, "docs")) if name.endswith(".md")))]
+    texts += [text.partition("\nExamples:\n")[2] for _, text in commands()]
+    lines = [line for text in texts for line in re.findall(r"^(?:    |  )(\S.*)", text, re.MULTILINE)]
+    lines += part(read("docs/vlx.1").replace("\\-", "-"), r"\.SH ", "EXAMPLES").splitlines()
+    shown = (line.replace("build/bin/", "").partition("   #")[0].strip() for line in lines)
+    return sorted({line for line in shown if re.search(r"(^|[|(] ?)(VLX_HOME=\S+ )?vlx ", line)})
+
+
+# What the examples take for granted; the network printer is the virtual one.
+WORLD = r"""
+vlx() { "$VLX" "$@"; }
+nc() { cat >/dev/null; }
+produce-pages() { cat label.png; }
+mkdir -p home .zsh/functions .config/fish/completions && cp -r "$SOURCES"/samples . &&
+for page in label page-1 page-2; do cp samples/box-1.png $page.png || exit 9; done
+cp samples/photo.png samples/two-colour.toml . &&
+printf '[[printer]]\nname = "Label Printer"\n[[printer]]\nname = "line3"\ntarget = "tcp://127.0.0.1:%s"\n' \
+  $PORT >home/system.toml &&
+printf '<svg xmlns="http://www.w3.org/2000/svg" width="100mm" height="60mm"/>' | rsvg-convert -f pdf -o labels.pdf &&
+for job in label labels before after old new; do vlx print label.png -o $job.job || exit 9; done &&
+vlx print label.png -o label.job --save-devmode saved.bin
+"""
+
+
+def check_examples():
+    with tempfile.TemporaryDirectory(prefix="vlx examples ") as folder:
+        with subprocess.Popen([vlx, "serve", "-o", "seen", "--port", "0"], cwd=folder, text=True,
+                              stdout=subprocess.PIPE) as printer:
+            port = re.search(r":(\d+),", printer.stdout.readline()).group(1)
+            environment = {**os.environ, "VLX": vlx, "SOURCES": sources, "PORT": port, "HOME": folder,
+                           "VLX_HOME": os.path.join(folder, "home")}
+            done = run("bash", "-c", WORLD, cwd=folder, env=environment)
+            expect(done.returncode == 0, done.stderr)
+            lines = examples()
+            for line in lines:
+                script = re.sub(r"tcp://(192\.0\.2\.7|127\.0\.0\.1:9100)", f"tcp://127.0.0.1:{port}", line)
+                script = re.sub(r"^vlx serve", 'timeout -s INT 1 "$VLX" serve', script.replace("9100", "0"))
+                script = WORLD.split("mkdir")[0] + "set -o pipefail\n" + script
+                done = run("bash", "-c", script, cwd=folder, env=environment)
+                found = re.search(r"vlx (lint|diff|doctor)", line) is not None  # 1 is an answer
+                stopped = line.startswith("vlx serve")
+                if done.returncode not in {0, int(found), 124 if stopped else 0}:
+                    faults.append(f"{line}\n  code {done.returncode}: {done.stderr}")
+            expect(len(lines) > 30, f"only {len(lines)} examples found")
+            printer.terminate()
+
+
 def check_install():
     with tempfile.TemporaryDirectory(prefix="vlx install ") as prefix:
         done = run("cmake", "--install", build, "--prefix", prefix)
@@ -255,6 +305,6 @@ def check_install():
 
 
 {"help": check_help, "completion": check_completion, "lines": check_lines,
- "install": check_install}[mode]()
+ "examples": check_examples, "install": check_install}[mode]()
 print("\n".join(faults))
 sys.exit(1 if faults else 0)
