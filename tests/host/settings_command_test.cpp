@@ -33,6 +33,10 @@ OEMDEV RandomRecord(std::mt19937& random) {
   devmode.nCut2Count |= 1;
   if (devmode.dwColorMode == 2) devmode.bTopSideSameAsBottom = 0;
   devmode.dwInitialCutSent = 0;
+  for (int i = 0; i < kCustomBlockCount; ++i) {  // so are files that cannot be read
+    WORD& kind = (&devmode.wCustomType0)[i];
+    if (kind == kBlockFile) kind = kBlockPlain;
+  }
   return devmode;
 }
 
