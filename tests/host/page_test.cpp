@@ -83,6 +83,14 @@ std::string Webp(const std::string& bgra, int width) {
   return content;
 }
 
+// The same picture in the form that has room for Exif data.
+std::string WithExif(const std::string& webp, std::uint32_t width, const std::string& exif) {
+  const std::string extended = "VP8X" + Bytes(10) + Bytes(8) + Bytes(width - 1, 3) + Bytes(0, 3);
+  const std::string chunks = "WEBP" + extended + webp.substr(12) + "EXIF" +
+                             Bytes(static_cast<std::uint32_t>(exif.size())) + exif;
+  return "RIFF" + Bytes(static_cast<std::uint32_t>(chunks.size())) + chunks;
+}
+
 // Two pages of two grey pixels, the second one on its left side, with a thumbnail in between.
 std::string Tiff() {
   const TempHome home;
@@ -158,6 +166,8 @@ TEST(PageFiles, ReadsPicturesOnWhite) {
   const std::pair<std::string, std::string> areas[] = {
       {Jpeg(JCS_GRAYSCALE, "\x64"), "16x8 646464"},
       {Jpeg(JCS_GRAYSCALE, "\x64", exif), "8x16 646464"},
+      {WithExif(Webp("\x40\x40\x40\xFF\x60\x60\x60\xFF", 2), 2, exif.substr(6)),
+       "1x2 404040 606060"},
       {Jpeg(JCS_RGB, "\xFF\xFF\xFF"), "16x8 ffffff"},
       {Jpeg(JCS_CMYK, "\xFF\x80\xFF\x80"), "16x8 804080"},  // 255 is paper
   };
@@ -335,7 +345,7 @@ TEST(PageRaster, NamesThePaperThatFitsAPage) {
       {1181, 1772, false, 300, 0, false, "100x150mm"},
       {1181, 1771, false, 300, 0, false, "100x150mm"},  // the last dot is a part of one
       {1200, 1800, false, 300, 0, false, "101.6x152.4mm"},
-      {1182, 1772, true, 300, 0, false, "100x150mm"},  // a PDF page of 100 x 150 mm
+      {1182, 1772, true, 300, 0, false, "100x150mm"},      // a PDF page of 100 x 150 mm
       {1200, 1800, true, 300, 0, false, "101.6x152.4mm"},  // a PDF page of 4 x 6 inches
       {96, 56, false, 203, 0, true, "7x12mm"},
       {400, 200, false, 300, 100, false, "101.6x50.8mm"},

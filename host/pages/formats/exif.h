@@ -3,6 +3,9 @@
 
 #include <string_view>
 
+// Stands before Exif data in a JPEG marker.
+inline constexpr std::string_view kExifName("Exif\0\0", 6);
+
 struct ExifData {
   int orientation = 1;  // 1 to 8, see TurnPage
   double xDpi = 0;      // 0: not stated

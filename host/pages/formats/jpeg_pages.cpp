@@ -156,10 +156,9 @@ bool ReadRows(jpeg_decompress_struct* jpeg, ReadState* state, PageImage* page, J
 }
 
 ExifData ExifOf(const jpeg_decompress_struct& jpeg) {
-  constexpr std::string_view kName("Exif\0\0", 6);
   for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next) {
     const std::string_view data(reinterpret_cast<const char*>(marker->data), marker->data_length);
-    if (data.starts_with(kName)) return ReadExif(data.substr(kName.size()));
+    if (data.starts_with(kExifName)) return ReadExif(data.substr(kExifName.size()));
   }
   return {};
 }

@@ -1,4 +1,5 @@
-// WebP files, read by libwebp: the first picture of an animation is the page.
+// WebP files, read by libwebp: the first picture of an animation is the page, turned as its Exif
+// data say.
 
 #include <webp/decode.h>
 #include <webp/demux.h>
@@ -6,6 +7,7 @@
 #include <utility>
 
 #include "host/error.h"
+#include "host/pages/formats/exif.h"
 #include "host/pages/page_formats.h"
 #include "host/pages/pixel_rows.h"
 
@@ -14,6 +16,18 @@ namespace {
 struct DecoderDeleter {
   void operator()(WebPAnimDecoder* decoder) const { WebPAnimDecoderDelete(decoder); }
 };
+
+ExifData ExifOf(const WebPDemuxer* file) {
+  WebPChunkIterator chunk;
+  ExifData exif;
+  if (WebPDemuxGetChunk(file, "EXIF", 1, &chunk)) {
+    std::string_view data(reinterpret_cast<const char*>(chunk.chunk.bytes), chunk.chunk.size);
+    if (data.starts_with(kExifName)) data.remove_prefix(kExifName.size());  // of some programs
+    exif = ReadExif(data);
+  }
+  WebPDemuxReleaseChunkIterator(&chunk);
+  return exif;
+}
 
 class WebpPage final : public PageSource {
  public:
@@ -45,6 +59,9 @@ class WebpPage final : public PageSource {
     for (std::uint32_t y = 0; y < page.heightPx; ++y) {
       LayOnWhite(pixels + std::size_t{4} * page.widthPx * y, page.widthPx, page.Row(y));
     }
+    const ExifData exif = ExifOf(WebPAnimDecoderGetDemuxer(decoder.get()));
+    StateResolution(page, exif.xDpi, exif.yDpi);
+    TurnPage(page, exif.orientation, m_input.Name());
     return true;
   }
   bool Skip(PageImage&) override { return !std::exchange(m_done, true); }
