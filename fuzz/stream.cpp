@@ -1,5 +1,5 @@
 // Job streams as a printer gets them. Every byte belongs to one piece, every label is drawn or says
-// why not, and what is told of a job is text.
+// why not, and what is said about a job is text.
 
 #include <cstdlib>
 #include <new>

@@ -1,6 +1,6 @@
 // One print job, one document: pages in, the printer's job stream out. Every front end prints with
-// three pieces: a PageSource that reads its pages, a LabelJob, and a JobObserver that it is told
-// by.
+// three pieces: a PageSource that reads its pages, a LabelJob that prints them, and a JobObserver
+// that receives progress and warnings.
 //
 //     Spool spool(OpenTarget("tcp://192.0.2.7"));
 //     LabelJob job(request, spool, observer);
@@ -55,7 +55,7 @@ class LabelJob {
   JobObserver& Observer() const { return m_observer; }
   Spool& Target() const { return m_spool; }
 
-  // Fits the page to the paper, places it and prints it; the observer hears how it was scaled. The
+  // Fits the page to the paper, places it and prints it; the observer is warned of scaling. The
   // document starts with the first page that fits, so a job whose first page is refused has sent
   // nothing. The image's content is undefined afterwards; pass the same image for every page.
   // Throws HostError (settings) if the page does not fit, and what the spool throws; then abort the

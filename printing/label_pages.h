@@ -36,7 +36,7 @@ class LabelPages final : public PageSource {
   void CropTo(const DevicePage& label);
 
   // A page that cannot be read or does not fit ends the pages, so that the labels before it become
-  // a whole job; RethrowFailure tells of it.
+  // a whole job; RethrowFailure throws its error.
   bool Next(PageImage& page) override;
   void RethrowFailure() const {
     if (m_failure) std::rethrow_exception(m_failure);
@@ -62,5 +62,5 @@ class LabelPages final : public PageSource {
 };
 
 // Prints the pages on their label; spool is not finished yet. Returns their number. Throws
-// HostError before anything is sent; a page that fails later on is told by RethrowFailure.
+// HostError before anything is sent; RethrowFailure reports a page that fails later.
 std::size_t PrintLabels(LabelPages& pages, JobRequest request, Spool& spool, JobObserver& observer);

@@ -20,6 +20,6 @@ class PageSource {
   // as Next does. scratch: may be used, its content is then undefined.
   virtual bool Skip(PageImage& scratch) { return Next(scratch); }
 
-  // The number of pages; nullopt if only reading them would tell.
+  // The number of pages; nullopt if it is unknown before they are read.
   virtual std::optional<std::size_t> Count() const { return std::nullopt; }
 };

@@ -14,7 +14,7 @@ bool CanBeReopened(const std::string& path) {
   return path != "-" && std::filesystem::is_regular_file(path, error);
 }
 
-// nullopt if only reading the pages would tell.
+// nullopt if it is unknown before the pages are read.
 std::optional<std::size_t> CountPages(const std::vector<std::string>& paths, int dpi) {
   std::size_t total = 0;
   for (const std::string& path : paths) {

@@ -24,7 +24,7 @@ class SelectedPages final : public PageSource {
  public:
   // The pages come in the order of the ranges, and as often as these name them. files and dpi: see
   // PageFiles. A page that comes again later, or an earlier page, needs files that can be opened
-  // again. Throws HostError (settings) if the files tell that they have not all those pages.
+  // again. Throws HostError (settings) if the files are known to have fewer pages.
   SelectedPages(std::vector<std::string> files, int dpi, std::vector<PageRange> ranges);
 
   // Throws HostError: settings for a page that the files do not have, input for an earlier page of

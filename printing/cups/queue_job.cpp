@@ -22,7 +22,7 @@ constexpr int kLastPage = 1 << 30;
 }
 
 // What the usual chain does to pages and this filter does not. Other standard options that are not
-// of use here (finishings of other printers, job sheets, ...) are passed over.
+// of use here (finishings of other printers, job sheets, ...) are ignored.
 struct Unprintable {
   const char* option;
   const char* onlyValue;
@@ -46,7 +46,7 @@ bool IsSetting(std::string_view name) {
                      [section](const SettingKey& key) { return key.name.starts_with(section); });
 }
 
-// Choices of these are no settings by themselves: the paper is told by PaperOfName.
+// Their choices are paper sizes, which PaperOfName reads, not settings.
 bool IsPaper(const ppd_option_t& option) {
   return strcasecmp(option.keyword, "PageSize") == 0 ||
          strcasecmp(option.keyword, "PageRegion") == 0;

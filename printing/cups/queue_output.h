@@ -7,7 +7,7 @@
 #include "host/error.h"
 #include "host/targets/job_target.h"
 
-// The backend has hung up. It tells the user why by itself.
+// The backend has hung up. It reports the reason itself.
 class BackendGoneError final : public HostError {
  public:
   BackendGoneError() : HostError(kExitTarget, "The backend has ended before the job was sent") {}

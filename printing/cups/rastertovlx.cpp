@@ -96,7 +96,7 @@ void Print(char** arguments) {
   QueueObserver observer(output, queue.Collated() ? 1 : copies, order.dpi);
   Spool spool(std::move(target));
   const std::size_t printed = PrintLabels(pages, request, spool, observer);
-  // A backend tells of its printer later on. Its message has to be the last one.
+  // The backend reports on its printer later. Its message has to be the last one.
   if (printed > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
   if (output.Holds()) WarnOfCodes(output.Held(), order.dpi);
   spool.Finish();

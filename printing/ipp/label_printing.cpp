@@ -29,7 +29,7 @@ class DeviceTarget final : public JobTarget {
   pappl_device_t* m_device;
 };
 
-// One job on its way to the device, with what it tells the client.
+// One job on its way to the device, and its messages for the client.
 class PrinterJob final : public JobObserver {
  public:
   PrinterJob(pappl_job_t* job, const pappl_pr_options_t& options, pappl_device_t* device,
@@ -55,7 +55,7 @@ class PrinterJob final : public JobObserver {
   Spool& Target() { return m_spool; }
   const std::string& Name() const { return request.name; }
 
-  // The job is whole: sends the rest and tells what it costs, unless there is a fault to tell.
+  // The job is complete: sends the rest. tellCost: the job's message becomes its cost.
   void Finish(bool tellCost) {
     m_spool.Finish();
     if (tellCost) papplJobSetMessage(m_job, "%s", m_spool.Cost().Line().c_str());

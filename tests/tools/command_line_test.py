@@ -167,7 +167,7 @@ LINES = [
     ("sed -i s/203/20/ home/system.toml; vlx print page.pgm --printer l3", 4, "system.toml, line 5",
      "100 to 1200"),
     ("vlx doctor; rm home/system.toml; vlx doctor", 0, "BROKEN  printers", "Everything works"),
-    # What is told, and how much of it.
+    # What is printed, and how much of it.
     ("vlx print page.pgm page2.pgm $P --dry-run --save-devmode r -o none; test ! -e none -a ! -e r", 0,
      "dry run: 2 labels"),
     ("vlx print page.pgm $P -o a.job --quiet; vlx preview page.pgm $P -o seen.png --quiet", 0, "!label"),

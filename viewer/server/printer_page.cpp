@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t kMostLabelsInSection = 12;
 
-// Jobs are inserted in their order. One whose script is gone is passed over. The part of the page
+// Jobs are inserted in their order. One whose script is gone is skipped. The part of the page
 // that is being read stays where it is.
 constexpr const char* kScript = R"(<script>
 (() => {
