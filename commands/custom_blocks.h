@@ -8,7 +8,7 @@
 #include "config/oemdev.h"
 
 // What a block of that kind and text sends, possibly nothing. A block of the file kind reads its
-// file anew each time: whole, whatever its length; nothing if it cannot be opened; what was read,
+// file on every call: whole, whatever its length; nothing if it cannot be opened; what was read,
 // with an error logged, if reading fails. pageNumber is given only where block 0 is expanded; it
 // replaces a "{...}" in an inline block.
 std::string ExpandCustomBlock(WORD kind, std::string_view text,

@@ -106,7 +106,7 @@ void LoadSubkeys(StockList& list, HKEY stocks) {
     const bool hasRandom = SUCCEEDED(CoCreateGuid(&item.guid));
     if (!hasRandom) item.guid = {};
     ReadStockItem(item, key.Get());
-    // Without any identifier it would be taken for the stock whose identifier is all zeros.
+    // Without an identifier it would match the stock whose identifier is all zeros.
     if (!hasRandom && !ReadIdentifier(key.Get(), item.guid)) continue;
     list.insert(item.guid == GUID{} ? list.begin() : list.end(), item);
   }
@@ -165,7 +165,7 @@ void LoadStocksForPrinter(StockList& list, HANDLE hPrinter) {
     LoadStocks(list, StripKeyChars(TextOrEmpty(info->pDriverName)),
                StripKeyChars(TextOrEmpty(info->pPrinterName)));
   } catch (const std::bad_alloc&) {
-    // No names, no stocks.
+    // Without memory for the names no stock can be looked up.
   }
 }
 

@@ -13,8 +13,8 @@ HRESULT Refuse(DWORD error) {
   return E_FAIL;
 }
 
-// How many bytes of the incoming record may be read: the size in its header, but no more than the
-// public devmode, if given, says.
+// How many bytes of the incoming record may be read: the size in its header, limited by the size in
+// the public devmode if there is one.
 std::size_t ReadableSize(const OEMDMPARAM& parameters) {
   if (parameters.pOEMDMIn == nullptr) return 0;
   std::size_t room = sizeof(OEMDEV);

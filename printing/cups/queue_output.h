@@ -1,5 +1,5 @@
 // Standard output, where the queue's backend reads the job. It is held back until it is let go or
-// finished: of a job of one label, the cost is known before the printer gets any of it.
+// finished: the cost of a one-label job is then known before the printer gets any of it.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ class QueueOutput final : public JobTarget {
   void Write(std::string_view bytes) override;
   void Finish() override;
 
-  // What is held goes out with the next write.
+  // Sends the held bytes with the next write.
   void LetGo() noexcept { m_holds = false; }
   bool Holds() const { return m_holds; }
   std::string_view Held() const { return m_held; }

@@ -25,7 +25,7 @@ class JobPictures {
   // Makes the printer's folder with its page. Throws CommandError (target).
   void AddPrinter(int printer, int dpi);
 
-  // A target that has the job drawn when it is whole. A picture that cannot be made stops no job.
+  // A target that has the job drawn once it is complete. A failed picture does not fail the job.
   std::unique_ptr<JobTarget> OpenTarget(int printer, int dpi);
 
   // Whether no target is open and every job is drawn.

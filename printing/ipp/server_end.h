@@ -8,8 +8,8 @@
 
 #include "printing/ipp/job_pictures.h"
 
-// Lets jobs that the last server had in hand begin again: changes the state file that is about to
-// be loaded. Does nothing if there is none.
+// Restarts jobs that were printing when the last server ended, and aborts those whose data was not
+// kept: changes the state file that is about to be loaded. Does nothing if there is none.
 void ResumeSavedJobs(const std::string& stateFile);
 
 // Once the system runs, starts the jobs that it has loaded. When it is asked to end, saves its

@@ -1,4 +1,4 @@
-// A drawn label in words, for those who do not see its picture.
+// A drawn label in words, for users who cannot see its picture.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
 // The page of the network printer: its jobs, the newest first. A script on the page looks for new
-// jobs and puts them on top without loading it again, so nobody loses the place. From a web server
-// it reads the page itself. A page that is opened as a file may not read files, but it may run
-// scripts: one that names the newest job and one for each job.
+// jobs and puts them on top without a reload, which would lose the reader's place. From a web
+// server it reads the page itself. A page opened as a file may not read other files, but it may
+// load scripts: one names the newest job, and each job has one of its own.
 #pragma once
 
 #include <cstdint>
