@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kTooLong = "Error 111";
 
-// What the letters after a backslash stand for.
+// The bytes that letters after a backslash stand for.
 constexpr std::string_view kEscapes = "\\eEnNrRtT";
 constexpr std::string_view kEscaped = "\\\x1B\x1B\n\n\r\r\t\t";
 static_assert(kEscapes.size() == kEscaped.size());

@@ -80,7 +80,7 @@ bool AddBorders(Page& page) {
 }
 
 // A landscape page is turned 90 degrees clockwise: (x, y) lands at (height - 1 - y, x). GDI+ turns
-// a whole bitmap exactly, which it does not promise of drawing in a turned world.
+// a whole bitmap exactly, which it does not promise of drawing under a rotated transform.
 bool CorrectOrientation(Page& page) {
   if (page.device->pPublicDM->dmOrientation == DMORIENT_PORTRAIT) return true;
   const UINT width = page.Bitmap()->GetWidth();

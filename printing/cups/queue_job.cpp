@@ -21,8 +21,8 @@ constexpr int kLastPage = 1 << 30;
   throw HostError(kExitSettings, fact, remedy);
 }
 
-// What the usual chain does to pages and this filter does not. Other standard options that are not
-// of use here (finishings of other printers, job sheets, ...) are ignored.
+// Page options of the usual chain that this filter refuses. Other standard options that are not of
+// use here (finishings of other printers, job sheets, ...) are ignored.
 struct Unprintable {
   const char* option;
   const char* onlyValue;

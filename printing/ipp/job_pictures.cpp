@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMostJobs = 20;
 constexpr const char* kJobName = "job-0000";
 
-// Old jobs go with their pictures; the page keeps what it says of them until the next start.
+// Old jobs are removed with their pictures; the page lists them until the next start.
 void RemoveOldJobs(const fs::path& folder) {
   std::vector<std::string> jobs;
   std::error_code error;

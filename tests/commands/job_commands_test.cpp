@@ -72,7 +72,7 @@ TEST_F(JobCommands, EndWritesEachPieceByItself) {
   EXPECT_EQ(Print(), (Events{kHeader, "\r\nCe,2.00,1.50", "\r\nA1\r\n", "\r\nthree\n", "\r\none"}));
 }
 
-// All bytes of the job count: images, and what was written before a reset of the device.
+// All bytes of the job count: images, and bytes written before a reset of the device.
 TEST_F(JobCommands, JobIsNeverAMultipleOf512BytesLong) {
   Set("dwColorMode=2 dwSetupOnFirstPageOnly=1");
   SetBlock(*driver.devmode, 0, kBlockInline, "page {n}");

@@ -58,7 +58,7 @@ TEST_F(Pdf, PagesAreDrawnAtTheDeviceResolution) {
   EXPECT_EQ(ImageOf(selected.substr(selected.find("\r\nA1\r\n"))).grey, first.grey);
   EXPECT_EQ(Run("{}a.pdf -o {}d.job --pages 2-3" + size), 4);
   EXPECT_NE(Error().find("There is no page 3"), std::string::npos);
-  // A pipe, in which nothing can be looked up, gives the same.
+  // A pipe, which cannot seek, gives the same.
   const std::string piped =
       "cat " + home.Path("a.pdf") + " | '" VLX_PATH "' print - --name a.pdf -o ";
   ASSERT_EQ(std::system((piped + home.Path("c.job") + size + ">/dev/null").c_str()), 0);

@@ -243,7 +243,7 @@ TEST_F(GdiPlus, EveryLinkGetsTheSamePicture) {
   EXPECT_NE(home.LogLines().back().find("line 2: png must be"), std::string::npos);
 }
 
-// The compressor's memory lies elsewhere each time.
+// The compressor's memory has another address each time.
 TEST_F(GdiPlus, SamePictureHasTheSameBytes) {
   const TempHome home;
   Bitmap bitmap(96, 56, PixelFormat1bppIndexed);

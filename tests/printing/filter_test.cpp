@@ -73,7 +73,7 @@ class Filter : public VlxProcess {
     return RunProgram(FILTER_PATH " 7 somebody label " + std::to_string(copies) + " '" + options +
                       "' " + input);
   }
-  // What the filter and what `vlx print` make of the same.
+  // The jobs that the filter and `vlx print` make of the same input.
   void ExpectSame(const std::string& options, const std::string& file, const std::string& arguments,
                   int copies = 1) {
     SCOPED_TRACE(options + " " + file);
@@ -186,7 +186,7 @@ TEST_F(Filter, PageWithinAPointIsCroppedOrPaddedAndNoOtherIs) {
   ExpectRefused(size, "small.pdf", "the label is 12");
   home.WriteFile("large.pgm", Grey(130, 56));
   ExpectRefused(size, "large.pgm", "the label is 12");
-  // A page that lies is not turned unless somebody asks for it.
+  // A landscape page is turned only on request.
   ExpectRefused("media=Custom.7x12mm", "fits.pgm", "the label is 7");
 }
 

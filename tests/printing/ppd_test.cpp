@@ -12,7 +12,7 @@ constexpr const char* kPpds[] = {PPD_FOLDER "/vlx-203.ppd", PPD_FOLDER "/vlx-300
                                  PPD_FOLDER "/vlx-600.ppd"};
 
 TEST(Ppd, EveryChoiceIsASettingThatTheQueueTakes) {
-  // Those of the print system itself, which stand for no setting by their name.
+  // Options of the print system itself, whose names are not settings.
   const std::set<std::string> others = {"PageSize", "PageRegion", "ColorModel",
                                         "Collate",  "Resolution", "cut"};
   std::set<std::string> keys;

@@ -247,7 +247,7 @@ def examples():
     return sorted({line for line in shown if re.search(r"(^|[|(] ?)(VLX_HOME=\S+ )?vlx ", line)})
 
 
-# What the examples take for granted; the network printer is the virtual one.
+# Commands and files that the examples need; the network printer is the virtual one.
 WORLD = r"""
 vlx() { "$VLX" "$@"; }
 nc() { cat >/dev/null; }

@@ -150,7 +150,7 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
   EXPECT_EQ(cut.faults.front().place.offset, 60u);
 }
 
-// What is only odd is tried by the fuzz target; these are large, or say that they are.
+// The fuzz target covers malformed jobs; these are large or claim to be.
 TEST(JobReading, HostileStreamsEndSoon) {
   std::string manyFields, manyDownloads;
   for (int i = 0; i < 30000; ++i) {

@@ -1,4 +1,4 @@
-// What is printed in black and what in the highlight colour.
+// Which pixels print in black and which in the highlight colour.
 
 #include <array>
 #include <cmath>

@@ -87,7 +87,7 @@ TEST_F(DevMode, ConversionLeavesACurrentRecordAlone) {
     OEMDEV once = record;
     ConvertEp2Qor(&once);
     EXPECT_TRUE(i % 2 != 0 || std::memcmp(&once, &record, sizeof record) == 0);
-    // What lies behind the end of a record is not its own.
+    // Bytes after the end of a record do not belong to it.
     EXPECT_TRUE(i % 10 != 1 || (once.nPSource1Value == 0 && once.header.dwSize == 2708));
     OEMDEV twice = once;
     ConvertEp2Qor(&twice);

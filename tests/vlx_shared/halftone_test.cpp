@@ -74,7 +74,7 @@ TEST_F(Halftones, FloydSteinbergRunsLeftToRightInEveryRow) {
   for (const DWORD color : colors) wanted.push_back(color & 0xFF);
   const Colors dots = Dots(Page(width, colors), eFloydSteinberg);
   for (INT i = 0; i < size; ++i) {
-    // Whole numbers may decide otherwise where it is a near thing.
+    // Integer arithmetic may decide borderline pixels differently.
     if (std::abs(wanted[i] - 128) > 1) {
       ASSERT_EQ(dots[i] != 0, wanted[i] >= 128) << i;
     }
