@@ -97,9 +97,12 @@ TEST_F(Pages, ToleranceCountsInHundredths) {
 TEST_F(Pages, PageWithoutColourModeIsNotSent) {
   for (const char* mode : {"dwColorMode=0", "dwColorMode=3", "dwColorMode=4294967295"}) {
     Set(mode);
+    NewLog();
     Print(60, 40, Grey);
     EXPECT_EQ(Take(), (Events{kHeader, "DrvStartDoc", "DrvStartPage", "DrvSendPage", "\r\nA1\r\n",
                               "DrvEndDoc"}));
+    const Events log = NewLog();
+    EXPECT_EQ(std::count(log.begin(), log.end(), "trace\tRendering\tProcessImageData END (1)"), 1);
   }
 }
 
@@ -167,6 +170,7 @@ TEST_F(Pages, ImageThatCannotBeEncodedIsNotSent) {
       {"GdipSaveImageToStream", 1, "dwColorMode=1 bTopSideSameAsBottom=1",
        "pTopSideSameAsBottomBitmap->Save failed!!!"},
       {"GdipAlloc", 5, "", "Graphics::FromImage(pTopSideSameAsBottomBitmap) failed!!!"},
+      {"GdipCreateBitmapFromScan0", 4, "", ""},
       {"IStream::Stat", 1, "bTopSideSameAsBottom=0", ""},
       {"IStream::Seek", 1, "", ""},
       {"IStream::Read", 1, "", ""},

@@ -175,6 +175,11 @@ LINES = [
     ("vlx preview page.pgm $P -o seen.png --json | python3 -m json.tool", 0, '"pictures"', "seen.png"),
     ("vlx settings show --set print.speed=7 --changed --json | python3 -m json.tool", 0, '"speed": 7'),
     ("vlx stocks --json", 0, "[]"),
+    # Progress is for terminals, and for jobs that take a while: the second page comes late.
+    ("mkfifo slow; (cat page.pgm; sleep 1; cat page.pgm page.pgm) >slow & python3 -c 'import os, pty, sys; "
+     "sys.exit(pty.spawn([os.environ[\"VLX\"], \"print\", \"slow\", *sys.argv[1:]]))' $P -o slow.job", 0,
+     "pages a second", "slow.job: 3 labels"),
+    ("(cat page.pgm; sleep 1; cat page.pgm) | vlx print - $P -o slow.job", 0, "!pages a second"),
     ("vlx print - - $P -o b.job <page.pgm", 2, "more than once"),
     # Help, and what was meant.
     ("vlx help settings show", 0, "Usage: vlx settings show", "--changed", "!:FILE"),
