@@ -70,6 +70,7 @@ void ResumeSavedJobs(const std::string& stateFile) {
   changed.close();
   std::error_code error;
   if (changed) std::filesystem::rename(changedFile, stateFile, error);
+  if (!changed || error) std::filesystem::remove(changedFile, error);
 }
 
 void EndWithoutWaiting(pappl_system_t* system, JobPictures& pictures,

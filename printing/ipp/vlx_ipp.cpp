@@ -116,7 +116,7 @@ pappl_system_t* MakeSystem(int count, cups_option_t* options, void* data) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  // PAPPL adds its own schemes with the first question for one, but not beside others.
+  // PAPPL adds its own schemes on the first query, but only while there are no others.
   papplDeviceIsSupported("socket://localhost/");
   papplDeviceAddScheme("preview", PAPPL_DEVTYPE_CUSTOM_LOCAL, ListPreview, OpenPreview,
                        ClosePreview, ReadPreview, WritePreview, PreviewStatus, nullptr);
