@@ -181,6 +181,14 @@ TEST_F(DeviceContext, NoMemoryMeansNoDevice) {
               "pOemPDEV)");
   }
   EXPECT_GT(refused, 0);
+
+  COemPDEV fresh;
+  DEVOBJ none = {}, other = {};
+  other.pdevOEM = &fresh;
+  IPrintOemUni2* object = driver.Object();
+  EXPECT_TRUE(driver.StartDocument() && driver.StartPage());
+  EXPECT_EQ(object->ResetPDEV(&none, &other), S_OK);  // there is nothing to take over
+  EXPECT_EQ(object->ResetPDEV(&driver.Device(), &none), S_OK);
 }
 
 }  // namespace

@@ -61,6 +61,12 @@ TEST_F(Job, HooksWithoutADeviceFail) {
   EXPECT_FALSE(driver.EndDocument());
   EXPECT_EQ(Take(), Events{});
   driver.Surface().dhpdev = &driver.Device();
+  DRVPROCS nothing = {};
+  DRVPROCS* const procedures = std::exchange(driver.Device().pDrvProcs, nullptr);
+  EXPECT_TRUE(driver.PrintDocument("a"));  // there is no spooler to write to
+  driver.Device().pDrvProcs = &nothing;
+  EXPECT_TRUE(driver.PrintDocument("a"));
+  driver.Device().pDrvProcs = procedures;
 }
 
 TEST_F(Job, AbortWritesNothingMore) {

@@ -159,6 +159,9 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   EXPECT_EQ(driver.helperReferences, 0);
   driver.ReleaseObject();
   EXPECT_EQ(driver.helperReferences, 0);
+  EXPECT_TRUE(driver.CreateObject() && driver.PublishHelper());
+  driver.ReleaseObject();
+  EXPECT_EQ(driver.helperReferences, 0);
 }
 
 TEST_F(PluginObject, NamesTheMethodWhoseArgumentIsMissing) {

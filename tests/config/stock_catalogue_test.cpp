@@ -31,7 +31,8 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
   const StockList list = Load(
       "[S1]\n[S2]\n\"darkness\"=dword:00000007\n\"UnprintableTop\"=hex:01,02,03,04\n"
       "\"UnprintableLeft\"=hex(b):01,00,00,00,00,00,00,00\n\"Rotation\"=\"x\"\n"
-      "\"PaperWidth\"=hex:01,02,03\n\"Id\"=\"{0000000A-000b-000C-0D0E-0f1011121314}\"\n");
+      "\"PaperWidth\"=hex:01,02,03\n\"DisplayName\"=hex(1):41,00,42\n\"Id\"=\"{0000000A-000b-000C-"
+      "0D0E-0f1011121314}\"\n");
   ASSERT_EQ(list.size(), 2u);
   const StockItem& empty = list.front();
   EXPECT_EQ(std::tuple(empty.dwPaperWidth, empty.dwPaperLength, empty.dwSensorType,
@@ -43,6 +44,7 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
   EXPECT_EQ(std::tuple(full.dwDarkness, full.dwUnprintableTop, full.dwUnprintableLeft,
                        full.dwRotation, full.dwPaperWidth),
             std::tuple(7u, 0x04030201u, 0u, 0x00000078u, 9000u));
+  EXPECT_EQ(full.displayName, u"A");  // a byte is no character
   EXPECT_EQ(full.guid, (GUID{10, 11, 12, {13, 14, 15, 16, 17, 18, 19, 20}}));
 }
 

@@ -131,6 +131,11 @@ TEST_F(Pages, RefusedBandHandsNothingBack) {
   driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   EXPECT_FALSE(driver.SendBand({0, 4, 48, {0, 0}, nullptr, true}));
   EXPECT_EQ(driver.bandResult, nullptr);
+  driver.publicDevmode.dmOrientation = DMORIENT_PORTRAIT;
+  NewLog();
+  EXPECT_TRUE(driver.SendBand({4, 4, 48, {0, 7}, nullptr, true}));
+  EXPECT_EQ(NewLog()[0],
+            "trace\tRendering\tImageProcessing BEGIN (Portrait, y-Pixel 7-11, OemPDEV=#)");
 }
 
 TEST_F(Pages, FailedStageEndsThePage) {
@@ -265,8 +270,8 @@ TEST_F(Pages, CropByColumnsKeepsEveryBit) {
 }
 
 TEST_F(Pages, HighlightIsTheColourOfTheRecord) {
-  for (const auto& [color, ink] : {std::pair("255", 0xFF0000u), {"65280", 0x00FF00u},
-                                   {"16711680", 0x0000FFu}}) {
+  for (const auto& [color, ink] :
+       {std::pair("255", 0xFF0000u), {"65280", 0x00FF00u}, {"16711680", 0x0000FFu}}) {
     static DWORD painted;
     painted = ink;
     Set("dwColorMode=2 crHighlightColor=" + std::string(color));
@@ -291,6 +296,9 @@ TEST_F(Pages, CroppedImagesAreComparedUncropped) {
     const Events events = Take();
     EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x16 1-bit>"), downloads);
   }
+  // Content in the first row is content.
+  Print(60, 40, [](LONG x, LONG y) { return TwoBlocks(x, y + 8); });
+  EXPECT_EQ(std::pair(Image("0").height, Image("1").height), std::pair(16u, 16u));
 }
 
 TEST_F(Pages, StagesAreSavedByJobPageAndName) {
