@@ -49,6 +49,7 @@ class DeviceContext : public JobTest {
               (std::array<LONG, 8>{state.gdiHorzSize, state.gdiVertSize, state.gdiHorzRes,
                                    state.gdiVertRes, state.gdiPhysSizeCx, state.gdiPhysSizeCy,
                                    state.gdiPhysOffsetX, state.gdiPhysOffsetY}));
+    EXPECT_EQ(state.hDevicePalette, driver.DeviceInfo().hpalDefault);
     return geometry;
   }
   // The new lines about paper, without the prefix that all but one of them have.

@@ -74,6 +74,7 @@ TEST_F(Job, AbortWritesNothingMore) {
   EXPECT_TRUE(driver.PrintPage('a'));
   Take();
   EXPECT_TRUE(driver.AbortDocument());
+  EXPECT_EQ(LastLogLine(), "trace\tRendering\tOEMEndDoc END (1 = 1 && 1)");
   EXPECT_EQ(driver.lastCall, "DrvEndDoc(1)");
   EXPECT_EQ(State().pBitmapBuffer, nullptr);
   EXPECT_EQ(Take(), Events{"DrvEndDoc"});

@@ -160,6 +160,14 @@ TEST_F(Pages, FailedStageEndsThePage) {
     const Events last = Take();
     EXPECT_EQ(last[last.size() - 3].find("H55,") != std::string::npos, n > 3) << n;
   }
+  for (const int n : {1, 2}) {  // the quarter turn
+    EXPECT_TRUE(driver.StartDocument());
+    EXPECT_TRUE(driver.PrintPage('a'));
+    FailCall("GdipImageRotateFlip", n);
+    EXPECT_FALSE(driver.StartPage());
+    PlatformSetFaultHook(nullptr, nullptr);
+    EXPECT_TRUE(driver.AbortDocument());
+  }
 }
 
 TEST_F(Pages, ImageThatCannotBeEncodedIsNotSent) {
