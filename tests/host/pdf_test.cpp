@@ -77,6 +77,7 @@ TEST_F(Pdf, WhatCannotBeReadIsAnErrorThatSaysWhy) {
       {"cat \"$(dirname \"$0\")/../page.pgm\"; echo P5 9; kill -9 $$", "ended by signal 9"},
       {"exit 0", "holds no page"},
       {"printf 'P5 99999 99999 255\\n'; exec sleep 600", "too large"},
+      {"printf 'P5 1 1 255\\n\\377'", "too large for pdftoppm"},
   };
   for (const auto& [script, message] : rows) {
     StandInFor(script);

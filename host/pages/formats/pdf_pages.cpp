@@ -33,6 +33,13 @@ class PdfPages final : public PageSource {
     if (!m_program) Start();
     try {
       if (ReadPnm(m_program->Output(), page)) {
+        // In place of a page of 2 GiB or more the program draws a single dot and reports success.
+        if (page.widthPx == 1 && page.heightPx == 1) {
+          throw HostError(
+              kExitInput,
+              m_name + ": a page is too large for pdftoppm at " + std::to_string(m_dpi) + " dpi",
+              "make the page smaller");
+        }
         page.roundedUp = true;
         return true;
       }
