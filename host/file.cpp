@@ -7,6 +7,12 @@
 #include "common/file.h"
 #include "host/error.h"
 
+namespace {
+
+constexpr std::size_t kMostBytes = std::size_t{16} << 20;
+
+}  // namespace
+
 std::string ReadWholeFile(const std::string& path, const std::string& what) {
   std::string content;
   errno = 0;
@@ -15,6 +21,10 @@ std::string ReadWholeFile(const std::string& path, const std::string& what) {
     char buffer[4096];
     for (std::size_t size; (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0;) {
       content.append(buffer, size);
+      if (content.size() <= kMostBytes) continue;
+      throw HostError(kExitInput,
+                      "The " + what + " " + path + " cannot be read: it is longer than 16 MiB",
+                      "check its name");
     }
     if (!std::ferror(file.get())) return content;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
 #include "host/driver/printer.h"
@@ -54,6 +55,21 @@ void TakePaperFromPage(PageAhead& pages, Settings& settings, Spool& spool) {
   const std::optional<PaperSize> paper =
       PaperFor(*page, settings.Page().dpi, settings.Page().landscape);
   if (paper) settings.Set("paper.size", FormatPaperSize(*paper));
+}
+
+// The files that the job sends with its custom command blocks.
+void AddBlockFiles(const JobRequest& request, std::vector<NamedFile>& inputs) {
+  OEMDEV devmode = {};
+  if (request.record && request.record->bytes.size() == sizeof devmode) {
+    std::memcpy(&devmode, request.record->bytes.data(), sizeof devmode);
+  }
+  request.settings.ApplyTo(devmode);
+  for (int i = 0; i < kCustomBlockCount; ++i) {
+    const CustomBlock block = GetCustomBlock(devmode, i);
+    if (block.kind == kBlockFile) {
+      inputs.push_back({"the file of command block " + std::to_string(i), block.text});
+    }
+  }
 }
 
 // How the options stand in --help: their group, and the name of their value where it says more than
@@ -138,7 +154,8 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   }
 }
 
-OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile) {
+OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile,
+                         const JobRequest& request) {
   if (std::count(options.files.begin(), options.files.end(), "-") > 1) {
     throw HostError(kExitUsage, "Standard input, -, is named more than once",
                     "it can be read once only: name it once, or use files");
@@ -148,6 +165,8 @@ OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profil
   inputs.push_back({"--settings", options.settingsFile});
   inputs.push_back({"--devmode", options.devmodeFile});
   inputs.push_back({"the printer's settings", profile.settingsFile});
+  inputs.push_back({"the list of printers", SystemFilePath()});
+  AddBlockFiles(request, inputs);
   OutputGuard guard(std::move(inputs), options.force);
   guard.Add({"--save-devmode", options.saveDevmodeFile}, kRecordOutput);
   return guard;

@@ -40,9 +40,10 @@ void AddSetOption(CLI::App& command, std::vector<std::string>& sets);
 // other. Throws HostError.
 Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile = {});
 
-// Guards what the options read, and --save-devmode, which it has checked. Throws HostError (usage),
+// Guards what the job reads, and --save-devmode, which it has checked. Throws HostError (usage),
 // also if standard input is named twice.
-OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile);
+OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile,
+                         const JobRequest& request);
 
 // A file with a raw settings record. Throws HostError (input).
 DevModeRecord ReadDevModeFile(const std::string& path);

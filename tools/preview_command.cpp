@@ -35,13 +35,13 @@ void RefuseOtherPictures(const std::string& output) {
 // Writes one picture file, or a folder with a picture for each label.
 class Pictures {
  public:
-  explicit Pictures(const PreviewOptions& options)
+  Pictures(const PreviewOptions& options, const PrinterProfile& profile, const JobRequest& request)
       : m_output(options.output),
         m_plain(!options.job.quiet && !options.job.json),
         m_single(options.output == "-" || options.output.ends_with(".png")),
         m_stem(options.job.files.front() == "-" ? "page"
                                                 : viewer::JobStem(options.job.files.front())),
-        m_guard(GuardOutputs(options.job, ProfileOf(options.job.printer))) {
+        m_guard(GuardOutputs(options.job, profile, request)) {
     if (m_single) {
       m_guard.Add({"-o", m_output}, kPictureOutput);
     } else {
@@ -89,13 +89,14 @@ class Pictures {
 };
 
 int RunPreview(const PreviewOptions& options) {
-  const Settings settings = ReadSettings(options.job, ProfileOf(options.job.printer));
-  Pictures pictures(options);
+  const PrinterProfile profile = ProfileOf(options.job.printer);
+  const JobRequest request = MakeRequest(options.job, ReadSettings(options.job, profile));
+  Pictures pictures(options, profile, request);
   std::string job;
   Spool spool(std::make_unique<MemoryTarget>(job));
-  const PrintedFiles printed = PrintFiles(options.job, MakeRequest(options.job, settings), spool);
+  const PrintedFiles printed = PrintFiles(options.job, request, spool);
 
-  DrawLabels(job, settings.Page(), printed.devmode,
+  DrawLabels(job, request.settings.Page(), printed.devmode,
              [&pictures](const std::string& png) { pictures.Add(png); });
   pictures.Finish();
   PrintReport(options.job, {{options.output}, printed.pages, pictures.Paths()}, spool.Cost(),

@@ -112,13 +112,13 @@ int RunPrint(PrintOptions options) {
   const PrinterProfile profile = ProfileOf(options.job.printer);
   if (options.output.empty() && options.to.empty()) options.to = profile.target;
   if (options.dryRun) options.job.saveDevmodeFile.clear();
-  OutputGuard guard = GuardOutputs(options.job, profile);
+  const JobRequest request = MakeRequest(options.job, ReadSettings(options.job, profile));
+  OutputGuard guard = GuardOutputs(options.job, profile, request);
   if (!options.dryRun) guard.Add({"-o", options.output}, kJobOutput);
-  const Settings settings = ReadSettings(options.job, profile);
   Spool spool(OpenTargets(options));
   std::size_t pages = 0;
   try {
-    pages = PrintFiles(options.job, MakeRequest(options.job, settings), spool).pages;
+    pages = PrintFiles(options.job, request, spool).pages;
     spool.Finish();
   } catch (const HostError& error) {
     const bool begun = spool.Cost().Bytes() > 0 && !options.to.empty() && !options.dryRun;

@@ -105,13 +105,14 @@ int RunTestLabel(TestLabelOptions options) {
   const PrinterProfile profile = ProfileOf(options.job.printer);
   if (options.output.empty() && options.to.empty()) options.to = profile.target;
   options.job.name = "test label";
-  GuardOutputs(options.job, profile)
-      .Add({"-o", options.output}, options.Draws() ? kPictureOutput : kJobOutput);
   const Settings settings = ReadSettings(options.job, profile);
+  const JobRequest request = MakeRequest(options.job, settings);
+  GuardOutputs(options.job, profile, request)
+      .Add({"-o", options.output}, options.Draws() ? kPictureOutput : kJobOutput);
   std::string drawn;
   Spool spool(OpenTargets(options, drawn));
   TestObserver observer;
-  LabelJob job(MakeRequest(options.job, settings), spool, observer);
+  LabelJob job(request, spool, observer);
   TestPage page(job.Page(), LabelJobOf(job, settings));
   PrintPages(page, job);
   spool.Finish();

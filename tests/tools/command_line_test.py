@@ -207,12 +207,23 @@ LINES = [
     ("vlx view a.job", 0, "a/a-0001.png", "in the folder a"),
     ("vlx view a.job -o seen.jpg; code=$?; test ! -e seen.jpg && exit $code", 2, "seen.jpg", "name a folder"),
     ("vlx diff a.job a.job", 0, "0 of 1 labels differ"),
+    ("cp a.job kept; ln -sf kept soft; vlx view kept --sheet ./soft; code=$?; cmp a.job kept && exit $code", 2,
+     "--sheet ./soft", "same file"),
+    ("vlx view - --sheet kept <kept", 2, "same file"),
+    ("vlx diff a.job kept --sheet kept", 2, "same file"),
+    ("vlx view a.job --sheet seen.png", 2, "seen.html"),
     ("vlx explain - </dev/null", 3, "Standard input is no job, it is empty"),
     # Jobs are no pages, and what a job sends from a file has to be there.
     ("vlx print a.job -o b.job", 3, "a finished job", "nc -N HOST 9100 <a.job"),
     ("vlx print page.pgm $P -o b.job --set blocks.0.kind=file --set blocks.0.text=gone.txt; code=$?; "
      "test ! -e b.job && exit $code", 3, 'command block 0, "gone.txt"', "check its name"),
     ("vlx print page.pgm $P -o - --set blocks.0.kind=file --set blocks.0.text=s.toml", 0, "speed = 80"),
+    ("cp a.job sent; B='--set blocks.0.kind=file --set blocks.0.text=sent'; vlx print page.pgm $P $B -o sent; "
+     "code=$?; vlx print page.pgm $P $B -o ./sent --force; cmp a.job sent && exit $code", 2,
+     "command block 0 sent"),
+    ("echo >home/system.toml; vlx preview page.pgm $P -o home --save-devmode home/system.toml --force", 2,
+     "the list of printers"),
+    ("vlx settings devmode /dev/zero", 3, "16 MiB"),
     # The test label.
     ("vlx test-label", 2, "--to tcp://HOST"),
     ("vlx test-label -o page.pgm", 2, "page.pgm", "no job"),

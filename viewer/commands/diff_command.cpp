@@ -57,6 +57,7 @@ Json ToJson(const LabelDiff& diff, const std::string& path) {
 }
 
 int Diff(const DiffOptions& options) {
+  for (const std::string& job : {options.a, options.b}) CheckSheet(options.sheet, job);
   const std::string a = ReadJob(options.a), b = ReadJob(options.b);
   if (!options.folder.empty()) MakePictureFolder(options.folder);
   Json labels = Json::array();

@@ -1,6 +1,7 @@
 #include "viewer/commands/job_file.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "common/error.h"
 #include "viewer/files.h"
@@ -80,6 +81,18 @@ std::string ReadJob(const std::string& path) {
   throw CommandError(kExitInput, name + " is no job, it is " + what +
                                      (page ? ": make a job of it with vlx print -o FILE.job"
                                            : ": give a file that vlx print has written"));
+}
+
+void CheckSheet(const std::string& output, const std::string& job) {
+  if (output.empty() || output == "-") return;
+  std::error_code error;  // of a file that does not exist yet
+  if (std::filesystem::equivalent(output, job == "-" ? "/dev/stdin" : job, error)) {
+    throw CommandError(kExitUsage, "--sheet " + output + " is the same file as the job " + job,
+                       "name another file: nothing was written");
+  }
+  if (!NamesFile(output)) return;
+  throw CommandError(kExitUsage, "--sheet is \"" + output + "\", but a sheet is an HTML page",
+                     "name it " + std::filesystem::path(output).stem().string() + ".html");
 }
 
 }  // namespace viewer

@@ -14,4 +14,8 @@ std::string WhatInsteadOfJob(std::string_view file);
 // if it cannot be read or is no job.
 std::string ReadJob(const std::string& path);
 
+// Throws CommandError (usage) if the output's path leads to the file of a job that is read, or has
+// the name of a picture, document or job.
+void CheckSheet(const std::string& output, const std::string& job);
+
 }  // namespace viewer

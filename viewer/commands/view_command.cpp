@@ -175,6 +175,7 @@ Command AddViewCommand(CLI::App& program) {
   view->add_flag("--json", options->json, "Write a description of job and labels as JSON");
   view->footer(kViewNotes);
   return {view, [options] {
+            CheckSheet(options->sheet, options->job);
             const std::string job = ReadJob(options->job);
             return Viewing(*options, job).Run();
           }};
