@@ -15,14 +15,19 @@ struct ForeignFormat {
 };
 
 constexpr const char* kOffice = "soffice --headless --convert-to pdf $";
+constexpr const char* kOfficeDocument = "a document of an office program (DOCX, XLSX, PPTX)";
 constexpr const char* kMagick = "convert $ page.png";
 constexpr const char* kHeif = "heif-convert $ page.png";
 
 // The first row that matches counts.
 constexpr ForeignFormat kForeignFormats[] = {
     {30, "mimetypeapplication/vnd.oasis", "an OpenDocument file", kOffice},
-    {30, "[content_types].xml", "a document of an office program (DOCX, XLSX, PPTX)", kOffice},
-    {30, "_rels/", "a document of an office program (DOCX, XLSX, PPTX)", kOffice},
+    {30, "[content_types].xml", kOfficeDocument, kOffice},
+    {30, "_rels/", kOfficeDocument, kOffice},
+    {30, "docprops/", kOfficeDocument, kOffice},
+    {30, "word/", kOfficeDocument, kOffice},
+    {30, "xl/", kOfficeDocument, kOffice},
+    {30, "ppt/", kOfficeDocument, kOffice},
     {30, "mimetypeapplication/epub", "an EPUB book", "ebook-convert $ page.pdf"},
     {0, "pk\3\4", "a ZIP archive", "unzip $"},
     {0, "\xD0\xCF\x11\xE0", "a document of an old office program (DOC, XLS, PPT)", kOffice},
