@@ -8,10 +8,10 @@ namespace {
 using namespace std::string_view_literals;
 
 struct ForeignFormat {
-  std::size_t at;
-  std::string_view bytes;  // that stand there, in small letters
+  std::size_t at;          // an offset in the file
+  std::string_view bytes;  // at that offset, in lower case
   const char* name;
-  const char* command;  // that converts the file in place of $
+  const char* command;  // that converts the file; $ stands for its name
 };
 
 constexpr const char* kOffice = "soffice --headless --convert-to pdf $";
@@ -39,7 +39,7 @@ constexpr ForeignFormat kForeignFormats[] = {
     {4, "ftypheix", "a HEIC picture", kHeif},
     {4, "ftypmif1", "a HEIF picture", kHeif},
     {4, "ftypavif", "an AVIF picture", kHeif},
-    {4, "ftyp", "a film", "ffmpeg -i $ -frames:v 1 page.png"},
+    {4, "ftyp", "a video", "ffmpeg -i $ -frames:v 1 page.png"},
     {0, "\xFF\x0A", "a JPEG XL picture", "djxl $ page.png"},
     {4, "jxl ", "a JPEG XL picture", "djxl $ page.png"},
     {4, "jp  ", "a JPEG 2000 picture", "opj_decompress -i $ -o page.png"},
@@ -48,7 +48,7 @@ constexpr ForeignFormat kForeignFormats[] = {
     {0, "gimp xcf", "a GIMP picture", kMagick},
     {0, "\0\0\1\0"sv, "an icon", kMagick},
     {0, "p7", "a PAM picture", "pamtopnm $ >page.ppm"},
-    {0, "pf", "a PFM picture", kMagick},
+    {0, "pf\n", "a PFM picture", kMagick},
     {0, "\x1F\x8B", "compressed with gzip", "zcat $ >page"},
     {0, "bzh", "compressed with bzip2", "bzcat $ >page"},
     {0,
@@ -60,12 +60,12 @@ constexpr ForeignFormat kForeignFormats[] = {
     {0, "<html", "an HTML page", "chromium --headless --print-to-pdf=page.pdf $"},
 };
 
-std::string SmallLetters(std::string_view text) {
-  std::string small(text);
-  for (char& c : small) {
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
-  return small;
+  return lower;
 }
 
 bool IsText(std::string_view head) {
@@ -74,7 +74,7 @@ bool IsText(std::string_view head) {
   });
 }
 
-// The file as a shell takes it.
+// The file's name quoted for a shell.
 std::string Quoted(const std::string& name) {
   constexpr const char* kPlain =
       "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_./,+-:@%";
@@ -96,13 +96,13 @@ HostError Refusal(const ForeignFormat& format, const std::string& name) {
 
 HostError ForeignFormatError(std::string_view head, const std::string& name,
                              const std::string& readable) {
-  const std::string small = SmallLetters(head);
+  const std::string lower = LowerCase(head);
   if (head.starts_with(";Created: ")) {
     return HostError(kExitInput, name + ": is a finished job, not a page",
                      "send it as it is: nc -N HOST 9100 <" + Quoted(name));
   }
   for (const ForeignFormat& format : kForeignFormats) {
-    if (small.compare(std::min(format.at, small.size()), format.bytes.size(), format.bytes) == 0) {
+    if (lower.compare(std::min(format.at, lower.size()), format.bytes.size(), format.bytes) == 0) {
       return Refusal(format, name);
     }
   }

@@ -1,5 +1,5 @@
-// The formats that pages can be read from. A new one is a row of the table, a function that opens
-// it in a file of its own, and its tests.
+// The formats that pages are read from. A new one is a row of the table, a function in a file of
+// its own that opens it, and its tests.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 #include "host/pages/page_input.h"
 #include "host/pages/page_source.h"
 
-// Makes the source that reads an input of one format. dpi: the resolution at which pages without
-// pixels of their own are drawn. Throws HostError (input).
+// Makes the source that reads an input of one format. dpi: the resolution at which pages that are
+// not pixels are drawn. Throws HostError (input).
 using PageOpener = std::unique_ptr<PageSource>(PageInput input, int dpi);
 PageOpener OpenBmp;
 PageOpener OpenGif;
@@ -25,14 +25,18 @@ PageOpener OpenTiff;
 PageOpener OpenWebp;
 
 struct PageFormat {
-  const char* names;  // for people
-  bool (*matches)(
-      std::string_view head);  // the input's first kPageHeadBytes, or all of a shorter one
+  const char* names;  // for messages
+  // head: the input's first kPageHeadBytes, or all of a shorter one.
+  bool (*matches)(std::string_view head);
   PageOpener* open;
 };
 
+constexpr bool HasAt(std::string_view head, std::size_t at, std::string_view bytes) {
+  return head.size() >= at && head.substr(at).starts_with(bytes);
+}
+
 inline constexpr std::size_t kPageHeadBytes = 64;
-inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 30;  // of those read as a whole
+inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 30;  // of a file read whole
 inline constexpr PageFormat kPageFormats[] = {
     {"PNG", [](std::string_view head) { return head.starts_with("\x89PNG"); }, OpenPng},
     {"PBM, PGM, PPM",
@@ -53,11 +57,11 @@ inline constexpr PageFormat kPageFormats[] = {
     {"GIF", [](std::string_view head) { return head.starts_with("GIF8"); }, OpenGif},
     {"BMP",
      [](std::string_view head) {
-       return head.starts_with("BM") && head.substr(6, 4) == std::string_view("\0\0\0\0", 4);
+       return head.starts_with("BM") && HasAt(head, 6, {"\0\0\0\0", 4});
      },
      OpenBmp},
     {"WebP",
-     [](std::string_view head) { return head.starts_with("RIFF") && head.substr(8, 4) == "WEBP"; },
+     [](std::string_view head) { return head.starts_with("RIFF") && HasAt(head, 8, "WEBP"); },
      OpenWebp},
     {"SVG",
      [](std::string_view head) {
@@ -77,7 +81,7 @@ inline constexpr PageFormat kPageFormats[] = {
 #endif
 };
 
-// Opens an input by its first bytes, whatever its name is. Throws HostError (input) if no format
+// Opens an input in the format that its first bytes show. Throws HostError (input) if no format
 // matches.
 std::unique_ptr<PageSource> OpenPages(PageInput input, int dpi);
 
