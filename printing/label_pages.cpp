@@ -28,12 +28,12 @@ FilePtr CopyOfStandardInput() {
 
 }  // namespace
 
-LabelPages::LabelPages(PageOrder order, const std::string& path, const std::string& title)
-    : m_order(std::move(order)),
+LabelPages::LabelPages(PageRequest request, const std::string& path, const std::string& title)
+    : m_request(std::move(request)),
       m_path(path),
       m_title(title),
-      m_copy(path == "-" && m_order.repeats > 1 ? CopyOfStandardInput() : nullptr),
-      m_repeats(m_order.repeats) {}
+      m_copy(path == "-" && m_request.repeats > 1 ? CopyOfStandardInput() : nullptr),
+      m_repeats(m_request.repeats) {}
 
 void LabelPages::Open() {
   FilePtr file;
@@ -50,15 +50,15 @@ void LabelPages::Open() {
   PageInput input(std::move(file), m_title);
   const std::string_view head = input.Peek(2);
   m_isPicture = head.starts_with('\x89') || head.starts_with('P');
-  m_document = OpenPages(std::move(input), m_order.dpi);
+  m_document = OpenPages(std::move(input), m_request.dpi);
   m_page = 0;
 }
 
-bool LabelPages::IsWanted(int page) const {
-  return m_order.ranges.empty() ||
-         std::any_of(m_order.ranges.begin(), m_order.ranges.end(), [page](const PageRange& range) {
-           return page >= range.first && page <= range.last;
-         });
+bool LabelPages::IsWanted(std::size_t page) const {
+  return m_request.ranges.empty() || std::any_of(m_request.ranges.begin(), m_request.ranges.end(),
+                                                 [page](const PageRange& range) {
+                                                   return page >= range.first && page <= range.last;
+                                                 });
 }
 
 bool LabelPages::ReadWanted(PageImage& page) {
@@ -80,7 +80,7 @@ PaperSize LabelPages::Label() {
                       "look at the document and at the page range");
     }
   }
-  return LabelFor(m_order.paper, *m_first, m_order.dpi, m_order.landscape);
+  return LabelFor(m_request.paper, *m_first, m_request.dpi, m_request.landscape);
 }
 
 void LabelPages::Crop(PageImage& page) const {

@@ -46,12 +46,12 @@ void SetPaper(Settings& settings, const PaperSize& size) {
                std::to_string(size.widthUm) + "x" + std::to_string(size.lengthUm) + "um");
 }
 
-bool LiesDown(int orientation) {
+bool IsLandscape(int orientation) {
   return orientation == IPP_ORIENT_LANDSCAPE || orientation == IPP_ORIENT_REVERSE_LANDSCAPE;
 }
 
 void SetOrientation(Settings& settings, int orientation) {
-  if (LiesDown(orientation)) settings.Set("paper.orientation", "landscape");
+  if (IsLandscape(orientation)) settings.Set("paper.orientation", "landscape");
   if (orientation == IPP_ORIENT_REVERSE_LANDSCAPE || orientation == IPP_ORIENT_REVERSE_PORTRAIT) {
     settings.Set("paper.rotation", "180");
   }

@@ -1,7 +1,7 @@
-// Sanitized builds only. libcups leaks a list of 16 bytes when it reads a queue's description
-// (_ppdCacheCreateWithPPD, version 2.4.2). PAPPL leaks its command line's options at exit
-// (papplMainloop, version 1.3.1) and the host name of a network printer that it cannot reach
-// (papplDeviceOpen). The whole stack is needed to tell these leaks from ours.
+// Suppresses leaks of libraries in sanitized builds. libcups 2.4.2 leaks 16 bytes when it reads a
+// queue's description (_ppdCacheCreateWithPPD). PAPPL 1.3.1 leaks the options of its command line
+// at exit (papplMainloop) and the host name of a printer that it cannot reach (papplDeviceOpen).
+// Whole stacks are needed to tell these leaks from ours.
 
 #define SANITIZER_HOOK extern "C" __attribute__((visibility("default"))) const char*
 

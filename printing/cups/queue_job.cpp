@@ -15,14 +15,12 @@
 
 namespace {
 
-constexpr int kLastPage = 1 << 30;
-
 [[noreturn]] void Refuse(const std::string& fact, const std::string& remedy) {
   throw HostError(kExitSettings, fact, remedy);
 }
 
-// Page options of the usual chain that this filter refuses. Other standard options that are not of
-// use here (finishings of other printers, job sheets, ...) are ignored.
+// Page options of the usual filters that this one refuses. Other standard options that mean nothing
+// here (finishings of other printers, job sheets, ...) are ignored.
 struct Unprintable {
   const char* option;
   const char* onlyValue;
@@ -34,7 +32,7 @@ constexpr Unprintable kUnprintable[] = {
     {"mirror", "false"},
 };
 
-// A job comes from anybody. A command block can name any file, a raw field goes past every check.
+// Anybody may send a job. A command block can name any file, and a raw field bypasses every check.
 constexpr std::string_view kAdministratorsOnly[] = {"blocks.", "devmode."};
 
 bool IsSetting(std::string_view name) {
@@ -46,7 +44,7 @@ bool IsSetting(std::string_view name) {
                      [section](const SettingKey& key) { return key.name.starts_with(section); });
 }
 
-// Their choices are paper sizes, which PaperOfName reads, not settings.
+// The choices of these options are paper sizes, which PaperOfName reads, not settings.
 bool IsPaper(const ppd_option_t& option) {
   return strcasecmp(option.keyword, "PageSize") == 0 ||
          strcasecmp(option.keyword, "PageRegion") == 0;
@@ -72,7 +70,7 @@ void ForEachOption(ppd_file_t* ppd, const Visit& visit) {
 class QueueJob::Options {
  public:
   explicit Options(const std::string& text) : m_count(cupsParseOptions(text.c_str(), 0, &m_list)) {
-    // cupsd turns a wish for monochrome into the queue's option, but not one for colour.
+    // cupsd translates a request for monochrome into the queue's option, but not one for colour.
     const char* mode = Get("print-color-mode");
     if (mode != nullptr && strcmp(mode, "color") == 0 && Get("ColorModel") == nullptr) {
       m_count = cupsAddOption("ColorModel", "RGB", m_count, &m_list);
@@ -124,7 +122,7 @@ void QueueJob::ApplyMarked(Marked marked) {
   });
 }
 
-// What a choice stands for: see vlx.drv.
+// vlx.drv explains where a choice holds its settings.
 void QueueJob::ApplyChoice(const ppd_option_t& option, const ppd_choice_t& choice) {
   const std::string code = choice.code == nullptr ? "" : choice.code;
   if (const std::size_t at = code.find('%'); at != code.npos) {
@@ -135,7 +133,7 @@ void QueueJob::ApplyChoice(const ppd_option_t& option, const ppd_choice_t& choic
   }
 }
 
-// Presets stand beside the printers of the system, where only the administrator writes.
+// Presets are in the state folder, where only the administrator may write.
 void QueueJob::ApplyPreset(const Options& options) {
   const char* given = options.Get("preset");
   if (given == nullptr || strcmp(given, "none") == 0) return;
@@ -182,7 +180,8 @@ void QueueJob::ApplyOptions(const Options& options) {
                "\", labels are printed page by page as they are",
            "leave it out");
   }
-  // Standard options that stand for one of the queue (finishings for cut, ...), then all by name.
+  // First the standard options that stand for one of the queue's (finishings for cut), then all
+  // options by name.
   options.MarkIn(m_ppd.get());
   ApplyMarked(Marked::Changed);
   for (const cups_option_t& option : options) ApplyOption(option.name, option.value);
@@ -191,13 +190,13 @@ void QueueJob::ApplyOptions(const Options& options) {
   if (options.Is("landscape", "true")) SetOrientation(m_settings, IPP_ORIENT_LANDSCAPE);
   m_collated = options.Is("collate", "true") ||
                options.Is("multiple-document-handling", "separate-documents-collated-copies");
-  m_order.paper = PaperOf(options);
-  m_order.dpi = m_settings.Page().dpi;
-  m_order.landscape = m_settings.Page().landscape;
+  m_pages.paper = PaperOf(options);
+  m_pages.dpi = m_settings.Page().dpi;
+  m_pages.landscape = m_settings.Page().landscape;
   ReadPageRanges(options.Get("page-ranges", ""));
 }
 
-// An exact text counts before what cupsd has rounded from it.
+// Prefers an exact size to the one that cupsd has rounded from it.
 LabelPaper QueueJob::PaperOf(const Options& options) const {
   std::optional<LabelPaper> rounded;
   for (const char* name : {"media", "PageSize"}) {
@@ -218,16 +217,18 @@ LabelPaper QueueJob::PaperOf(const Options& options) const {
   return {{um(size->width), um(size->length)}, true};
 }
 
-// "1-3,5,8-"
+// ranges: "1-3,5,8-".
 void QueueJob::ReadPageRanges(const std::string& ranges) {
   std::istringstream parts(ranges);
   for (std::string part; std::getline(parts, part, ',');) {
     const std::size_t dash = part.find('-');
+    const bool isOpen = dash != part.npos && dash + 1 == part.size();
     const int first = std::max(std::atoi(part.c_str()), 1);
-    const int last = dash == part.npos         ? first
-                     : dash + 1 == part.size() ? kLastPage
-                                               : std::atoi(part.c_str() + dash + 1);
-    if (last < first) Refuse("The page range is \"" + ranges + "\"", "write it as 1-3,5");
-    m_order.ranges.push_back({first, last});
+    const int last = dash == part.npos ? first : std::atoi(part.c_str() + dash + 1);
+    if (last < first && !isOpen) {
+      Refuse("The page range is \"" + ranges + "\"", "write it as 1-3,5");
+    }
+    m_pages.ranges.push_back({static_cast<std::size_t>(first),
+                              isOpen ? PageRange::kOpen : static_cast<std::size_t>(last)});
   }
 }

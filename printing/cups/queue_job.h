@@ -1,5 +1,5 @@
-// What a print job of CUPS asks for: the queue's description (PPD) with its defaults, a preset of
-// the administrator, the options of the job, each over the one before.
+// What a print job of CUPS asks for: the defaults of the queue's description (PPD), then a preset
+// of the administrator, then the options of the job. Later ones override earlier ones.
 #pragma once
 
 #include <cups/ppd.h>
@@ -15,15 +15,15 @@
 class QueueJob {
  public:
   // ppdPath: the queue's description. options: "name=value name=value ...", as a filter gets them.
-  // Throws HostError (settings) for a choice that the queue does not have, for a setting that a job
-  // may not have (custom command blocks, raw fields of the record: a block can name any file), and
-  // for what labels are not printed with (several pages on one).
+  // Throws HostError (settings) for a choice that the queue does not have, for a setting that only
+  // the administrator may make (command blocks, raw fields of the record), and for page options
+  // that make no sense for labels, such as several pages on one.
   QueueJob(const std::string& ppdPath, const std::string& options);
 
-  // Everything but the paper's size and copies.
+  // All settings but the paper's size and the copies.
   const Settings& JobSettings() const { return m_settings; }
-  // The document is printed once.
-  const PageOrder& Order() const { return m_order; }
+  // The pages to print. The caller sets the repeats, if copies are collated.
+  const PageRequest& Pages() const { return m_pages; }
   bool Collated() const { return m_collated; }
 
  private:
@@ -43,6 +43,6 @@ class QueueJob {
 
   std::unique_ptr<ppd_file_t, PpdCloser> m_ppd;
   Settings m_settings;
-  PageOrder m_order;
+  PageRequest m_pages;
   bool m_collated = false;
 };

@@ -6,13 +6,13 @@
 #include <cstring>
 
 void QueueOutput::Write(std::string_view bytes) {
-  m_held += bytes;
-  if (!m_holds) Finish();
+  m_heldBytes += bytes;
+  if (!m_isHolding) Finish();
 }
 
 void QueueOutput::Finish() {
-  Send(m_held);
-  m_held.clear();
+  Send(m_heldBytes);
+  m_heldBytes.clear();
 }
 
 void QueueOutput::Send(std::string_view bytes) {

@@ -1,5 +1,5 @@
-// Standard output, where the queue's backend reads the job. It is held back until it is let go or
-// finished: the cost of a one-label job is then known before the printer gets any of it.
+// Standard output, from which the queue's backend reads the job. The first bytes are held back, so
+// that the cost of a one-label job is known before the printer gets any of it.
 #pragma once
 
 #include <string>
@@ -15,18 +15,18 @@ class BackendGoneError final : public HostError {
 
 class QueueOutput final : public JobTarget {
  public:
-  // Both throw BackendGoneError or HostError (target).
+  // Both throw BackendGoneError or HostError (target). Finish sends the held bytes.
   void Write(std::string_view bytes) override;
   void Finish() override;
 
-  // Sends the held bytes with the next write.
-  void LetGo() noexcept { m_holds = false; }
-  bool Holds() const { return m_holds; }
-  std::string_view Held() const { return m_held; }
+  // From the next Write on, bytes are sent at once, after those that were held back.
+  void StopHolding() noexcept { m_isHolding = false; }
+  bool IsHolding() const { return m_isHolding; }
+  std::string_view HeldBytes() const { return m_heldBytes; }
 
  private:
   static void Send(std::string_view bytes);
 
-  std::string m_held;
-  bool m_holds = true;
+  std::string m_heldBytes;
+  bool m_isHolding = true;
 };

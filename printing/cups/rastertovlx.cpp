@@ -1,6 +1,7 @@
 // The filter of CUPS: rastertovlx JOB USER TITLE COPIES OPTIONS [FILE] reads a document, or
-// standard input, and writes the printer's job to standard output. The queue's description is in
-// PPD. What it tells cupsd goes to standard error, a line each: PAGE, INFO, WARNING, ERROR, DEBUG.
+// standard input, and writes the printer's job to standard output. The variable PPD has the path of
+// the queue's description. Messages to cupsd are lines on standard error that begin with PAGE,
+// INFO, WARNING, ERROR or DEBUG.
 
 #include <algorithm>
 #include <charconv>
@@ -23,7 +24,7 @@ void Cancel(int) { g_cancelled = 1; }
 void SetSignals() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);  // pdftoppm's exit status is needed
-  // Without restart: a page that is still being read is not waited for.
+  // Without SA_RESTART: a page that is still being read is not waited for.
   struct sigaction action = {};
   action.sa_handler = Cancel;
   sigaction(SIGTERM, &action, nullptr);
@@ -34,8 +35,8 @@ void Tell(const char* level, std::string text) {
   std::fprintf(stderr, "%s: %s\n", level, text.c_str());
 }
 
-// Bar codes of the job's first label that will not scan, before the printer gets any of it. The
-// job may go on after the label.
+// Warns of bar codes on the job's first label that will not scan. job: the bytes up to the label's
+// print command, or more.
 void WarnOfCodes(std::string_view job, double dpi) try {
   viewer::JobReader reader(job);
   std::optional<viewer::Label> label = reader.Next();
@@ -50,7 +51,8 @@ void WarnOfCodes(std::string_view job, double dpi) try {
       Tell("WARNING", viewer::CodeFaultText(fault, dpi));
     }
   }
-} catch (const std::bad_alloc&) {  // no reason not to print
+} catch (const std::bad_alloc&) {
+  // A missing warning is no reason not to print.
 }
 
 class QueueObserver final : public JobObserver {
@@ -60,9 +62,9 @@ class QueueObserver final : public JobObserver {
   void Warning(const std::string& text) override { Tell("WARNING", text); }
   void Progress(std::size_t printed, std::optional<std::size_t>) override {
     std::fprintf(stderr, "PAGE: %zu %d\n", printed, m_copies);
-    if (printed < 2 || !m_output.Holds()) return;
-    WarnOfCodes(m_output.Held(), m_dpi);
-    m_output.LetGo();
+    if (printed < 2 || !m_output.IsHolding()) return;
+    WarnOfCodes(m_output.HeldBytes(), m_dpi);
+    m_output.StopHolding();
   }
   bool Cancelled() override { return g_cancelled != 0; }
 
@@ -87,18 +89,19 @@ void Print(char** arguments) {
   request.name = title;
   request.settings = queue.JobSettings();
   if (!queue.Collated()) request.settings.Set("print.copies", std::to_string(copies));
-  PageOrder order = queue.Order();
-  if (queue.Collated()) order.repeats = copies;
-  LabelPages pages(order, arguments[6] == nullptr ? "-" : arguments[6], title);
+  PageRequest pageRequest = queue.Pages();
+  if (queue.Collated()) pageRequest.repeats = copies;
+  LabelPages pages(pageRequest, arguments[6] == nullptr ? "-" : arguments[6], title);
 
   auto target = std::make_unique<QueueOutput>();
   QueueOutput& output = *target;
-  QueueObserver observer(output, queue.Collated() ? 1 : copies, order.dpi);
+  QueueObserver observer(output, queue.Collated() ? 1 : copies, pageRequest.dpi);
   Spool spool(std::move(target));
   const std::size_t printed = PrintLabels(pages, request, spool, observer);
-  // The backend reports on its printer later. Its message has to be the last one.
-  if (printed > 0) Tell(output.Holds() ? "INFO" : "DEBUG", spool.Cost().Line());
-  if (output.Holds()) WarnOfCodes(output.Held(), order.dpi);
+  // People see the last message, which must be the backend's report on its printer: the cost may be
+  // an INFO only while the backend has received nothing.
+  if (printed > 0) Tell(output.IsHolding() ? "INFO" : "DEBUG", spool.Cost().Line());
+  if (output.IsHolding()) WarnOfCodes(output.HeldBytes(), pageRequest.dpi);
   spool.Finish();
   pages.RethrowFailure();
 }
@@ -116,7 +119,7 @@ int Run(int count, char** arguments) {
   } catch (const std::bad_alloc&) {
     Tell("ERROR", "There is not enough memory for this page");
   } catch (const std::exception& error) {
-    if (g_cancelled) return EXIT_SUCCESS;  // before the first label
+    if (g_cancelled) return EXIT_SUCCESS;  // cancelled before the first label
     Tell("ERROR", error.what());
   }
   return EXIT_FAILURE;

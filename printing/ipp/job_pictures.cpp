@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMostJobs = 20;
 constexpr const char* kJobName = "job-0000";
 
-// Old jobs are removed with their pictures; the page lists them until the next start.
+// Removes old jobs with their pictures. The page lists them until the next start.
 void RemoveOldJobs(const fs::path& folder) {
   std::vector<std::string> jobs;
   std::error_code error;
@@ -51,7 +51,7 @@ class JobPictures::Target final : public JobTarget {
     if (m_file != nullptr) std::fwrite(bytes.data(), 1, bytes.size(), m_file.get());
   }
   void Finish() override {
-    if (m_file == nullptr || std::fflush(m_file.get()) != 0) return;
+    if (m_file == nullptr || std::fflush(m_file.get()) != 0 || std::ferror(m_file.get())) return;
     m_file.reset();
     const std::lock_guard lock(m_pictures.m_mutex);
     m_pictures.m_jobs.push_back(m_job);
@@ -87,7 +87,7 @@ void JobPictures::DrawJobs() {
     lock.unlock();
     try {
       job.printer->Add(job.path, "");
-    } catch (const CommandError&) {  // the folder is full or gone
+    } catch (const CommandError&) {  // the disk is full or the folder is gone
       std::error_code error;
       fs::remove(job.path, error);
     }

@@ -1,5 +1,5 @@
-// Pictures of the last jobs of each printer: a folder a printer, drawn by the virtual printer from
-// the very stream that was sent, with a page that shows them.
+// Pictures of each printer's last jobs, drawn by the virtual printer from the very stream that was
+// sent: one folder per printer, with a page that shows them.
 #pragma once
 
 #include <condition_variable>
@@ -16,19 +16,22 @@
 // Thread-safe. Jobs are drawn on a thread of their own, so no printer waits for pictures.
 class JobPictures {
  public:
+  // folder: holds the printers' folders. The destructor draws the waiting jobs first.
   explicit JobPictures(std::string folder);
-  // Draws what is left first.
   ~JobPictures();
 
   std::string FolderOf(int printer) const { return m_folder + "/" + std::to_string(printer); }
 
-  // Makes the printer's folder with its page. Throws CommandError (target).
+  // Makes the printer's folder with its page. printer: its number in PAPPL. dpi: of its head.
+  // Throws CommandError (target).
   void AddPrinter(int printer, int dpi);
 
-  // A target that has the job drawn once it is complete. A failed picture does not fail the job.
+  // A target that keeps a copy of the job and has it drawn once it is finished. A picture that
+  // fails does not fail the job. The target must not outlive this object. Throws as AddPrinter
+  // does.
   std::unique_ptr<JobTarget> OpenTarget(int printer, int dpi);
 
-  // Whether no target is open and every job is drawn.
+  // True if no target is open and every job has been drawn.
   bool Idle();
 
  private:
@@ -47,7 +50,7 @@ class JobPictures {
   std::condition_variable m_change;
   std::map<int, std::unique_ptr<viewer::JobFolder>> m_printers;
   std::deque<Job> m_jobs;
-  int m_busy = 0;  // targets that are open and jobs that are not drawn yet
+  int m_busy = 0;  // open targets, and jobs that are not drawn yet
   bool m_ends = false;
   std::thread m_thread;
 };

@@ -27,19 +27,20 @@ constexpr const char* kMedia[] = {
     "custom_max_300x3000mm", "custom_min_5x3mm",
 };
 
-// A vendor attribute is a setting by another name: one of some words, or a whole number.
+// A vendor attribute sets a setting: by one of a few words, or by a whole number.
 struct VendorAttribute {
   const char* name;
   const char* key;
-  // The first is the default; "word" or "word=setting,setting". Null for a number.
+  // Each is "word", which is the setting's value, or "word=KEY=VALUE,KEY=VALUE". The first is the
+  // default. Null for a number.
   const char* words;
   int lowest, highest, initial;
-  int unitUm;  // of a number that is a length, otherwise 0
+  int unitUm;  // of a number that is a length; otherwise 0
 };
 constexpr VendorAttribute Words(const char* name, const char* key, const char* words) {
   return {name, key, words, 0, 0, 0, 0};
 }
-// In hundredths of a millimetre, as IPP counts lengths.
+// The length is in hundredths of a millimetre, as in IPP.
 constexpr VendorAttribute Length(const char* name, const char* key, int lowest, int highest,
                                  int initial) {
   return {name, key, nullptr, lowest, highest, initial, 10};
@@ -67,10 +68,10 @@ constexpr VendorAttribute kVendorAttributes[] = {
           "floyd-steinberg threshold ordered clustered-dot blue-noise clustered-diffusion"),
 };
 
-constexpr int kSpeedUnit = 100;  // hundredths of a millimetre a second
+constexpr int kSpeedUnit = 100;  // IPP counts hundredths of a millimetre per second
 
-// The printer's darkness is 0 to 100, 50 being the driver's 0; a job adds -100 to 100 to it. The
-// steps are the -10 to 10 that a queue of CUPS offers.
+// The printer's darkness is 0 to 100, where 50 is print.darkness 0; a job adds -100 to 100 to it.
+// Together they give the steps from -10 to 10 that a queue of CUPS offers.
 constexpr int kMiddleDarkness = 50;
 constexpr int kDarknessStep = 5;
 constexpr int kMostSteps = 10;
@@ -122,7 +123,7 @@ std::string DefaultOf(const VendorAttribute& attribute, ipp_t* defaults) {
   return value;
 }
 
-// PAPPL passes any value on.
+// Checks the value, because PAPPL passes on any.
 void ApplyVendorValue(const VendorAttribute& attribute, const std::string& value,
                       Settings& settings) {
   if (attribute.words == nullptr) {
@@ -144,7 +145,7 @@ void ApplyVendorValue(const VendorAttribute& attribute, const std::string& value
     for (std::string setting; std::getline(several, setting, ',');) settings.Set(setting);
     return;
   }
-  settings.Set(attribute.key, value);  // refuses what is none, takes a colour by its number
+  settings.Set(attribute.key, value);  // takes a colour like #FF8000, refuses other unknown words
 }
 
 }  // namespace
@@ -228,12 +229,12 @@ Settings SettingsOf(const pappl_pr_options_t& options, ipp_t* defaults) {
   return settings;
 }
 
-PageOrder OrderOf(const pappl_pr_options_t& options) {
-  PageOrder order;
-  order.paper = {{options.media.size_width * 10, options.media.size_length * 10}, false};
-  order.dpi = options.printer_resolution[0];
-  order.landscape = LiesDown(options.orientation_requested);
-  order.ranges = {{static_cast<int>(std::max(options.first_page, 1U)),
-                   options.last_page == 0 ? 1 << 30 : static_cast<int>(options.last_page)}};
-  return order;
+PageRequest PageRequestOf(const pappl_pr_options_t& options) {
+  PageRequest request;
+  request.paper = {{options.media.size_width * 10, options.media.size_length * 10}, false};
+  request.dpi = options.printer_resolution[0];
+  request.landscape = IsLandscape(options.orientation_requested);
+  request.ranges = {{std::max(options.first_page, 1U),
+                     options.last_page == 0 ? PageRange::kOpen : options.last_page}};
+  return request;
 }

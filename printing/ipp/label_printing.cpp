@@ -55,10 +55,10 @@ class PrinterJob final : public JobObserver {
   Spool& Target() { return m_spool; }
   const std::string& Name() const { return request.name; }
 
-  // The job is complete: sends the rest. tellCost: the job's message becomes its cost.
-  void Finish(bool tellCost) {
+  // Sends the rest of the job. showCost: makes the cost the job's message.
+  void Finish(bool showCost) {
     m_spool.Finish();
-    if (tellCost) papplJobSetMessage(m_job, "%s", m_spool.Cost().Line().c_str());
+    if (showCost) papplJobSetMessage(m_job, "%s", m_spool.Cost().Line().c_str());
   }
 
   JobRequest request;
@@ -69,7 +69,8 @@ class PrinterJob final : public JobObserver {
                                                              pappl_device_t* device,
                                                              JobPictures& pictures) {
     std::vector<std::unique_ptr<JobTarget>> targets;
-    // A job that is lost on its way to the printer is not drawn: see Spool::Finish.
+    // The pictures come first, so that a job that is lost on its way to the printer is not drawn:
+    // see Spool::Finish.
     targets.push_back(pictures.OpenTarget(papplPrinterGetID(papplJobGetPrinter(job)),
                                           options.printer_resolution[0]));
     targets.push_back(std::make_unique<DeviceTarget>(device));
@@ -80,8 +81,8 @@ class PrinterJob final : public JobObserver {
   Spool m_spool;
 };
 
-// Runs a step of a job. No exception may pass through PAPPL; what went wrong becomes the job's
-// message.
+// Runs a step of a job. Exceptions must not pass through PAPPL: they become the job's message, and
+// the step returns false.
 template <typename Step>
 bool Try(pappl_job_t* job, const Step& step) {
   try {
@@ -103,17 +104,17 @@ bool WantsCollatedCopies(pappl_job_t* job) {
   return handling != nullptr && std::strcmp(handling, "separate-documents-collated-copies") == 0;
 }
 
-// A document in a file.
+// Prints a document from its file.
 bool PrintFile(pappl_job_t* job, pappl_device_t* device, void* pictures) {
   pappl_pr_options_t* options = papplJobCreatePrintOptions(job, 0, true);
   const bool done = Try(job, [&] {
     PrinterJob printer(job, *options, device, *static_cast<JobPictures*>(pictures));
-    PageOrder order = OrderOf(*options);
+    PageRequest pageRequest = PageRequestOf(*options);
     if (WantsCollatedCopies(job)) {
-      order.repeats = std::max(options->copies, 1);
+      pageRequest.repeats = std::max(options->copies, 1);
       printer.request.settings.Set("print.copies", "1");
     }
-    LabelPages pages(order, papplJobGetFilename(job), printer.Name());
+    LabelPages pages(pageRequest, papplJobGetFilename(job), printer.Name());
     if (PrintLabels(pages, printer.request, printer.Target(), printer) > 0) printer.Finish(true);
     pages.RethrowFailure();
   });
@@ -127,11 +128,11 @@ JobPictures& PicturesOf(pappl_job_t* job) {
   return *static_cast<JobPictures*>(data.extension);
 }
 
-// Raster, line by line.
+// A raster job, which comes line by line.
 struct RasterJob {
   RasterJob(pappl_job_t* job, const pappl_pr_options_t& options, pappl_device_t* device)
       : printer(job, options, device, PicturesOf(job)) {
-    SetPaper(printer.request.settings, OrderOf(options).paper.size);
+    SetPaper(printer.request.settings, PageRequestOf(options).paper.size);
     label.emplace(printer.request, printer.Target(), printer);
   }
   PrinterJob printer;
@@ -184,14 +185,14 @@ bool EndPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned pa
   const bool done = Try(job, [&] {
     CropToLabel(raster.page, raster.label->Page(), "Page " + std::to_string(page), false);
     raster.label->Print(raster.page);
-    // PAPPL counts the page once.
+    // PAPPL counts the page once by itself.
     papplJobSetImpressionsCompleted(job, raster.printer.request.settings.Page().copies - 1);
   });
   raster.failed |= !done;
   return done;
 }
 
-// Called after a page that failed, too: the labels before it become a whole job.
+// Called after a page that failed, too: the labels before it form a complete job.
 bool EndJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
   const std::unique_ptr<RasterJob> raster(&RasterOf(job));
   papplJobSetData(job, nullptr);
@@ -203,7 +204,7 @@ bool EndJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
          !raster->failed;
 }
 
-// A finished job passes as it is.
+// Sends a finished job as it is.
 bool PrintFinished(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
   return Try(job, [&] {
     PrinterJob printer(job, *options, device, PicturesOf(job));

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kSecondsBetweenLooks = 5;
+constexpr int kCheckSeconds = 5;
 
 struct Server {
   JobPictures* pictures;
@@ -25,7 +25,8 @@ void End(int signal) {
   (signal == SIGINT ? g_papplInterrupt : g_papplTerminate).sa_handler(signal);
 }
 
-// PAPPL sets its own handlers when the system starts to run.
+// PAPPL sets its own handlers when the system starts to run, so this is called later and keeps
+// them.
 void CatchSignals() {
   struct sigaction action = {};
   action.sa_handler = End;
@@ -35,8 +36,8 @@ void CatchSignals() {
 
 void ResumePrinter(pappl_printer_t* printer, void*) { papplPrinterResume(printer); }
 
-// On the thread of the run loop.
-bool Look(pappl_system_t* system, void*) {
+// Called every kCheckSeconds on the thread of PAPPL's run loop.
+bool CheckForEnd(pappl_system_t* system, void*) {
   if (!g_server.runs) {
     g_server.runs = true;
     CatchSignals();
@@ -61,7 +62,7 @@ void ResumeSavedJobs(const std::string& stateFile) {
   for (std::string line; std::getline(file, line);) {
     const std::size_t at = line.starts_with("Job ") ? line.find(processing) : line.npos;
     if (at != line.npos) {
-      // Raster that was printed as it came in is not kept in a file.
+      // A raster job has no file: it was printed as it came in.
       const bool isKept = line.find(" filename=") != line.npos;
       line.replace(at, processing.size(), state(isKept ? IPP_JSTATE_PENDING : IPP_JSTATE_ABORTED));
     }
@@ -76,5 +77,5 @@ void ResumeSavedJobs(const std::string& stateFile) {
 void EndWithoutWaiting(pappl_system_t* system, JobPictures& pictures,
                        const std::string& stateFile) {
   g_server = {&pictures, stateFile};
-  papplSystemAddTimerCallback(system, std::time(nullptr), kSecondsBetweenLooks, Look, nullptr);
+  papplSystemAddTimerCallback(system, std::time(nullptr), kCheckSeconds, CheckForEnd, nullptr);
 }

@@ -1,5 +1,5 @@
-// vlx-ipp: label printers for everything that speaks IPP, without a print server. A printer
-// application made with PAPPL, which owns the command line, the queue and the web pages.
+// vlx-ipp: label printers for everything that speaks IPP, without a print server. It is a printer
+// application made with PAPPL, which provides the command line, the queue and the web pages.
 
 #include <sys/stat.h>
 
@@ -23,7 +23,7 @@ struct Application {
   std::optional<JobPictures> pictures;
 };
 
-// Printers are described to the subcommands as well, which print nothing.
+// Subcommands of the client describe printers too; they print nothing and have no pictures.
 bool DescribeDriver(pappl_system_t*, const char* driver, const char*, const char*,
                     pappl_pr_driver_data_t* data, ipp_t** attributes, void* application) {
   if (!DescribePrinter(driver, *data, attributes)) return false;
@@ -116,7 +116,7 @@ pappl_system_t* MakeSystem(int count, cups_option_t* options, void* data) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  // PAPPL adds its own schemes on the first query, but only while there are no others.
+  // PAPPL adds its own schemes on the first query, but only if there are no others yet.
   papplDeviceIsSupported("socket://localhost/");
   papplDeviceAddScheme("preview", PAPPL_DEVTYPE_CUSTOM_LOCAL, ListPreview, OpenPreview,
                        ClosePreview, ReadPreview, WritePreview, PreviewStatus, nullptr);

@@ -43,7 +43,7 @@ TEST(Ppd, SizesAreWhatTheirNamesSay) {
     const ppd_size_t& size = ppd->sizes[i];
     if (std::string(size.name) == "Custom") continue;
     const PaperSize paper =
-        QueueJob(kPpds[0], std::string("PageSize=") + size.name).Order().paper.size;
+        QueueJob(kPpds[0], std::string("PageSize=") + size.name).Pages().paper.size;
     EXPECT_NEAR(paper.widthUm, size.width * 25400 / 72, 1) << size.name;
     EXPECT_NEAR(paper.lengthUm, size.length * 25400 / 72, 1) << size.name;
     // Nothing is kept free: a label is printed to its edges.
