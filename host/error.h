@@ -1,4 +1,5 @@
-// The errors of the host: a fact, a remedy and the exit code of a command that is stopped by it.
+// The errors of the host: a fact, a remedy and an exit code. "Throws HostError (input)" in a
+// comment means that the code is kExitInput.
 #pragma once
 
 #include "common/error.h"

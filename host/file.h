@@ -3,6 +3,7 @@
 
 #include <string>
 
-// The whole content of a file. Throws HostError (input) that names what the file is, its path and
-// the reason, also if it is longer than 16 MiB: a device has no end. what: as "settings file".
+// The whole content of a file. what: the kind of file for messages, such as "settings file". Throws
+// HostError (input) that names the path and the reason, also for more than 16 MiB, because a device
+// may never end.
 std::string ReadWholeFile(const std::string& path, const std::string& what);

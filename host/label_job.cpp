@@ -22,7 +22,7 @@ std::string ScaleText(const PageScale& scale, const std::string& page, int dpi) 
   return scale.isWhole ? text : text + "; bar codes on it may no longer scan";
 }
 
-// The plug-in sends nothing in place of a file that it cannot read.
+// The plug-in sends nothing for a file that it cannot read, so such a job is refused here.
 void CheckBlockFiles(const OEMDEV& devmode) {
   for (int i = 0; i < kCustomBlockCount; ++i) {
     const CustomBlock block = GetCustomBlock(devmode, i);
@@ -90,8 +90,8 @@ void LabelJob::Abort() noexcept {
 
 namespace {
 
-// Reads the next page. False after the last page, and if the job was cancelled before the page or
-// while it was read.
+// Reads the next page. Returns false after the last page, or if the job was cancelled before the
+// page was read or meanwhile.
 bool ReadPage(PageSource& source, LabelJob& job, PageImage& page, bool& cancelled) {
   const StageClock::Scope time(job.Target().Clock(), Stage::Read);
   cancelled = job.Observer().Cancelled();

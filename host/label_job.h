@@ -27,28 +27,28 @@
 struct JobRequest {
   std::string name = "label";  // UTF-8; written into the job
   std::uint32_t id = 1;        // of the job in its queue; appears in the log
-  std::string printer;         // of system.toml; empty: the default printer
+  std::string printer;         // its name in system.toml; empty: the default printer
   Settings settings;
-  std::optional<DevModeRecord> record;  // the settings are laid over it; the default if none
+  std::optional<DevModeRecord> record;  // under the settings; none: the default record
   Fit fit = Fit::None;
   Place place = Place::TopLeft;
-  int bandRows = 256;  // rows that are handed to the plug-in at a time; does not change the job
+  int bandRows = 256;  // rows per band; does not change the job
 };
 
 class LabelJob {
  public:
   // Loads the plug-in and opens the printer; sends nothing. spool and observer must outlive the
   // job. Throws HostError: settings if the plug-in refuses them, if they leave nothing to print on
-  // or if there is no such printer; input if the file of a command block cannot be read; internal
-  // if the plug-in cannot be loaded.
+  // or if no such printer exists; input if the file of a command block cannot be read; internal if
+  // the plug-in cannot be loaded.
   LabelJob(const JobRequest& request, Spool& spool, JobObserver& observer);
   // Aborts a document that has not been ended.
   ~LabelJob();
   LabelJob(const LabelJob&) = delete;
   LabelJob& operator=(const LabelJob&) = delete;
 
-  // The paper and the printable area as the plug-in has fitted them to the stock. Page sources draw
-  // at its dpi.
+  // The paper and the printable area after the plug-in has fitted them to the stock. Page sources
+  // draw at its dpi.
   const DevicePage& Page() const { return m_device; }
   // The settings record that the plug-in works with.
   const OEMDEV& DevMode() const { return m_devmode; }
@@ -57,16 +57,16 @@ class LabelJob {
 
   // Fits the page to the paper, places it and prints it; the observer is warned of scaling. The
   // document starts with the first page that fits, so a job whose first page is refused has sent
-  // nothing. The image's content is undefined afterwards; pass the same image for every page.
-  // Throws HostError (settings) if the page does not fit, and what the spool throws; then abort the
-  // job, or end it with the pages that went before.
+  // nothing. The image's content is undefined afterwards; reuse the same image for every page to
+  // save its memory. Throws HostError (settings) if the page does not fit, and what the spool
+  // throws. Then abort the job, or end it with the pages printed so far.
   void Print(PageImage& page);
 
-  // Ends the document: everything has been written to the spool, which is not finished yet. A job
-  // without pages has sent nothing. Throws what the spool throws.
+  // Ends the document and writes the rest of the job to the spool; the caller finishes the spool.
+  // Writes nothing if no page was printed. Throws what the spool throws.
   void End();
 
-  // Ends the document as it is, without writing the rest. Does nothing if none is open.
+  // Ends the document without writing the rest of the job. Does nothing if none is open.
   void Abort() noexcept;
 
   std::size_t PagesPrinted() const { return m_pages; }
@@ -84,13 +84,13 @@ class LabelJob {
   DevicePage m_device = {};
   PageImage m_surface;
   std::size_t m_pages = 0;
-  bool m_open = false;  // the document
+  bool m_open = false;  // whether a document has been started
 };
 
 enum class PrintEnd { AllPages, Cancelled };
 
-// Prints the source's pages and ends the job, either after the last page or when the observer has
-// cancelled it: then the labels so far are a whole job, which the caller finishes as usual. A
-// source that fails after cancelling, as when a print system has ended its helper as well, ends the
-// job the same way. On any other error the job is aborted and the error passed on.
+// Prints the source's pages and ends the job, after the last page or when the observer cancels it.
+// The labels of a cancelled job form a complete job, which the caller finishes as usual. If the
+// source fails after the job was cancelled (a print system may have stopped its helper too), that
+// is still a cancelled job. Any other error aborts the job and is passed on.
 PrintEnd PrintPages(PageSource& source, LabelJob& job);

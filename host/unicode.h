@@ -1,4 +1,4 @@
-// Converts between the platform's texts and UTF-8, which the host uses.
+// Converts between the platform's UTF-16 and the host's UTF-8.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 std::u16string Widened(const std::string& utf8);
 std::string Narrowed(const std::u16string& text);
 
-// text: from a record, in the system's ANSI code page.
+// text: in the system's ANSI code page, as the record stores it.
 std::string AnsiToUtf8(const std::string& text);
 
 // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}"

@@ -1,5 +1,5 @@
-// The driver's own document and page functions, and the bands of a page: they go from top to
-// bottom, in landscape from right to left.
+// The driver's own document and page functions, and the bands of a page: from top to bottom, in
+// landscape from right to left.
 
 #include <algorithm>
 #include <cstring>
@@ -18,8 +18,8 @@ void LabelDriver::PrintPage(const PageImage& surface, LONG bandPx) {
   m_surface = &surface;
   m_bands.clear();
   const bool landscape = m_publicDevmode.dmOrientation == DMORIENT_LANDSCAPE;
-  // A strip whose width is a multiple of 4 columns has no row padding, which would overwrite the
-  // neighbouring strip.
+  // Row padding would overwrite the neighbouring strip; strips of a multiple of 4 columns have
+  // none.
   const LONG step = landscape ? std::max<LONG>((bandPx + 3) / 4 * 4, 4) : std::max<LONG>(bandPx, 1);
   const LONG length = static_cast<LONG>(landscape ? surface.widthPx : surface.heightPx);
   for (LONG start = 0; start < length; start += step) {
@@ -28,8 +28,8 @@ void LabelDriver::PrintPage(const PageImage& surface, LONG bandPx) {
   if (landscape) std::reverse(m_bands.begin(), m_bands.end());
 
   {
-    const StageClock::Scope time(m_spool.Clock(),
-                                 Stage::Pages);  // the plug-in now processes the previous page
+    // The plug-in now processes the previous page.
+    const StageClock::Scope time(m_spool.Clock(), Stage::Pages);
     CheckDone(Hook<PFN_DrvStartPage>(INDEX_DrvStartPage)(&m_surfaceObject),
               "the start of the page");
   }
@@ -98,7 +98,7 @@ BOOL LabelDriver::StartBanding(SURFOBJ* pso, POINTL* pptl) {
   return TRUE;
 }
 
-// The band at the point is finished: hands it to the plug-in and moves the point to the next band.
+// Hands the band at the point to the plug-in and moves the point to the next band.
 BOOL LabelDriver::NextBand(SURFOBJ* pso, POINTL* pptl) {
   LabelDriver& driver = Of(pso);
   if (driver.m_nextBand >= driver.m_bands.size()) return FALSE;

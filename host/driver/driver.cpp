@@ -1,4 +1,4 @@
-// Loading, device contexts and documents; banding.cpp has the pages and bands.
+// Loading, settings records, device contexts and documents; banding.cpp has pages and bands.
 
 #include "host/driver/driver.h"
 
@@ -76,10 +76,10 @@ LabelDriver::LabelDriver(const std::string& pluginPath, Spool& spool)
   Check(m_plugin->GetInfo(OEMGI_GETSIGNATURE, &signature, sizeof signature, &needed), "GetInfo");
   Check(m_plugin->GetInfo(OEMGI_GETVERSION, &m_pluginVersion, sizeof m_pluginVersion, &needed),
         "GetInfo");
-  DWORD helpers = 0;  // may be refused: not every plug-in asks for helper interfaces
+  DWORD helpers = 0;  // may fail: not every plug-in asks for helper interfaces
   m_plugin->GetInfo(OEMGI_GETREQUESTEDHELPERINTERFACES, &helpers, sizeof helpers, &needed);
   if (signature != kOemDevSignature) {
-    throw HostError(kExitInternal, "The plug-in " + pluginPath + " is not one for this driver");
+    throw HostError(kExitInternal, "The plug-in " + pluginPath + " is not made for this driver");
   }
   char method[] = "ImageProcessing";
   Check(m_plugin->GetImplementedMethod(method) == S_OK ? S_OK : E_FAIL, "GetImplementedMethod");
@@ -130,7 +130,7 @@ OEMDEV LabelDriver::DefaultDevMode() {
 
 OEMDEV LabelDriver::MergeDevMode(const DevModeRecord& record) {
   OEMDEV devmode;
-  // The plug-in reads no further than this size, whatever the record's own header says.
+  // The plug-in reads no more bytes than this, whatever the record's own header says.
   DEVMODEW publicDevmode = {};
   publicDevmode.dmSize = sizeof publicDevmode;
   publicDevmode.dmDriverExtra =

@@ -1,5 +1,5 @@
 // The printer driver's side of the plug-in: loads it as a module and makes the driver's calls in
-// the driver's order, through the plug-in's binary interface alone.
+// the driver's order, through the plug-in's binary interface only.
 #pragma once
 
 #include <exception>
@@ -16,10 +16,10 @@
 #include "host/targets/spool.h"
 #include "platform/print_oem.h"
 
-// A raw settings record, as a file holds it.
+// A raw settings record, not checked yet.
 struct DevModeRecord {
   std::vector<BYTE> bytes;
-  std::string source;  // for messages: the file's path
+  std::string source;  // where it comes from, for messages: the file's path
 };
 
 // Used by one thread at a time; several drivers may work at once. Every function throws HostError
@@ -33,26 +33,28 @@ class LabelDriver {
   LabelDriver(const LabelDriver&) = delete;
   LabelDriver& operator=(const LabelDriver&) = delete;
 
-  // The plug-in's own version number and its default private devmode.
+  // The plug-in's version number, and its default private devmode.
   DWORD PluginVersion() const { return m_pluginVersion; }
   OEMDEV DefaultDevMode();
   // Lets the plug-in check a record, convert an old one and repair what is out of range. Throws
   // HostError (settings) that names its source if the plug-in refuses it.
   OEMDEV MergeDevMode(const DevModeRecord& record);
-  // The record that the plug-in works with: the settings over the given record or the default.
-  // Throws HostError (settings) if the plug-in does not take a setting.
+  // The settings applied to the given record, or to the default one, and checked by the plug-in.
+  // Throws HostError (settings) if the plug-in does not accept a setting.
   OEMDEV MakeDevMode(const Settings& settings, const std::optional<DevModeRecord>& record);
 
-  // Creates the device context. An empty name is the default printer; dotGain: in percent, if the
-  // printer has one of its own. Throws HostError (settings) if no such printer exists.
+  // Opens the printer and creates the device context. An empty name is the default printer.
+  // dotGain: the printer's own in percent; nullopt: that of all printers. Throws HostError
+  // (settings) if no such printer exists.
   void Open(const std::string& printerName, const PageSettings& page, const OEMDEV& devmode,
             std::optional<int> dotGain = std::nullopt);
 
-  // The page of the device context after the plug-in has fitted it to the stock.
+  // The page of the device context, which the plug-in has fitted to the stock.
   DevicePage Page() const;
 
-  // One document after the other. surface: the size of the device's surface. bandPx: rows of a
-  // portrait band, columns of a landscape one. After an error abort the document.
+  // A device context prints one document at a time. surface: must have the size of the device's
+  // surface. bandPx: rows of a portrait band, columns of a landscape one. After an error, abort the
+  // document.
   void StartDocument(const std::string& name, DWORD jobId);
   void PrintPage(const PageImage& surface, LONG bandPx);
   void EndDocument();
@@ -65,7 +67,7 @@ class LabelDriver {
     LONG lengthPx;
   };
 
-  // While it lives, the plug-in works for this driver's printer on this thread.
+  // While it lives, the plug-in uses the dot gain of this driver's printer on this thread.
   class DotGainScope {
    public:
     explicit DotGainScope(const LabelDriver& driver);
@@ -120,7 +122,7 @@ class LabelDriver {
   DEVINFO m_devInfo = {};
   SURFOBJ m_surfaceObject = {};
 
-  const PageImage* m_surface = nullptr;  // while its page is printed
+  const PageImage* m_surface = nullptr;  // the page that is being printed; not owned
   std::vector<BYTE> m_strip;             // a landscape band
   std::vector<Band> m_bands;
   std::size_t m_nextBand = 0;  // index in m_bands

@@ -1,5 +1,5 @@
-// The driver's helper interface. A plug-in for labels needs only the spool write, which is left to
-// the derived class.
+// The driver's helper interface. A plug-in for labels needs only the spool write, which a derived
+// class implements.
 #pragma once
 
 #include "platform/print_oem.h"

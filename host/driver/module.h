@@ -1,4 +1,4 @@
-// The plug-in as a loaded module.
+// Finds and loads the plug-in, and tells the versions of the libraries in use.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 using PFN_DllGetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID rclsid, REFIID riid, void** ppv);
 using PFN_DllCanUnloadNow = HRESULT(STDAPICALLTYPE*)();
 
-// Loads a plug-in and unloads it again. The constructor throws HostError (internal) that names the
-// file.
+// Loads a plug-in, and unloads it unless its objects are still in use. The constructor throws
+// HostError (internal) that names the file.
 class PluginModule {
  public:
   explicit PluginModule(const std::string& path);
@@ -28,11 +28,10 @@ class PluginModule {
 // platform library that this process uses. Throws HostError (internal) if it does not exist.
 std::string FindPlugin();
 
-// The path of a library that this process has loaded, by its file name; empty if it has not.
+// The path of a loaded library, given its file name; empty if it is not loaded.
 std::string LibraryPath(const char* name);
 
-// The version of the maker's shared library that the loaded plug-in uses; "unknown" if the library
-// has none.
+// The version of the maker's shared library; "unknown" if it is not loaded or has none.
 std::string SharedLibraryVersion();
 
 // The version of the platform library, like "1.0.0".

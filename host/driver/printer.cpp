@@ -30,11 +30,11 @@ std::string RegistryFilePath() { return PlatformStatePath("registry.reg"); }
 
 Printer::Printer(const std::string& name) : m_name(name.empty() ? DefaultName() : Widened(name)) {
   if (OpenPrinterW(m_name.data(), &m_handle, nullptr)) return;
-  const std::u16string known = DefaultName();
+  const std::u16string first = DefaultName();
   throw HostError(kExitSettings,
                   "There is no printer \"" + (name.empty() ? Narrowed(m_name) : name) + "\" in " +
                       PlatformStatePath("system.toml"),
-                  known.empty() ? "name one there" : "the first is \"" + Narrowed(known) + "\"");
+                  first.empty() ? "name one there" : "the first is \"" + Narrowed(first) + "\"");
 }
 
 Printer::~Printer() { ClosePrinter(m_handle); }

@@ -1,20 +1,22 @@
-// An open printer of the system.
+// The system's printers and the files that describe them.
 #pragma once
 
 #include <string>
 
 #include "platform/types.h"
 
-// What is wrong with system.toml, whose malformed entries count as missing; empty if nothing is.
+// What is wrong with system.toml; empty if nothing is. Malformed entries count as missing.
 std::string SystemFileWarning();
 
-// The folder that holds system.toml and registry.reg.
+// The folder of the user's system.toml and registry.reg.
 std::string StateFolder();
 
-// The paths of the two files: in that folder, or in /etc/vlx if only that holds the file.
+// The paths of the two files: in that folder, or in /etc/vlx if VLX_HOME is not set and only
+// /etc/vlx has the file.
 std::string SystemFilePath();
 std::string RegistryFilePath();
 
+// An open printer.
 class Printer {
  public:
   // Opens the printer of that name; an empty name is the default printer. Throws HostError

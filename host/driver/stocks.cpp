@@ -6,7 +6,7 @@
 #include "platform/extensions.h"
 
 std::vector<PrinterStock> StocksOf(const Printer& printer) {
-  // A stock without an identifier gets a new one at every reading.
+  // A stock without an identifier gets a random one at every reading.
   StockList stocks, again;
   LoadStocksForPrinter(stocks, printer.Handle());
   LoadStocksForPrinter(again, printer.Handle());

@@ -9,11 +9,10 @@
 
 struct PrinterStock {
   StockItem item;
-  bool selectable;  // the stock has an identifier of its own
+  bool selectable;  // the catalogue gives it an identifier; otherwise it has a random one
 };
 
-// In the order of the catalogue; empty if the printer has no stocks. The plug-in uses the first one
-// unless another is selected.
+// In the order of the catalogue. The plug-in uses the first one unless another is selected.
 std::vector<PrinterStock> StocksOf(const Printer& printer);
 
 // The registry key that holds the printer's stocks.

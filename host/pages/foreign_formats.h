@@ -1,4 +1,4 @@
-// Formats that are not read, so that a refusal can name them and say how to convert them.
+// Names formats that are not read, and says how to convert them.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 #include "host/error.h"
 
-// The refusal of an input by its first bytes. name: of the input; readable: names of the formats
-// that are read.
+// The error for an input in no format that is read. head: its first bytes, kPageHeadBytes at most.
+// name: of the input. readable: names of the formats that are read.
 HostError ForeignFormatError(std::string_view head, const std::string& name,
                              const std::string& readable);

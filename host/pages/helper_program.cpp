@@ -16,10 +16,10 @@ extern char** environ;
 
 namespace {
 
-constexpr int kPipeBytes = 1 << 20;  // fewer context switches
-// By themselves the programs write 4 KiB at a time and wake this process each time.
+constexpr int kPipeBytes = 1 << 20;  // saves context switches
+// By default the programs write 4 KiB at a time and wake this process each time.
 constexpr const char* kWriteBytes = "-o256K";
-constexpr int kCommandNotFound = 127;  // exit code of stdbuf
+constexpr int kCommandNotFound = 127;  // exit code of stdbuf for a missing program
 
 [[noreturn]] void FailErrno(const std::string& what) {
   throw HostError(kExitInput, what + ": " + std::strerror(errno));
@@ -30,8 +30,8 @@ class SpawnSetup {
   SpawnSetup() {
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_init(&attributes);
-    // The helper must end when nobody reads its pages any more, whatever signals this process
-    // ignores or blocks.
+    // The helper must end when nobody reads its pages any more, even if this process ignores or
+    // blocks SIGPIPE.
     sigset_t signals;
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&attributes, &signals);
@@ -114,7 +114,7 @@ HelperProgram::HelperProgram(HelperTask task, int input)
                         const_cast<char**>(command), environ);
   };
   int error = spawn(arguments.data());
-  if (error == ENOENT) error = spawn(arguments.data() + 2);  // works without stdbuf, too
+  if (error == ENOENT) error = spawn(arguments.data() + 2);  // without stdbuf
   close(ends[1]);
   if (error == 0) return;
   m_process = -1;
@@ -137,7 +137,7 @@ HelperProgram::~HelperProgram() {
   AwaitEnd();
 }
 
-// Returns the status as waitpid stores it, 0 if somebody else has collected it.
+// Returns the status as waitpid stores it; 0 if somebody else has collected it.
 int HelperProgram::AwaitEnd() {
   int status = 0;
   while (waitpid(m_process, &status, 0) < 0 && errno == EINTR) {

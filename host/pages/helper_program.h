@@ -1,5 +1,5 @@
-// A program that reads a page format for us: it gets the file as its standard input and writes what
-// it makes of it into a pipe.
+// Runs a program that reads a page format: its standard input is the file, and a pipe takes what it
+// writes.
 #pragma once
 
 #include <sys/types.h>
@@ -11,16 +11,17 @@
 #include "common/file.h"
 #include "host/pages/page_input.h"
 
-// Makes an empty file without a name. Throws HostError (input).
+// Makes an empty file that has no name and disappears when it is closed. Throws HostError (input).
 FilePtr MakeTemporaryFile();
 
-// What is left of the input as a regular file that can be read from its start and more than once:
-// the input's own, or a copy of what comes through a pipe. Throws HostError (input).
+// The input as a regular file that can be read from its start, more than once: its own file, or a
+// copy of what comes through a pipe. The constructor throws HostError (input).
 class RereadableFile {
  public:
   explicit RereadableFile(PageInput input);
   explicit RereadableFile(FilePtr file) : m_copy(std::move(file)) {}
-  int Descriptor() const;  // at the file's start
+  // The file's descriptor, moved to its start. Remains owned by this object.
+  int Descriptor() const;
 
  private:
   std::optional<PageInput> m_input;
@@ -28,28 +29,28 @@ class RereadableFile {
 };
 
 struct HelperTask {
-  std::string document;                // name of what it reads, for messages
-  const char* kind;                    // of the document: "a PDF file"
-  const char* package;                 // that has the program
-  std::vector<std::string> arguments;  // the program first, which is looked up in PATH
+  std::string document;                // the name of what it reads, for messages
+  const char* kind;                    // of document: "a PDF file"
+  const char* package;                 // that provides the program
+  std::vector<std::string> arguments;  // first the program, which is looked up in PATH
 };
 
 class HelperProgram {
  public:
-  // Starts it; input is a descriptor. Throws HostError (input) that names the package if the
-  // program is not installed.
+  // Starts the program. input: the descriptor of its standard input, not taken over. Throws
+  // HostError (input) that names the package if the program is not installed.
   HelperProgram(HelperTask task, int input);
-  // Ends the process if it has not ended.
+  // Kills the process if it is still running.
   ~HelperProgram();
   HelperProgram(const HelperProgram&) = delete;
   HelperProgram& operator=(const HelperProgram&) = delete;
 
-  // What it writes.
+  // What the program writes.
   PageInput& Output() { return *m_output; }
 
-  // Waits for the process, which has closed its output and is about to end. nullopt if it has done
-  // its work, otherwise the first line of its messages or the signal that ended it. Throws as
-  // the constructor does. Once only.
+  // Waits for the process to end; call it once, after reading all output. Returns nullopt if the
+  // program succeeded, otherwise the first line of its messages or the signal that ended it. Throws
+  // as the constructor does.
   std::optional<std::string> AwaitFault();
 
  private:

@@ -11,8 +11,8 @@ class PageAhead final : public PageSource {
  public:
   explicit PageAhead(std::unique_ptr<PageSource> pages) : m_pages(std::move(pages)) {}
 
-  // The first page, which Next delivers later; nullptr if there is none. Before the first Next
-  // only. Throws as Next does.
+  // The first page, which Next will deliver; null if there is none. Call it before the first Next.
+  // The page belongs to this object. Throws as Next does.
   const PageImage* First() {
     if (!m_first && !m_pages->Next(m_first.emplace())) m_first.reset();
     return m_first ? &*m_first : nullptr;

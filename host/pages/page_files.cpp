@@ -9,7 +9,7 @@ PageFiles::PageFiles(std::vector<std::string> files, int dpi)
     : m_files(std::move(files)), m_dpi(dpi) {}
 
 std::optional<std::size_t> PageFiles::Count() const {
-  // Only of a PNG file the name tells the number of pages.
+  // The name tells the number of pages of PNG files only.
   const bool allPng = std::all_of(m_files.begin(), m_files.end(), [](const std::string& file) {
     return file.ends_with(".png") || file.ends_with(".PNG");
   });

@@ -9,11 +9,11 @@
 
 class PageFiles final : public PageSource {
  public:
-  // files: paths; "-" is standard input. Each is opened when its first page is due. dpi: see
+  // files: paths; "-" is standard input. Each is opened when its first page is needed. dpi: see
   // PageOpener.
   PageFiles(std::vector<std::string> files, int dpi);
 
-  // A file without any page is an error.
+  // Throw HostError (input) for a file without pages, too.
   bool Next(PageImage& page) override { return Advance(page, &PageSource::Next); }
   bool Skip(PageImage& scratch) override { return Advance(scratch, &PageSource::Skip); }
   std::optional<std::size_t> Count() const override;
@@ -23,7 +23,7 @@ class PageFiles final : public PageSource {
 
   const std::vector<std::string> m_files;
   const int m_dpi;
-  std::size_t m_opened = 0;            // files
-  std::unique_ptr<PageSource> m_file;  // the one at hand
-  bool m_anyPage = false;              // of the file at hand
+  std::size_t m_opened = 0;            // files opened so far
+  std::unique_ptr<PageSource> m_file;  // the current one
+  bool m_anyPage = false;              // whether the current file has had a page
 };

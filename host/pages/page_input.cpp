@@ -16,7 +16,7 @@ constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
 
 }  // namespace
 
-// The C library takes no heed of a size without a buffer.
+// The C library ignores the size unless it is given a buffer.
 PageInput::PageInput(FilePtr file, std::string name)
     : m_buffer(std::make_unique_for_overwrite<char[]>(kBufferBytes)),
       m_file(std::move(file)),

@@ -1,4 +1,4 @@
-// The file or stream that pages are read from. It may be a pipe: nothing is read twice.
+// The file or stream that pages are read from. It may be a pipe, so nothing is read twice.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 // an error.
 class PageInput {
  public:
-  // Takes the stream over. name: for messages.
+  // Takes ownership of the stream. name: for messages.
   PageInput(FilePtr file, std::string name);
   PageInput(PageInput&&) = default;
 
@@ -23,7 +23,7 @@ class PageInput {
 
   const std::string& Name() const { return m_name; }
 
-  // The next bytes, up to size of them, without consuming them; fewer only at the end.
+  // The next size bytes, or fewer at the end, without consuming them. Valid until the next call.
   std::string_view Peek(std::size_t size);
 
   // The next byte, or EOF.
@@ -34,22 +34,23 @@ class PageInput {
     return byte;
   }
 
-  // Reads size bytes and returns how many there were; fewer only at the end.
+  // Reads size bytes, or fewer at the end. Returns how many.
   std::size_t Read(void* bytes, std::size_t size);
 
-  // All bytes that are left. Throws HostError (input) if they are more than most.
+  // All remaining bytes. Throws HostError (input) if there are more than most.
   std::string ReadAll(std::size_t most = SIZE_MAX);
 
-  // Whether a read has met the end. Never waits.
+  // Whether a read has reached the end. Never waits.
   bool EndSeen() const { return std::feof(m_file.get()) != 0; }
 
-  // The stream itself, for programs that read a file by its descriptor.
+  // The stream itself, for programs that read a file by its descriptor. Remains owned by this
+  // object.
   std::FILE* File() const { return m_file.get(); }
 
  private:
   void CheckRead() const;
 
-  std::unique_ptr<char[]> m_buffer;  // of the file, which is closed first
+  std::unique_ptr<char[]> m_buffer;  // of m_file, so declared before it: the file is closed first
   FilePtr m_file;
   std::string m_name;
   std::string m_peeked;

@@ -15,7 +15,7 @@ std::string SizeText(std::int64_t width, std::int64_t height, int dpi) {
          std::to_string(width) + " x " + std::to_string(height) + " dots)";
 }
 
-// Whether a picture for so many dots per inch is taken dot for dot: 203 and 203.2 dpi are the same.
+// Whether a picture of this resolution is printed dot for dot: 203 and 203.2 dpi are the same.
 bool IsSameResolution(double dpi, int deviceDpi) { return std::abs(deviceDpi / dpi - 1) < 0.005; }
 
 std::int64_t Dots(double length, LONG most) {
@@ -56,7 +56,7 @@ PageDots DotsOf(const PageImage& page, int dpi) {
 }
 
 std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape) {
-  // The roundest length that has these dots. Programs often drop the part of a dot, so whole
+  // The roundest length that has these dots. Programs often drop the fraction of a dot, so whole
   // millimetres may have one more.
   const auto side = [&](std::int64_t dots) -> std::int32_t {
     const double lengthUm = (static_cast<double>(dots) - (page.roundedUp ? 0.5 : 0)) * 25400 / dpi;
@@ -167,7 +167,7 @@ void RasterPage(PageImage& page, const DevicePage& device, POINT at, PageImage& 
 }
 
 bool LosesContent(const PageImage& page, const DevicePage& device, POINT at) {
-  // What is printed, seen from the page.
+  // The printed part in the page's coordinates.
   const auto within = [](std::int64_t place, std::uint32_t length) {
     return std::clamp<std::int64_t>(place, 0, length);
   };

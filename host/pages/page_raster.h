@@ -9,8 +9,8 @@
 #include "host/settings/length.h"
 #include "platform/types.h"
 
-// A device's page in pixels, as the page is seen (a landscape page is wider than high). The surface
-// is the printable area, where the plug-in expects pixels.
+// A device's page in pixels, as a reader sees it: a landscape page is wider than high. The surface
+// is the printable area, for which the plug-in expects pixels.
 struct DevicePage {
   LONG physicalWidthPx;  // of the paper
   LONG physicalHeightPx;
@@ -31,13 +31,13 @@ struct PageDots {
 // resolution.
 PageDots DotsOf(const PageImage& page, int dpi);
 
-// The paper that has the page's dots, in whole millimetres where these have at most a dot more, or
-// in tenths where these have just as many. landscape: how the page lies. nullopt if no paper can be
-// as large.
+// The paper for a page of this size. Each side is rounded to whole millimetres if that adds at most
+// one dot; otherwise to the coarsest step (quarter inches, halves, tenths, ...) that adds none.
+// landscape: whether the page lies. nullopt if no paper can be so large.
 std::optional<PaperSize> PaperFor(const PageImage& page, int dpi, bool landscape);
 
-// A page that is larger than the paper. Front ends know best how their user chooses a paper, so
-// they may catch it and write a remedy of their own from the sizes.
+// A page is larger than the paper. A front end may catch this and use the sizes to write a remedy
+// in its users' terms.
 class PageTooLargeError final : public HostError {
  public:
   PageTooLargeError(const std::string& page, const PageImage& image, const DevicePage& paper);
@@ -52,12 +52,12 @@ class PageTooLargeError final : public HostError {
   std::optional<PaperSize> m_fitting;
 };
 
-// Throws HostError (settings) if the margins leave nothing of the paper or its size in pixels does
-// not fit the device.
+// Throws HostError (settings) if the margins leave nothing of the paper, or if the paper has too
+// many dots for the device.
 void CheckPrintable(const DevicePage& device);
 
-// What becomes of a page of another size than the paper: None refuses a larger one, Shrink scales
-// it down, Scale also scales a smaller one up.
+// What to do with a page whose size is not the paper's: None refuses a larger one, Shrink scales it
+// down, Scale also scales a smaller one up.
 enum class Fit { None, Shrink, Scale };
 
 // Where a page that is smaller than the paper lies on it.
@@ -65,29 +65,29 @@ enum class Place { TopLeft, TopRight, BottomLeft, BottomRight, Centre };
 
 // How a page was scaled.
 struct PageScale {
-  double x;  // dots a pixel
+  double x;  // dots per pixel
   double y;
-  double statedDpi;  // that the page stated, 0 if that was no reason
+  double statedDpi;  // the resolution for which it was scaled; 0 if for another reason
   bool isWhole;      // every pixel is the same whole number of dots
 };
 
-// Brings the page to the device's resolution, and makes it fit the paper, in proportion. A page
-// that is larger is an error with Fit::None (PageTooLargeError). name: of the page, for messages.
-// nullopt if every pixel stays a dot.
+// Scales the page to the device's resolution and, in proportion, to the paper. Throws
+// PageTooLargeError if the page is larger and fit is None. name: of the page, for messages. Returns
+// nullopt if every pixel remains one dot.
 std::optional<PageScale> FitPage(PageImage& page, const DevicePage& device, Fit fit,
                                  const std::string& name);
 
-// The top left corner on the paper of a page that fits.
+// Where on the paper the top left corner of a page lies. The page must fit.
 POINT PlaceOf(const PageImage& page, const DevicePage& device, Place place);
 
-// Lays the page on the paper, its top left corner at that place, and copies what the surface
+// Lays the page on the paper with its top left corner at that point, and copies what the surface
 // covers; the rest of the surface is white. The page's content is undefined afterwards: a page that
-// is exactly the surface is swapped with it, not copied.
+// covers the surface exactly is swapped with it, not copied.
 void RasterPage(PageImage& page, const DevicePage& device, POINT at, PageImage& surface);
 
 // Whether all bytes are 0xFF.
 bool IsWhite(const std::uint8_t* bytes, std::size_t size);
 
-// Whether anything but white lies where the printer does not print: outside of the surface, or in
-// the last columns and rows, which the plug-in drops when it adds the margins again.
+// Whether anything but white lies where the printer does not print: outside the surface, or in the
+// last columns and rows, which the plug-in drops when it adds the margins again.
 bool LosesContent(const PageImage& page, const DevicePage& device, POINT at);

@@ -1,5 +1,5 @@
-// Where the pages of a job come from. A front end implements it for what its print system hands
-// over, or opens files with page_files.h and page_formats.h.
+// Where the pages of a job come from. A front end implements it for the pages that its print system
+// passes on, or opens files with page_files.h and page_formats.h.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +16,10 @@ class PageSource {
   // and the reason; the page is then undefined and the source must not be used again.
   virtual bool Next(PageImage& page) = 0;
 
-  // Passes over the next page, where possible without drawing it; false after the last one. Throws
-  // as Next does. scratch: may be used, its content is then undefined.
+  // Skips the next page, if possible without drawing it; false after the last one. Throws as Next
+  // does. scratch: an image that may be overwritten.
   virtual bool Skip(PageImage& scratch) { return Next(scratch); }
 
-  // The number of pages; nullopt if it is unknown before they are read.
+  // The number of pages; nullopt if it is not known before all are read.
   virtual std::optional<std::size_t> Count() const { return std::nullopt; }
 };

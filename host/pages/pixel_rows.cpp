@@ -8,7 +8,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "pixels are moved as words");
 
-// Eight pixels of every byte of bits.
+// The eight pixels of each byte of bits.
 using SpreadTable = std::array<std::array<std::uint8_t, 24>, 256>;
 
 constexpr SpreadTable MakeSpreadTable() {
@@ -21,8 +21,8 @@ constexpr SpreadTable MakeSpreadTable() {
 constexpr SpreadTable kSpread = MakeSpreadTable();
 
 #ifdef __x86_64__
-// Five pixels at a time; the sixteenth byte is written again by the next turn. Returns how many
-// pixels it has done, so that the rest is at least one.
+// Converts five pixels at a time; the next round overwrites the sixteenth byte. Returns how many
+// pixels are done. At least one is left over, which overwrites the last sixteenth byte.
 __attribute__((target("ssse3"))) std::size_t SwapInVectors(const std::uint8_t* pixels,
                                                            std::size_t widthPx, std::uint8_t* row) {
   using Vector = std::uint8_t __attribute__((vector_size(16)));
@@ -53,7 +53,7 @@ void SwapRedAndBlue(const std::uint8_t* pixels, std::size_t widthPx, std::uint8_
 }
 
 void SpreadGrey(const std::uint8_t* levels, std::size_t widthPx, std::uint8_t* row) {
-  // One word a pixel; its fourth byte is the next pixel's first.
+  // One word per pixel; its fourth byte is overwritten by the next pixel.
   for (; widthPx > 1; --widthPx, row += 3) {
     const std::uint32_t word = *levels++ * std::uint32_t{0x010101};
     std::memcpy(row, &word, sizeof word);

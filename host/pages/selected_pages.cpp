@@ -14,7 +14,7 @@ bool CanBeReopened(const std::string& path) {
   return path != "-" && std::filesystem::is_regular_file(path, error);
 }
 
-// nullopt if it is unknown before the pages are read.
+// nullopt if the number is not known before the pages are read.
 std::optional<std::size_t> CountPages(const std::vector<std::string>& paths, int dpi) {
   std::size_t total = 0;
   for (const std::string& path : paths) {
@@ -26,7 +26,7 @@ std::optional<std::size_t> CountPages(const std::vector<std::string>& paths, int
   return total;
 }
 
-// Reads a page number from 1 off the text's front; nullopt if there is none.
+// Removes a page number from the front of the text; nullopt if there is none.
 std::optional<std::size_t> TakeNumber(std::string_view& text) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -86,7 +86,7 @@ void SelectedPages::FailMissing(std::size_t number, std::size_t total) const {
                   "change --pages");
 }
 
-// Makes the page the next one of the files.
+// Moves m_files so that its next page is the one of this number.
 void SelectedPages::GoTo(std::size_t number, PageImage& scratch) {
   if (m_files == nullptr || number <= m_read) {
     const auto pipe = std::find_if_not(m_paths.begin(), m_paths.end(), CanBeReopened);

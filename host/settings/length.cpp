@@ -30,7 +30,7 @@ class LengthReader {
  public:
   LengthReader(std::string_view text, std::string_view what)
       : m_text(text), m_what(what), m_plain(Replaced(std::string(text), "\u00D7", "x")) {
-    m_plain = Replaced(m_plain, "\u00A0", " ");  // between number and unit in typeset text
+    m_plain = Replaced(m_plain, "\u00A0", " ");  // typeset text has it between number and unit
     for (char& c : m_plain) {
       if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
@@ -57,7 +57,7 @@ class LengthReader {
     return value;
   }
 
-  // What stands before one of these characters.
+  // The text up to one of these characters, or to its end.
   std::string_view ReadUnit(std::string_view before = " 0123456789") {
     const std::size_t end = std::min(m_rest.find_first_of(before), m_rest.size());
     const std::string_view unit = m_rest.substr(0, end);
@@ -96,7 +96,7 @@ class LengthReader {
 
   const std::string_view m_text;
   const std::string_view m_what;
-  std::string m_plain;  // in lower case, one kind of cross and space
+  std::string m_plain;  // in lower case, with plain "x" and spaces
   std::string_view m_rest;
 };
 
@@ -123,7 +123,9 @@ PaperSize ParsePaperSize(std::string_view text, std::string_view what) {
   const PaperSize size = {reader.Micrometres(width, widthUnit.empty() ? unit : widthUnit),
                           reader.Micrometres(length, unit)};
   for (const std::int32_t side : {size.widthUm, size.lengthUm}) {
-    if (side < kShortestSideUm || side > kLongestSideUm) reader.Refuse("make each side 0.1 mm to 3276.7 mm");
+    if (side < kShortestSideUm || side > kLongestSideUm) {
+      reader.Refuse("make each side 0.1 mm to 3276.7 mm");
+    }
   }
   return size;
 }
@@ -139,7 +141,7 @@ std::string FormatLength(std::int32_t um) {
 
 std::string FormatPaperSize(const PaperSize& size) {
   std::string width = FormatLength(size.widthUm);
-  width.resize(width.size() - 2);  // the unit stands behind both
+  width.resize(width.size() - 2);  // one unit for both sides
   return width + "x" + FormatLength(size.lengthUm);
 }
 

@@ -75,7 +75,7 @@ std::vector<PrinterProfile> PrinterProfiles() {
     std::error_code error;
     if (std::filesystem::is_regular_file(path, error)) file = toml::parse_file(path);
   } catch (const toml::parse_error&) {
-    return {};  // SystemFileWarning tells
+    return {};  // SystemFileWarning reports it
   }
   std::vector<PrinterProfile> profiles;
   const toml::array* printers = file["printer"].as_array();

@@ -1,5 +1,5 @@
-// What system.toml says about printers for those who print on them: how to reach a printer, what it
-// prints on, and how. The driver's own entries are the platform's.
+// What system.toml tells front ends about printers: how to reach one, and its paper and settings.
+// The platform reads the entries that the driver needs.
 #pragma once
 
 #include <optional>
@@ -8,18 +8,18 @@
 
 struct PrinterProfile {
   std::string name;
-  std::string target;        // an address, as tcp://HOST; empty if there is none
-  int dpi = 0;               // 0: not stated
-  std::string paper;         // as in paper.size; empty: not stated
-  std::string settingsFile;  // empty if there is none; relative to the folder of system.toml there
-  std::optional<int> dotGainPercent;  // 0 to 25; nullopt: the one of all printers
+  std::string target;                 // an address, as tcp://HOST; empty if there is none
+  int dpi = 0;                        // 0: not stated
+  std::string paper;                  // a value of paper.size; empty: not stated
+  std::string settingsFile;           // an absolute path; empty if there is none
+  std::optional<int> dotGainPercent;  // 0 to 25; nullopt: that of all printers
 };
 
-// Every [[printer]] of system.toml, in its order; empty without the file, or if it is no TOML. The
-// path of a settings file is absolute. Throws HostError (settings) that names the file, the line
-// and what is expected.
+// Every [[printer]] of system.toml, in the file's order; empty if there is no such file or it is
+// not TOML (see SystemFileWarning). Throws HostError (settings) for a wrong value, with the file,
+// the line and what is expected.
 std::vector<PrinterProfile> PrinterProfiles();
 
-// The printer of that name, in upper or lower case; the first one if the name is empty. A printer
-// that the file does not name has an empty profile. Throws as above.
+// The printer of that name, in any case; the first one if the name is empty. An empty profile if
+// the file does not name the printer. Throws as above.
 PrinterProfile ProfileOf(const std::string& name);

@@ -13,9 +13,10 @@ struct SettingKey {
   enum class Kind { Text, Number, Flag, Length, Margin, Words, Color, Percent, Paper, Stock };
   std::string_view name;
   Kind kind;
-  std::string_view field = "";  // of the private devmode; empty for a page setting
+  std::string_view field = "";  // of the private devmode; empty for a setting of the page
   std::string_view words = "";  // "word=value word=value" for Kind::Words
-  LONG least = 0;  // of a number, or of a length in um; a length has no bounds if both are 0
+  // The bounds of a number, or of a length in um; a length has none if both are 0.
+  LONG least = 0;
   LONG most = 0;
 
   bool AllowsLength(std::int64_t um) const { return most == 0 || (um >= least && um <= most); }
@@ -24,14 +25,14 @@ struct SettingKey {
 // All keys, in the order in which they are shown.
 std::span<const SettingKey> SettingKeys();
 
-// The record's field that the key sets; the key must have one.
+// The field that the key sets. The key must have one.
 const OemDevField& FieldOfKey(const SettingKey& key);
 
 // The first friendly key of a field; null if it has none.
 const SettingKey* KeyOf(const OemDevField& field);
 
-// The name of a field among the settings: "cut.count" or "devmode.nCut2Count".
+// The name under which a field is set: its friendly key, or "devmode.nCut2Count".
 std::string NameOf(const OemDevField& field);
 
-// The quoted word of a Kind::Words key that stands for the value; nullopt if no word does.
+// The word of a Kind::Words key for the value, in quotation marks; nullopt if it has none.
 std::optional<std::string> WordOf(const SettingKey& key, std::int64_t value);

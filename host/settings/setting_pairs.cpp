@@ -8,18 +8,18 @@
 
 namespace {
 
-constexpr int kOther = -1;  // than in the base record, or than 0
+constexpr int kOther = -1;  // of field: other than in the base record; of needs: other than 0
 constexpr int kK7 = -2;     // the text "K7"
 
-// A field has an effect only if another one has a value.
+// A field with this value has an effect only if another one has the value that is needed.
 struct Pair {
   std::string_view field;
   std::string_view needs;
   int needed = kOther;
-  int value = kOther;            // of field: any other, or this one
-  bool always = false;           // even if the other one was set
-  std::string_view ifOn = "";    // only if this flag is set
-  std::string_view orElse = "";  // another flag that will do
+  int value = kOther;            // of field
+  bool always = false;           // refused even if the other one was set
+  std::string_view ifOn = "";    // applies only if this flag is set
+  std::string_view orElse = "";  // a flag that will do in place of needs
 };
 
 #define BLOCK(k)                                                                           \

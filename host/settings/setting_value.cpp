@@ -11,7 +11,7 @@
 
 namespace {
 
-// The number in little-endian order, cut to the field's size.
+// The number in little-endian order, truncated to the field's size.
 std::vector<BYTE> BytesOf(std::int64_t number, std::size_t size) {
   std::vector<BYTE> bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<BYTE>(number >> (8 * i));

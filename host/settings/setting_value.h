@@ -13,7 +13,8 @@ class SettingValue {
  public:
   SettingValue(std::string key, const toml::node& node);
 
-  // The bytes for a field of the private devmode: by its friendly key, or by its own kind.
+  // The bytes of a field of the private devmode, converted as its friendly key or its own kind
+  // demands.
   std::vector<BYTE> AsKey(const SettingKey& key, const OemDevField& field) const;
   std::vector<BYTE> AsField(const OemDevField& field) const;
 

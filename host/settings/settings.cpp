@@ -23,9 +23,9 @@ constexpr std::string_view kRawPrefix = "devmode.";
     known.push_back(std::string(kRawPrefix) + std::string(field.name));
   }
   const std::string nearest = Nearest(key, known);
-  throw HostError(kExitSettings, "There is no setting \"" + key + "\"",
-                  nearest.empty() ? "vlx settings keys lists them"
-                                  : "did you mean \"" + nearest + "\"?");
+  throw HostError(
+      kExitSettings, "There is no setting \"" + key + "\"",
+      nearest.empty() ? "vlx settings keys lists them" : "did you mean \"" + nearest + "\"?");
 }
 
 const OemDevField* FindRawField(std::string_view key) {
@@ -58,7 +58,7 @@ std::string DithererName(WORD ditherer) {
 
 }  // namespace
 
-// Stores one value in the settings, as its key demands.
+// Converts one value as its key demands and stores it in the settings.
 class SettingWriter {
  public:
   SettingWriter(Settings& settings, const std::string& key, const toml::node& node)
@@ -137,7 +137,7 @@ void Settings::Set(const std::string& keyAndValue) {
   Set(keyAndValue.substr(0, equals), keyAndValue.substr(equals + 1));
 }
 
-// A value that is not valid TOML is taken as a text: on a command line people do not quote.
+// A value that is not valid TOML is taken as a text, because on a command line people do not quote.
 void Settings::Set(const std::string& key, const std::string& value) {
   toml::table table;
   try {

@@ -19,18 +19,17 @@ struct PageSettings {
   bool collate = false;
 };
 
-// A value; copies are independent.
 class Settings {
  public:
   // These throw HostError (settings) that names the key, the value and what is expected; for an
-  // unknown key it names the nearest known one. Two different keys for the same field are a
-  // conflict. The same key may be set again, the last value counts.
+  // unknown key it names the nearest known one. A key may be set again, and its last value counts;
+  // setting the same field by two different keys is an error.
 
   // Throws HostError (input) if the file cannot be read.
   void ReadFile(const std::string& path);
-  // "KEY=VALUE". Throws HostError (usage) for another form.
+  // "KEY=VALUE". Throws HostError (usage) for any other form.
   void Set(const std::string& keyAndValue);
-  // value: as in a settings file; a text needs no quotes.
+  // value: as in a settings file; a text needs no quotation marks.
   void Set(const std::string& key, const std::string& value);
 
   const PageSettings& Page() const { return m_page; }
@@ -39,9 +38,10 @@ class Settings {
 
   // Writes the settings into a record; fields that were not set keep their values.
   void ApplyTo(OEMDEV& devmode) const;
-  // Throws HostError (settings) if the record does not hold what was set, because the plug-in found
-  // it out of range, or if a setting has no effect without another one (see setting_pairs.h), or
-  // colour.threshold with this ditherer. base: the record without these settings.
+  // devmode: what the plug-in made of the record that the settings were applied to. Throws
+  // HostError (settings) if it does not hold what was set, because that was out of range, or if a
+  // setting has no effect (see setting_pairs.h; colour.threshold with another ditherer). base: the
+  // record before the settings were applied.
   void Check(const OEMDEV& devmode, const OEMDEV& base) const;
 
  private:

@@ -14,7 +14,7 @@ namespace {
 
 using Kind = SettingKey::Kind;
 
-// The unit of a number, where neither its key nor its kind tells.
+// The units that neither a field's key nor its kind tells.
 struct FieldUnit {
   std::string_view field;
   std::string_view unit;
@@ -128,11 +128,7 @@ std::string FieldValue(const OemDevField& field, const OEMDEV& devmode) {
 }
 
 std::string PageValue(std::string_view key, const PageSettings& page) {
-  if (key == "paper.size") {
-    std::string size = FormatLength(page.paper.widthUm);
-    size.resize(size.size() - 2);  // one unit for both sides
-    return Quoted(size + "x" + FormatLength(page.paper.lengthUm));
-  }
+  if (key == "paper.size") return Quoted(FormatPaperSize(page.paper));
   if (key == "paper.orientation") return page.landscape ? "\"landscape\"" : "\"portrait\"";
   if (key == "paper.dpi") return std::to_string(page.dpi);
   if (key == "print.copies") return std::to_string(page.copies);
@@ -172,7 +168,7 @@ class Document {
   std::string m_text;
 };
 
-// True if the field is to be printed: it has changed, or one that has changed needs it.
+// True if the field has changed, or if one that has changed needs it.
 bool IsWanted(const OemDevField& field, const SettingsView& view) {
   return view.base == nullptr ||
          std::memcmp(reinterpret_cast<const BYTE*>(&view.devmode) + field.offset,

@@ -6,19 +6,19 @@
 #include "host/settings/setting_keys.h"
 #include "host/settings/settings.h"
 
-// What is to be printed. page: the settings outside of the record; left out if null. base and
-// basePage: only what differs from them is printed; everything if null.
+// What is to be printed. Nothing is owned.
 struct SettingsView {
-  const PageSettings* page;
+  const PageSettings* page;  // the settings outside the record; null: none are printed
   const OEMDEV& devmode;
+  // Only what differs from these is printed; null: everything is.
   const PageSettings* basePage = nullptr;
   const OEMDEV* base = nullptr;
 };
 
-// A TOML document: every setting under its friendly key, and under [devmode] the fields that have
-// none. A comment behind each names the field, its offset in the record and its unit.
+// A TOML document: settings under their friendly keys, and under [devmode] the fields that have
+// none. A comment after each names the field, its offset in the record and its unit.
 std::string SettingsText(const SettingsView& view);
 
-// The possible values of a key or field: its words, separated by spaces, or "<what is expected>".
+// The possible values of a key or field: words separated by spaces, or "<what is expected>".
 std::string ExpectedValues(const SettingKey& key);
 std::string ExpectedValues(const OemDevField& field);

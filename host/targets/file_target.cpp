@@ -20,7 +20,7 @@ class FileTarget final : public JobTarget {
     if (m_file == nullptr) return;
     m_file.reset();
     std::remove(m_temporary.c_str());
-    TellGone();
+    ReportGone();
   }
   void Write(std::string_view bytes) override {
     if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size())
@@ -31,19 +31,19 @@ class FileTarget final : public JobTarget {
       FailToWrite(m_path, errno);
     if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) FailToWrite(m_path, errno);
     m_file.reset();
-    TellGone();
+    ReportGone();
   }
 
  private:
-  // The file that a link points to.
+  // The file that the path points to if it is a link; otherwise the path.
   static std::string LinkedFile(const std::string& path) {
     std::error_code error;
     const std::filesystem::path file = std::filesystem::canonical(path, error);
     return error ? path : file.string();
   }
 
-  // A killed run may have left a file under the same name: in a container every run may get the
-  // same process id, and a server has several targets.
+  // The name may be taken: in a container every run may have the same process id, so a killed run
+  // may have left a file, and a server has several targets.
   FilePtr OpenTemporary() {
     const std::string own = m_path + "." + std::to_string(getpid());
     m_temporary = own + ".part";
@@ -55,7 +55,7 @@ class FileTarget final : public JobTarget {
     }
   }
 
-  void TellGone() {
+  void ReportGone() {
     if (m_temporaries != nullptr) m_temporaries->Gone(m_temporary);
   }
 
@@ -65,8 +65,7 @@ class FileTarget final : public JobTarget {
   FilePtr m_file;
 };
 
-// Standard output, a device or a named pipe: takes bytes as they come and must not be replaced by a
-// file.
+// Standard output, a device or a named pipe, none of which may be replaced by a file.
 class StreamTarget final : public JobTarget {
  public:
   StreamTarget(const std::string& name, std::FILE* file) : m_name(name), m_file(file) {

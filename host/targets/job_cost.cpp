@@ -13,7 +13,7 @@ constexpr std::string_view kImageEnd =
     "\x1B"
     "end-of-data";
 
-// The number at the beginning of the text, 0 if there is none.
+// The number at the start of the text; 0 if there is none.
 template <typename Number>
 Number NumberOf(std::string_view text) {
   Number number = 0;

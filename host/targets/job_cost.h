@@ -10,25 +10,24 @@
 
 class JobCost {
  public:
-  // Takes the next write of the job. The plug-in never splits a command line over two writes. The
-  // bytes of a downloaded image are only digested, never read as commands.
+  // Takes the next write of the job, which must not end within a command line: the plug-in never
+  // splits one. The bytes of an image are only hashed, never read as commands.
   void Count(std::string_view write);
 
   std::uint64_t Bytes() const { return m_bytes; }
   std::uint64_t Labels() const { return m_labels; }  // copies included
   std::uint64_t Cuts() const { return m_cuts; }
   double MediaMm() const { return m_mediaMm; }
-  std::size_t Images() const { return m_digests.size(); }  // different ones
+  std::size_t Images() const { return m_digests.size(); }  // distinct ones
 
-  // What a printer prints that has got this many bytes of the job and no more.
+  // What a printer prints when it receives only this many bytes of the job.
   struct Printed {
-    std::uint64_t pages = 0;   // print commands
+    std::uint64_t pages = 0;   // one for each print command
     std::uint64_t labels = 0;  // copies included
   };
   Printed PrintedWithin(std::uint64_t bytes) const;
 
-  // How many percent of the image bytes were saved compared with sending an image for every
-  // placement: 0 to 100.
+  // The share of image bytes saved against sending an image for every placement, in percent.
   int SavedPercent() const;
 
   // "200 labels, 1 cut, 30600 mm of media, 51234 bytes, 3 images, 96 % of the image bytes saved"
@@ -45,14 +44,14 @@ class JobCost {
   void PrintLabels(std::uint64_t count);
 
   struct PrintCommand {
-    std::uint64_t endBytes;  // of the job up to its write's end
-    std::uint64_t labels;    // up to it
+    std::uint64_t endBytes;  // of the job, up to the end of the command's write
+    std::uint64_t labels;    // printed so far, this command included
   };
 
   std::uint64_t m_bytes = 0;
   std::uint64_t m_labels = 0;
   std::vector<PrintCommand> m_prints;
-  double m_mediaMm = 0;  // labels and the gaps between them
+  double m_mediaMm = 0;  // labels with their gaps
   double m_pitchMm = 0;  // from label to label
 
   std::uint64_t m_cuts = 0;

@@ -1,4 +1,5 @@
-// Takes the writes of one job to its targets, and knows what the job costs and how long it takes.
+// Passes the writes of one job to its targets, and measures what the job costs and how long it
+// takes.
 #pragma once
 
 #include <memory>
@@ -12,15 +13,15 @@
 // Used by one thread at a time. All targets get the same bytes.
 class Spool {
  public:
-  Spool() = default;  // without a target: only counts
+  Spool() = default;  // has no target and only measures
   explicit Spool(std::vector<std::unique_ptr<JobTarget>> targets);
   explicit Spool(std::unique_ptr<JobTarget> target);
 
   // Throws what a target throws; the job is then lost.
   void Write(std::string_view bytes);
 
-  // Makes the job final, in the last target first: put a printer behind a file, and a job that is
-  // lost on its way to the printer leaves no file behind.
+  // Finishes the targets, the last one first. List a file before a printer: then a job that is
+  // lost on its way to the printer leaves no file.
   void Finish();
 
   const JobCost& Cost() const { return m_cost; }

@@ -8,10 +8,10 @@
 enum class Stage { Prepare, Read, Bands, Pages, Write };
 inline constexpr std::size_t kStageCount = 5;
 
-// At any moment the time counts for one stage. Used by one thread at a time.
+// The time always counts for exactly one stage. Used by one thread at a time.
 class StageClock {
  public:
-  // Counts the time until the scope's end for the stage, then for the previous one again.
+  // Counts time for the stage while it lives, then for the previous stage again.
   class Scope {
    public:
     Scope(StageClock& clock, Stage stage) : m_clock(clock), m_before(clock.Enter(stage)) {}
@@ -24,7 +24,7 @@ class StageClock {
     const Stage m_before;
   };
 
-  // A table for people: time, share and time per page for every stage, and pages per second.
+  // A table to show: time, share and time per page for every stage, and pages per second.
   std::string Table(std::size_t pages);
 
  private:

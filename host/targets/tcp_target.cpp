@@ -1,8 +1,8 @@
 // "tcp://HOST[:PORT]": a printer on the network that takes jobs on a TCP port, 9100 by default.
 // Connecting takes 10 seconds at most, and no write waits longer than 30 seconds for the printer.
-// Finish waits until the printer has acknowledged everything, 30 seconds at most for the next
+// Finish waits until the printer has acknowledged everything, 30 seconds at most for each next
 // acknowledgement, and then until the printer closes its side, stays silent for a second or has
-// talked for 10. A printer that hangs up or stalls has got a part of the job only (partly sent).
+// kept talking for 10. A printer that hangs up or stalls has received only a part of the job.
 
 #include <fcntl.h>
 #include <linux/sockios.h>
@@ -116,9 +116,8 @@ class TcpTarget final : public JobTarget {
       }
     }
   }
-  // Closes our side and waits until the printer has everything and has closed its own side. Many
-  // printers keep theirs open: one that has acknowledged everything and then stays silent has taken
-  // the job.
+  // Many printers keep their side open: one that has acknowledged everything and then stays silent
+  // has taken the job.
   void Finish() override {
     shutdown(m_socket, SHUT_WR);
     Clock::time_point progress = Clock::now();  // time of the last acknowledgement

@@ -1,5 +1,5 @@
-// BMP files: one page each. The readers at hand print what a broken file lacks as black, so this
-// one is our own: every form with a palette, with channels of any masks, and both run-length codes.
+// BMP files: one page each. The small libraries draw the missing part of a broken file black, so
+// this reader is our own. It reads all palettes, channels of any masks, and both run-length codes.
 
 #include <array>
 #include <bit>
@@ -12,7 +12,7 @@
 namespace {
 
 constexpr std::uint32_t kFileHeaderBytes = 14;
-constexpr std::uint32_t kCoreHeaderBytes = 12;  // of the oldest form; all others have 40 and more
+constexpr std::uint32_t kCoreHeaderBytes = 12;  // of the oldest form; all others have 40 or more
 constexpr std::uint32_t kInfoHeaderBytes = 40;
 constexpr double kMetresPerInch = 0.0254;
 
@@ -183,8 +183,8 @@ class BmpReader {
     }
   }
 
-  // Runs of one colour, or of two that alternate, and pixels one by one. What is left out stays
-  // white.
+  // Runs of one colour or of two alternating ones, and single pixels. Pixels that the file leaves
+  // out stay white.
   void ReadRuns(PageImage& page) {
     std::uint32_t x = 0, y = 0;
     const auto put = [&](std::uint32_t index) {
@@ -231,7 +231,7 @@ class BmpReader {
   std::uint32_t m_dotsPerMetreY = 0;
   std::uint32_t m_colours = 0;
   std::array<Channel, 3> m_channels;  // blue, green, red
-  Channel m_alpha;                    // without bits: all pixels are opaque
+  Channel m_alpha;                    // mask 0: all pixels are opaque
   std::array<std::array<std::uint8_t, 3>, 256> m_palette = {};
 };
 

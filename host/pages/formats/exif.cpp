@@ -11,7 +11,7 @@ constexpr std::uint16_t kYResolution = 0x011B;
 constexpr std::uint16_t kResolutionUnit = 0x0128;
 constexpr std::uint16_t kCentimetre = 3;
 
-// Numbers at places of the data; 0 outside of it.
+// Numbers at offsets of the data; 0 outside it.
 class Numbers {
  public:
   explicit Numbers(std::string_view data) : m_data(data), m_bigEndian(data.starts_with('M')) {}

@@ -1,9 +1,9 @@
-// What Exif data of a picture says about its place on a page.
+// What the Exif data of a picture says about its orientation and size.
 #pragma once
 
 #include <string_view>
 
-// Stands before Exif data in a JPEG marker.
+// Precedes the Exif data in a JPEG marker.
 inline constexpr std::string_view kExifName("Exif\0\0", 6);
 
 struct ExifData {
@@ -12,5 +12,5 @@ struct ExifData {
   double yDpi = 0;
 };
 
-// data: a TIFF header and its directories. What is damaged counts as not stated.
+// data: a TIFF header with its directories. Damaged entries count as not stated.
 ExifData ReadExif(std::string_view data);

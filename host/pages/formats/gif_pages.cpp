@@ -1,5 +1,4 @@
-// GIF files, read by giflib: the first picture of an animation is the page, on the white of its
-// whole screen.
+// GIF files, read by giflib: the page is the whole screen in white with the first picture on it.
 
 #include <gif_lib.h>
 
@@ -34,7 +33,7 @@ class GifPage final : public PageSource {
   std::optional<std::size_t> Count() const override { return 1; }
 
  private:
-  // No exception may pass through giflib.
+  // Exceptions must not pass through giflib.
   static int Read(GifFileType* gif, GifByteType* bytes, int size) {
     GifPage& self = *static_cast<GifPage*>(gif->UserData);
     try {

@@ -19,9 +19,9 @@ namespace {
 constexpr long kMostMemory = 1L << 30;  // of a progressive file's coefficients
 constexpr int kMostScans = 200;         // programs write about ten
 
-// What libjpeg's callbacks share with the reader. No exception may pass through libjpeg.
+// What libjpeg's callbacks share with the reader. Exceptions must not pass through libjpeg.
 struct ReadState {
-  jpeg_error_mgr errors;  // first: libjpeg knows it by its address
+  jpeg_error_mgr errors;  // must be first: StateOf casts its address
   jpeg_progress_mgr progress;
   jpeg_source_mgr source;
   std::jmp_buf jump;
@@ -33,18 +33,18 @@ struct ReadState {
 
 ReadState& StateOf(j_common_ptr jpeg) { return *reinterpret_cast<ReadState*>(jpeg->err); }
 
-void Leave(j_common_ptr jpeg) {
+void OnError(j_common_ptr jpeg) {
   ReadState& state = StateOf(jpeg);
   state.errors.format_message(jpeg, state.reason);
   std::longjmp(state.jump, 1);
 }
 
-// A warning is fatal when the picture is not what the file's maker saw.
+// A warning is fatal if the picture may not be what the file's author saw.
 void OnMessage(j_common_ptr jpeg, int level) {
   const int code = jpeg->err->msg_code;
   const bool isHarmless = code == JWRN_EXTRANEOUS_DATA || code == JWRN_ADOBE_XFORM ||
                           code == JWRN_BOGUS_PROGRESSION || code == JWRN_JFIF_MAJOR;
-  if (level < 0 && !isHarmless) Leave(jpeg);
+  if (level < 0 && !isHarmless) OnError(jpeg);
 }
 
 void OnProgress(j_common_ptr jpeg) {
@@ -88,7 +88,7 @@ void DoNothing(j_decompress_ptr) {}
 struct Reader {
   explicit Reader(PageInput& input) {
     jpeg.err = jpeg_std_error(&state.errors);
-    state.errors.error_exit = Leave;
+    state.errors.error_exit = OnError;
     state.errors.emit_message = OnMessage;
     state.progress.progress_monitor = OnProgress;
     state.source = {state.buffer,           0,        DoNothing, FillBuffer, SkipBytes,
@@ -128,7 +128,7 @@ bool ReadHeader(jpeg_decompress_struct* jpeg, ReadState* state) {
   return true;
 }
 
-// row: of widthPx pixels of four inks. Files of the common writers hold paper as 255.
+// inks: 4 bytes per pixel. row: 3 x widthPx bytes. Files of the common writers store paper as 255.
 void MixInks(const JSAMPLE* inks, std::uint32_t widthPx, bool paperIs255, std::uint8_t* row) {
   const unsigned flip = paperIs255 ? 0 : 0xFF;
   for (; widthPx > 0; --widthPx, inks += 4, row += 3) {
@@ -174,7 +174,7 @@ class JpegPage final : public PageSource {
     if (!ReadHeader(&reader->jpeg, &reader->state)) Fail(reader->state);
     const jpeg_decompress_struct& jpeg = reader->jpeg;
     ShapePage(page, jpeg.output_width, jpeg.output_height, m_input.Name());
-    const ExifData exif = ExifOf(jpeg);  // reading the rows ends with throwing it away
+    const ExifData exif = ExifOf(jpeg);  // ReadRows frees the markers in the end
     std::vector<JSAMPLE> line(std::size_t{4} * page.widthPx);
     if (!ReadRows(&reader->jpeg, &reader->state, &page, line.data())) Fail(reader->state);
     if (jpeg.saw_JFIF_marker && (jpeg.density_unit == 1 || jpeg.density_unit == 2)) {

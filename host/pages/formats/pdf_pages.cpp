@@ -1,5 +1,5 @@
-// PDF files, drawn by the program pdftoppm (poppler-utils) and read from its output page by page: a
-// file of any length needs the memory of one page.
+// PDF files, drawn by the program pdftoppm (poppler-utils) and read from its output page by page,
+// so that a file of any length needs the memory of one page.
 
 #include "host/pages/formats/pdf_pages.h"
 
@@ -33,7 +33,7 @@ class PdfPages final : public PageSource {
     if (!m_program) Start();
     try {
       if (ReadPnm(m_program->Output(), page)) {
-        // In place of a page of 2 GiB or more the program draws a single dot and reports success.
+        // For a page of 2 GiB or more the program draws a single dot and reports success.
         if (page.widthPx == 1 && page.heightPx == 1) {
           throw HostError(
               kExitInput,
@@ -44,19 +44,19 @@ class PdfPages final : public PageSource {
         return true;
       }
     } catch (const HostError&) {
-      if (m_program->Output().EndSeen()) CheckEnd();  // the program's own reason is the better one
+      if (m_program->Output().EndSeen()) CheckEnd();  // the program's own reason is better
       throw;
     }
     CheckEnd();
     return false;
   }
 
-  // Before the first page is drawn, the program is told to begin later.
+  // Before the first page is drawn, the program can be told to begin later.
   bool Skip(PageImage& scratch) override {
     if (m_program || !Count()) return Next(scratch);
-    if (m_first < *Count()) return ++m_first;
-    m_ended = true;
-    return m_first++ == *Count();
+    if (m_first > *Count()) return false;
+    m_ended = ++m_first > *Count();
+    return true;
   }
 
   std::optional<std::size_t> Count() const override {
@@ -79,7 +79,7 @@ class PdfPages final : public PageSource {
     m_program.emplace(Task(std::move(arguments)), m_file.Descriptor());
   }
 
-  // nullopt if the program does not tell; drawing the pages will then say why.
+  // nullopt if the program fails; drawing the pages will then say why.
   std::optional<std::size_t> ReadCount() const {
     HelperProgram program(Task({"pdfinfo", "/dev/stdin"}), m_file.Descriptor());
     const std::string text = "\n" + program.Output().ReadAll();

@@ -10,7 +10,7 @@
 
 namespace {
 
-// What libpng's callbacks share with the reader. No exception may pass through libpng.
+// What libpng's callbacks share with the reader. Exceptions must not pass through libpng.
 struct ReadState {
   PageInput& input;
   std::string reason;
@@ -37,7 +37,7 @@ void OnRead(png_structp png, png_bytep bytes, std::size_t size) {
   }
 }
 
-// Asks for 8-bit blue, green, red, with transparency laid on white.
+// Asks for 8-bit blue, green, red on white.
 void SetTransforms(png_structp png, png_infop info) {
   png_set_expand(png);
   png_set_scale_16(png);
@@ -46,7 +46,7 @@ void SetTransforms(png_structp png, png_infop info) {
   white.red = white.green = white.blue = white.gray = 255;
   if (png_get_color_type(png, info) & PNG_COLOR_MASK_ALPHA ||
       png_get_valid(png, info, PNG_INFO_tRNS)) {
-    png_set_gamma(png, 1.0, 1.0);  // mix colours as they are encoded, as browsers do
+    png_set_gamma(png, 1.0, 1.0);  // mixes encoded values, as browsers do
     png_set_background(png, &white, PNG_BACKGROUND_GAMMA_SCREEN, 0, 1.0);
   }
   png_set_bgr(png);
@@ -58,7 +58,7 @@ void SetTransforms(png_structp png, png_infop info) {
 bool ReadHeader(png_structp png, png_infop info, ReadState* state) {
   if (setjmp(png_jmpbuf(png)) != 0) return false;
   png_set_read_fn(png, state, OnRead);
-  png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);  // ShapePage has a limit of its own
+  png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);  // ShapePage has its own limit
   png_read_info(png, info);
   return true;
 }

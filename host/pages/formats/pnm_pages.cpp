@@ -1,4 +1,4 @@
-// The portable anymap formats P1 to P6, as netpbm documents them: any number of pages in a stream.
+// The portable anymap formats P1 to P6, as netpbm documents them. A stream has any number of pages.
 
 #include "host/pages/formats/pnm_pages.h"
 
@@ -11,7 +11,6 @@
 
 namespace {
 
-// Reads one page.
 class PnmReader {
  public:
   explicit PnmReader(PageInput& input) : m_input(input) {}

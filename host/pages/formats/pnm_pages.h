@@ -1,8 +1,8 @@
-// One page of a PNM stream, for sources that get such a stream from a helper program.
+// Reads one page of a PNM stream, for sources that get such a stream from a helper program.
 #pragma once
 
 #include "host/pages/page_image.h"
 #include "host/pages/page_input.h"
 
-// False at the end of the stream. Throws HostError (input).
+// Returns false at the end of the stream. Throws HostError (input).
 bool ReadPnm(PageInput& input, PageImage& page);

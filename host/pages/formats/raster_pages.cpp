@@ -10,12 +10,12 @@
 
 namespace {
 
-// Each turns a row of width pixels into blue, green, red.
-using TurnRow = void (*)(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to);
+// Converts a row of width pixels to blue, green, red.
+using ConvertRow = void (*)(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to);
 
-// flip: 0xFF where the document counts black, 0 where it counts light.
+// flip: 0xFF if a larger value is darker, 0 if it is lighter.
 template <std::uint8_t flip>
-void TurnBits(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
+void ConvertBits(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
   for (std::uint32_t x = 0; x < width; ++x, to += 3) {
     const bool set = from[x / 8] >> (7 - x % 8) & 1;
     to[0] = to[1] = to[2] = static_cast<std::uint8_t>((set ? 0xFF : 0) ^ flip);
@@ -23,13 +23,13 @@ void TurnBits(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
 }
 
 template <std::uint8_t flip>
-void TurnGreys(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
+void ConvertGreys(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
   for (std::uint32_t x = 0; x < width; ++x, to += 3) {
     to[0] = to[1] = to[2] = static_cast<std::uint8_t>(from[x] ^ flip);
   }
 }
 
-void TurnColours(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
+void ConvertColours(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to) {
   for (std::uint32_t x = 0; x < width; ++x, from += 3, to += 3) {
     to[0] = from[2];
     to[1] = from[1];
@@ -40,14 +40,14 @@ void TurnColours(const std::uint8_t* from, std::uint32_t width, std::uint8_t* to
 struct PixelFormat {
   cups_cspace_t space;
   unsigned bitsPerPixel;
-  TurnRow turn;
+  ConvertRow convert;
 };
 constexpr PixelFormat kPixelFormats[] = {
-    {CUPS_CSPACE_K, 1, TurnBits<0xFF>},      {CUPS_CSPACE_W, 1, TurnBits<0>},
-    {CUPS_CSPACE_SW, 1, TurnBits<0>},        {CUPS_CSPACE_K, 8, TurnGreys<0xFF>},
-    {CUPS_CSPACE_W, 8, TurnGreys<0>},        {CUPS_CSPACE_SW, 8, TurnGreys<0>},
-    {CUPS_CSPACE_RGB, 24, TurnColours},      {CUPS_CSPACE_SRGB, 24, TurnColours},
-    {CUPS_CSPACE_ADOBERGB, 24, TurnColours},
+    {CUPS_CSPACE_K, 1, ConvertBits<0xFF>},      {CUPS_CSPACE_W, 1, ConvertBits<0>},
+    {CUPS_CSPACE_SW, 1, ConvertBits<0>},        {CUPS_CSPACE_K, 8, ConvertGreys<0xFF>},
+    {CUPS_CSPACE_W, 8, ConvertGreys<0>},        {CUPS_CSPACE_SW, 8, ConvertGreys<0>},
+    {CUPS_CSPACE_RGB, 24, ConvertColours},      {CUPS_CSPACE_SRGB, 24, ConvertColours},
+    {CUPS_CSPACE_ADOBERGB, 24, ConvertColours},
 };
 
 struct RasterCloser {
@@ -70,7 +70,7 @@ class RasterPages final : public PageSource {
     if (!any) return false;
     ++m_pages;
     CheckResolution(header);
-    const TurnRow turn = TurnerFor(header);
+    const ConvertRow convert = ConverterFor(header);
     ShapePage(page, header.cupsWidth, header.cupsHeight, m_input.Name());
     m_row.resize(header.cupsBytesPerLine);
     for (std::uint32_t y = 0; y < page.heightPx; ++y) {
@@ -78,7 +78,7 @@ class RasterPages final : public PageSource {
         RethrowInputError();
         Fail("ends in the middle of page " + std::to_string(m_pages), kPrintAgain);
       }
-      turn(m_row.data(), page.widthPx, page.Row(y));
+      convert(m_row.data(), page.widthPx, page.Row(y));
     }
     return true;
   }
@@ -90,7 +90,7 @@ class RasterPages final : public PageSource {
     throw HostError(kExitInput, m_input.Name() + ": " + fact, remedy);
   }
 
-  // No exception may pass through libcups.
+  // Exceptions must not pass through libcups.
   static ssize_t Read(void* pages, unsigned char* bytes, std::size_t size) {
     RasterPages& self = *static_cast<RasterPages*>(pages);
     try {
@@ -112,13 +112,13 @@ class RasterPages final : public PageSource {
     }
   }
 
-  TurnRow TurnerFor(const cups_page_header2_t& header) const {
+  ConvertRow ConverterFor(const cups_page_header2_t& header) const {
     const std::uint64_t rowBits = std::uint64_t{header.cupsWidth} * header.cupsBitsPerPixel;
     for (const PixelFormat& format : kPixelFormats) {
       if (format.space == header.cupsColorSpace && format.bitsPerPixel == header.cupsBitsPerPixel &&
           header.cupsColorOrder == CUPS_ORDER_CHUNKED &&
           (rowBits + 7) / 8 <= header.cupsBytesPerLine) {
-        return format.turn;
+        return format.convert;
       }
     }
     Fail("has pixels of " + std::to_string(header.cupsBitsPerPixel) + " bits in colour space " +

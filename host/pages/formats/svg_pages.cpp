@@ -1,5 +1,5 @@
-// SVG drawings: the program rsvg-convert (librsvg) makes a PDF page of them, which is then drawn at
-// the device's resolution like any other, without smoothed edges.
+// SVG drawings: the program rsvg-convert (librsvg) converts one to a PDF page, which is then drawn
+// at the device's resolution like any other, without smoothed edges.
 
 #include "host/error.h"
 #include "host/pages/formats/pdf_pages.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kHeadBytes = 4096;  // where the drawing begins, behind comments
+constexpr std::size_t kHeadBytes = 4096;  // the drawing begins within these, after comments
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// TIFF files, read by libtiff: every full picture is a page; thumbnails and masks are none.
+// TIFF files, read by libtiff: every picture is a page, except thumbnails and masks.
 
 #include <tiffio.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ class TiffPages final : public PageSource {
   bool Skip(PageImage&) override { return FindPage(); }
 
  private:
-  // The first message of the library is the cause, those that follow are the consequences.
+  // The library's first message is the cause; the others are its consequences.
   static int OnError(TIFF*, void* pages, const char*, const char* format, va_list arguments) {
     TiffPages& self = *static_cast<TiffPages*>(pages);
     char text[256];
@@ -49,7 +49,7 @@ class TiffPages final : public PageSource {
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostBlockBytes);
     TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, OnWarning, this);
-    // Not mapped into memory: a file that is cut short meanwhile would end the process.
+    // "m": not mapped into memory, where a file that is truncated meanwhile would end the process.
     const int descriptor = dup(m_file.Descriptor());
     TIFF* tiff = TIFFFdOpenExt(descriptor, m_name.c_str(), "rm", options);
     TIFFOpenOptionsFree(options);
@@ -90,7 +90,7 @@ class TiffPages final : public PageSource {
       if (m_reason.empty()) m_reason = reason;
       Fail();
     }
-    image.orientation = image.req_orientation = ORIENTATION_TOPLEFT;  // TurnPage does more
+    image.orientation = image.req_orientation = ORIENTATION_TOPLEFT;  // TurnPage turns it
     const int done = TIFFRGBAImageGet(&image, m_pixels.data(), width, height);
     TIFFRGBAImageEnd(&image);
     if (done == 0 || !m_reason.empty()) Fail();
@@ -101,7 +101,7 @@ class TiffPages final : public PageSource {
     TurnPage(page, orientation, m_name);
   }
 
-  // The library has mixed the colours with their opacity already.
+  // The library has already multiplied the colours by their opacity.
   static void DrawRow(const std::uint32_t* pixels, PageImage& page, std::uint32_t y) {
     std::uint8_t* to = page.Row(y);
     for (std::uint32_t x = 0; x < page.widthPx; ++x, to += 3) {
@@ -127,7 +127,7 @@ class TiffPages final : public PageSource {
   std::string m_reason;  // of the first error
   const RereadableFile m_file;
   std::unique_ptr<TIFF, TiffCloser> m_tiff;
-  bool m_opened = false;  // the first directory has been looked at
+  bool m_opened = false;  // whether the first directory has been read
   std::vector<std::uint32_t> m_pixels;
 };
 
