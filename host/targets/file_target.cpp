@@ -35,11 +35,14 @@ class FileTarget final : public JobTarget {
   }
 
  private:
-  // The file that the path points to if it is a link; otherwise the path.
-  static std::string LinkedFile(const std::string& path) {
+  // The file that the path points to if it is a link, even if that does not exist yet; otherwise
+  // the path.
+  static std::string LinkedFile(const std::filesystem::path& path) {
     std::error_code error;
     const std::filesystem::path file = std::filesystem::canonical(path, error);
-    return error ? path : file.string();
+    if (!error) return file.string();
+    const std::filesystem::path pointsTo = std::filesystem::read_symlink(path, error);
+    return error ? path.string() : (path.parent_path() / pointsTo).string();
   }
 
   // The name may be taken: in a container every run may have the same process id, so a killed run

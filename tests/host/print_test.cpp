@@ -123,7 +123,7 @@ TEST_F(Print, LeftoverOfAKilledRunIsInNobodysWay) {
   EXPECT_NE(Job("a.job").find("\r\nA1\r\n"), std::string::npos);
 }
 
-TEST_F(Print, PipeStaysAPipe) {
+TEST_F(Print, PipesAndLinksStay) {
   const std::string pipe = home.Path("pipe");
   ASSERT_EQ(
       std::system(("mkfifo " + pipe + "; cat " + pipe + " >" + home.Path("got") + " &").c_str()),
@@ -137,6 +137,10 @@ TEST_F(Print, PipeStaysAPipe) {
   EXPECT_EQ(Run("{}page.pgm -o {}link --copies 5" + paper), 0);
   EXPECT_TRUE(std::filesystem::is_symlink(home.Path("link")));
   EXPECT_NE(Job("a.job").find("\r\nA5\r\n"), std::string::npos);
+  std::filesystem::create_symlink("new.job", home.Path("dangling"));
+  EXPECT_EQ(Run("{}page.pgm -o {}dangling" + paper), 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(home.Path("dangling")));
+  EXPECT_NE(Job("new.job").find("\r\nA1\r\n"), std::string::npos);
 }
 
 }  // namespace
