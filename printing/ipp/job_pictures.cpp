@@ -119,5 +119,5 @@ void JobPictures::AddPrinter(int printer, int dpi) { Printer(printer, dpi); }
 
 std::unique_ptr<JobTarget> JobPictures::OpenTarget(int printer, int dpi) {
   viewer::JobFolder& folder = Printer(printer, dpi);
-  return std::make_unique<Target>(*this, Job{&folder, folder.PathOfComing(), FolderOf(printer)});
+  return std::make_unique<Target>(*this, Job{&folder, folder.NewIncomingPath(), FolderOf(printer)});
 }

@@ -23,13 +23,13 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMostJobsOnPage = 100;
 constexpr std::chrono::seconds kLongestDrawing{60};
 
-// Returns 7 for "job-0007.job", 0 for other names.
+// Returns 7 for "job-0007.job"; 0 for names that the folder does not give, "job-7.job" included.
 std::uint64_t JobNumber(const std::string& name) {
   if (!name.starts_with("job-") || !name.ends_with(".job")) return 0;
   const char* end = name.data() + name.size() - 4;
   std::uint64_t number = 0;
   const auto result = std::from_chars(name.data() + 4, end, number);
-  return result.ec == std::errc() && result.ptr == end ? number : 0;
+  return result.ptr == end && JobName(number) + ".job" == name ? number : 0;
 }
 
 }  // namespace
@@ -54,17 +54,17 @@ JobFolder::JobFolder(std::string folder, double dpi, Colour highlight)
   WritePage();
 }
 
-std::string JobFolder::PathOfComing() {
+std::string JobFolder::NewIncomingPath() {
   const std::lock_guard lock(m_mutex);
-  return m_folder + "/coming-" + std::to_string(getpid()) + "-" + std::to_string(++m_coming) +
+  return m_folder + "/incoming-" + std::to_string(getpid()) + "-" + std::to_string(++m_incoming) +
          ".part";
 }
 
-std::string JobFolder::Add(const std::string& comingPath, const std::string& note) {
+std::string JobFolder::Add(const std::string& incomingPath, const std::string& note) {
   const std::lock_guard lock(m_mutex);
   const std::string name = JobName(++m_last);
   std::error_code error;
-  fs::rename(comingPath, m_folder + "/" + name + ".job", error);
+  fs::rename(incomingPath, m_folder + "/" + name + ".job", error);
   if (error) {
     throw CommandError(
         kExitTarget, "The job " + name + " cannot be kept in " + m_folder + ": " + error.message());

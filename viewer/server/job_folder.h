@@ -17,12 +17,12 @@ class JobFolder {
   JobFolder(std::string folder, double dpi, Colour highlight);
 
   // Returns a new path for a job that is being received. Thread-safe.
-  std::string PathOfComing();
+  std::string NewIncomingPath();
 
   // Adds a received job: numbers it, draws it and updates the page. note: what went wrong while it
   // was received, empty if nothing did. Returns a line of text about the job.
   // Thread-safe. Throws CommandError (target).
-  std::string Add(const std::string& comingPath, const std::string& note);
+  std::string Add(const std::string& incomingPath, const std::string& note);
 
  private:
   std::string Draw(std::uint64_t number, const std::string& note);
@@ -32,7 +32,7 @@ class JobFolder {
   const double m_dpi;
   const Colour m_highlight;
   std::mutex m_mutex;
-  std::uint64_t m_coming = 0;
+  std::uint64_t m_incoming = 0;
   std::uint64_t m_last = 0;            // number of the newest job
   std::deque<std::string> m_sections;  // of the page, newest job first
 };

@@ -14,13 +14,14 @@
 
 #include "common/error.h"
 #include "viewer/files.h"
+#include "viewer/language/text.h"
 
 namespace viewer {
 
 namespace {
 
 constexpr int kMostClients = 64;
-constexpr int kLookAgainMs = 50;
+constexpr int kRetryMs = 50;
 
 // Writes all bytes; false on failure.
 bool WriteAll(int file, const char* bytes, std::size_t size) {
@@ -72,29 +73,29 @@ void PrinterServer::Stop() {
 void PrinterServer::Run() {
   while (true) {
     // At the limit, further clients wait in the listen queue.
-    const bool full = HandsFull();
+    const bool full = IsFull();
     pollfd waits[] = {{m_stop, POLLIN, 0}, {m_listener, POLLIN, 0}};
-    const int ready = poll(waits, full ? 1 : 2, full ? kLookAgainMs : -1);
+    const int ready = poll(waits, full ? 1 : 2, full ? kRetryMs : -1);
     if (ready < 0 && errno != EINTR) break;
     if (ready > 0 && waits[0].revents != 0) break;
     if (full || ready <= 0) continue;
     const int client = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (client >= 0) {
-      Greet(client);
+      Start(client);
     } else if (errno == EMFILE || errno == ENFILE) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(kLookAgainMs));
+      std::this_thread::sleep_for(std::chrono::milliseconds(kRetryMs));
     }
   }
   std::unique_lock lock(m_mutex);
   m_clientLeft.wait(lock, [this] { return m_clients == 0; });
 }
 
-bool PrinterServer::HandsFull() {
+bool PrinterServer::IsFull() {
   const std::lock_guard lock(m_mutex);
   return m_clients >= kMostClients;
 }
 
-void PrinterServer::Greet(int client) {
+void PrinterServer::Start(int client) {
   {
     const std::lock_guard lock(m_mutex);
     ++m_clients;
@@ -102,15 +103,15 @@ void PrinterServer::Greet(int client) {
   try {
     std::thread([this, client] {
       Serve(client);
-      Leave();
+      CountOut();
     }).detach();
   } catch (const std::system_error&) {  // no thread available: the client may try again
     close(client);
-    Leave();
+    CountOut();
   }
 }
 
-void PrinterServer::Leave() {
+void PrinterServer::CountOut() {
   // Notify under the lock: once the count is 0, the server may be destroyed.
   const std::lock_guard lock(m_mutex);
   --m_clients;
@@ -118,7 +119,7 @@ void PrinterServer::Leave() {
 }
 
 void PrinterServer::Serve(int client) {
-  const std::string path = m_folder.PathOfComing();
+  const std::string path = m_folder.NewIncomingPath();
   try {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     std::uint64_t bytes = 0;
@@ -130,7 +131,7 @@ void PrinterServer::Serve(int client) {
     if (bytes > 0) {
       std::printf("%s\n", m_folder.Add(path, note).c_str());
       std::fflush(stdout);
-    } else {  // a connection without data is no job
+    } else {  // a connection without data is not a job
       std::remove(path.c_str());
     }
   } catch (const std::exception& error) {
@@ -147,10 +148,11 @@ std::string PrinterServer::Receive(int client, int file, std::uint64_t& bytes) {
     const int ready = poll(waits, 2, patienceMs);
     if (ready < 0 && errno == EINTR) continue;
     if (ready == 0) {
-      return "The client sent nothing for " + std::to_string(m_patience.count()) +
-             " seconds; the job is taken as it stands.";
+      return "The client sent nothing for " +
+             Counted(static_cast<std::uint64_t>(m_patience.count()), "second") +
+             "; the job is taken as it stands.";
     }
-    if (waits[1].revents == 0) return "The printer was stopped while the job came in.";
+    if (waits[1].revents == 0) return "The printer was stopped while it received the job.";
     const ssize_t count = recv(client, buffer, sizeof buffer, 0);
     if (count == 0) return "";
     if (count < 0) {

@@ -27,10 +27,10 @@ class PrinterServer {
   void Stop();
 
  private:
-  void Greet(int client);  // starts a thread for the client
+  void Start(int client);  // a thread that serves the client
   void Serve(int client);
-  void Leave();
-  bool HandsFull();
+  void CountOut();
+  bool IsFull();
   // Copies what the client sends into the file. Returns what went wrong, empty if nothing did.
   std::string Receive(int client, int file, std::uint64_t& bytes);
 
