@@ -16,7 +16,7 @@ enum ExitCode : int {
 };
 
 // The fact names the thing and the value, the remedy says what to do about it. They are separate
-// because a remedy depends on where the user is: a front end may replace it by one in its own
+// because a remedy depends on where the user is: a front end may replace it with one in its own
 // terms.
 class CommandError : public std::runtime_error {
  public:

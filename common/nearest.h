@@ -22,7 +22,8 @@ inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
-// The closest name, the first of several; empty if none is close: a letter in three may be wrong.
+// The closest name, the first if several are equally close; empty if more than a third of the
+// letters are wrong.
 inline std::string Nearest(std::string_view text, const std::vector<std::string>& names) {
   const auto nearest = std::min_element(
       names.begin(), names.end(), [text](const std::string& one, const std::string& other) {

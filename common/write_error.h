@@ -1,4 +1,4 @@
-// The error of a file that cannot be written, with the same words everywhere.
+// The error for a file that cannot be written.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ struct ErrnoRemedy {
 };
 inline constexpr ErrnoRemedy kWriteRemedies[] = {
     {ENOENT, "make its folder first"},
-    {ENOTDIR, "what stands for its folder is a file: choose another folder"},
+    {ENOTDIR, "part of its path is not a folder: choose another one"},
     {EACCES, "choose a folder that you may write to"},
     {EPERM, "choose a folder that you may write to"},
     {EROFS, "choose a folder that you may write to"},

@@ -20,11 +20,11 @@ void WriteWholeFile(const std::string& path, std::string_view content);
 // Creates the folder and its parents if needed. Throws CommandError (target).
 void MakeFolder(const std::string& path);
 
-// Whether the path ends like a picture, document or job, as ".png", and is no folder.
+// Whether the path has the extension of a picture, document or job and is not a folder.
 bool NamesFile(const std::string& path);
 
-// Makes the folder for a command's pictures. Throws CommandError (usage) if the path NamesFile, and
-// as MakeFolder does.
+// Creates the folder for a command's pictures. Throws CommandError: usage if NamesFile(path),
+// target if it cannot be created.
 void MakePictureFolder(const std::string& path);
 
 // Returns the name that a job's pictures start with: "boxes" for "out/boxes.job".

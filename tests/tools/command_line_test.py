@@ -212,7 +212,7 @@ LINES = [
     ("vlx view - --sheet kept <kept", 2, "same file"),
     ("vlx diff a.job kept --sheet kept", 2, "same file"),
     ("vlx view a.job --sheet seen.png", 2, "seen.html"),
-    ("vlx explain - </dev/null", 3, "Standard input is no job, it is empty"),
+    ("vlx explain - </dev/null", 3, "Standard input is not a job: it is empty"),
     # Jobs are no pages, and what a job sends from a file has to be there.
     ("vlx print a.job -o b.job", 3, "a finished job", "nc -N HOST 9100 <a.job"),
     ("vlx print page.pgm $P -o b.job --set blocks.0.kind=file --set blocks.0.text=gone.txt; code=$?; "

@@ -22,10 +22,10 @@ class ViewerCommand : public VlxProcess {
 
 TEST_F(ViewerCommand, SaysWhatWentWrong) {
   const std::tuple<const char*, int, const char*> rows[] = {
-      {"explain {}picture.png", 3, "it is a PNG picture: make a job of it with vlx print"},
+      {"explain {}picture.png", 3, "it is a PNG picture; make a job of it with vlx print"},
       {"view {}page.pdf", 3, "it is a PDF document"},
       {"lint {}scan.pgm", 3, "it is a PNM picture"},
-      {"diff {}a.job {}text.txt", 3, "text.txt is no job, it is text"},
+      {"diff {}a.job {}text.txt", 3, "text.txt is not a job: it is text"},
       {"diff {}empty {}a.job", 3, "it is empty"},
       {"view {}hostile.job -o {}hostile --limit 1", 3, "the limit is 1 second"},
       {"view {}a.job --json >/dev/full", 5, "Standard output cannot be written: No space"},

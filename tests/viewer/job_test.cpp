@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 #include "tests/support/png_image.h"
 #include "viewer/drawing/job_view.h"
 #include "viewer/reports/diff.h"
@@ -47,7 +45,7 @@ std::vector<viewer::DrawnLabel> Labels(const std::string& job) {
   return labels;
 }
 
-// As of printers whose second colour stands apart: half of 8.06 mm is 4.03 mm.
+// On some printers the second colour is set apart: half of 8.06 mm is 4.03 mm.
 TEST(LabelDrawing, RightHalfOfAWiderHeadLiesOverTheLeft) {
   const auto labels = Labels(kHeader + Download("0", PngOf({"#"})) + Download("1", PngOf({"###"})) +
                              PageSetUp("2.00,3.00,8.06", "O H0.00\r\n") +
@@ -77,7 +75,7 @@ TEST(Lint, FindsAFieldWhoseImageWasOverwritten) {
   const std::string both = "I:Image0;5.00,0.00,0;0\r\nI:Image1;0.00,0.00,0;1\r\nA1\r\n";
   const std::string one = PageSetUp("4.00,5.00,5.00") + "I:Image0;0.00,0.00,0;0\r\nA1\r\n";
   const std::string first = kHeader + red + black + two + both;
-  // The line of the only fault; 0: none.
+  // The line of the only fault; 0 if there is none.
   const std::pair<std::string, std::size_t> rows[] = {
       {first + red + one + two + both, 31},
       {first + red + one + red + two + both, 0},   // sent again
@@ -101,7 +99,7 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
   const std::string size = PageSetUp("4.00,5.00,5.00");
   const std::string head = kHeader + image + size;
   const std::string good = head + place + "A1\r\n";
-  // The line and the words of the only fault; null: none.
+  // The line and the words of the only fault; null if there is none.
   const std::tuple<std::string, std::size_t, const char*> rows[] = {
       {good, 0, nullptr},
       {good + "\x1B!whatever of the user's own\r\n", 0, nullptr},
@@ -126,7 +124,7 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
       {kHeader + image + place + "A1\r\n", 6, "without a size"},
       {kHeader + image + PageSetUp("4.00,3.00,5.00") + place + "A1\r\n", 9, "pitch"},
       {kHeader + image + "H9999,5,T,R0\r\n" + size.substr(15) + place + "A1\r\n", 5, "speed"},
-      {kHeader + Download("0", "no PNG") + size + place + "A1\r\n", 4, "no PNG file"},
+      {kHeader + Download("0", "no PNG") + size + place + "A1\r\n", 4, "not a PNG file"},
       {kHeader + Claim("\0\1\x86\xA0\0\0\7\xD1"s) + size + place + "A1\r\n", 4, "dots a side"},
       {kHeader + Claim("\0\1\x86\xA1\0\0\0\1"s) + size + place + "A1\r\n", 4, "dots a side"},
       {kHeader + Download("0", kArrow.substr(0, kArrow.size() - 20)) + size + place + "A1\r\n", 4,
@@ -150,8 +148,9 @@ TEST(Lint, SaysWhatAPrinterWouldStumbleOver) {
   EXPECT_EQ(cut.faults.front().place.offset, 60u);
 }
 
-// The fuzz target covers malformed jobs; these are large or claim to be.
-TEST(JobReading, HostileStreamsEndSoon) {
+// The fuzz target covers malformed jobs; these are large or claim to be. A reader without bounds
+// would run into the test's time limit.
+TEST(JobReading, HostileStreamsEnd) {
   std::string manyFields, manyDownloads;
   for (int i = 0; i < 30000; ++i) {
     manyFields += "I:F" + std::to_string(i) + ";0.00,0.00,0;0\r\n";
@@ -170,13 +169,11 @@ TEST(JobReading, HostileStreamsEndSoon) {
       "O " + std::string(1 << 16, ','),
   };
   for (const std::string& job : jobs) {
-    const auto start = std::chrono::steady_clock::now();
     for (const viewer::DrawnLabel& drawn : Labels(job)) {
       EXPECT_TRUE(drawn.picture || !drawn.why.empty());
     }
     EXPECT_GT(viewer::LintJob(job, 0).count, 0u) << job.substr(0, 80);
     viewer::ExplainJob(job, [](const viewer::Explanation& it) { EXPECT_FALSE(it.words.empty()); });
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
   }
 }
 

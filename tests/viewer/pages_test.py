@@ -1,4 +1,4 @@
-"""The contact sheet and the page of vlx serve in a real browser: what is seen, and how it is laid out.
+"""The contact sheet and the page of vlx serve in a real browser: what they show, and their layout.
 
 Usage: pages_test.py VLX CHROMIUM AXE-FOLDER
 
@@ -50,7 +50,7 @@ def checker():
         return "<script>" + file.read() + "</script>"
 
 
-def look(page, width, dark=False, script=""):
+def measure(page, width, dark=False, script=""):
     """Loads the page in a frame of that width and returns what MEASURE saw."""
     with tempfile.TemporaryDirectory() as home:
         path = os.path.join(os.path.dirname(page), "frame.html")
@@ -107,12 +107,12 @@ class Pages(unittest.TestCase):
                        stdout=subprocess.DEVNULL)
         with open(sheet, encoding="utf-8") as file:
             self.assertIsNone(re.search(r'(src|href)="(?!data:)', file.read()))
-        desktop, phone = look(sheet, 1280), look(sheet, 390)
+        desktop, phone = measure(sheet, 1280), measure(sheet, 390)
         self.check_labels(desktop)
         self.check_labels(phone)
         tops = [[i["box"][1] for i in facts["images"]] for facts in (desktop, phone)]
-        self.assertEqual(len(set(tops[0])), 1)  # a row on the desk
-        self.assertEqual(len(set(tops[1])), 3)  # a column in the hand
+        self.assertEqual(len(set(tops[0])), 1)  # a row on a desktop
+        self.assertEqual(len(set(tops[1])), 3)  # a column on a phone
 
     def start_printer(self, folder):
         server = subprocess.Popen([VLX, "serve", "--port", "0", "-o", folder],
@@ -124,18 +124,18 @@ class Pages(unittest.TestCase):
         folder = os.path.join(self.home, "out")
         server, port = self.start_printer(folder)
         page, early = (os.path.join(folder, name) for name in ("index.html", "early.html"))
-        self.assertIn("Waiting", look(page, 1280)["text"])
+        self.assertIn("Waiting", measure(page, 1280)["text"])
         shutil.copy(page, early)
         with socket.create_connection(("127.0.0.1", port)) as client, open(self.job, "rb") as job:
             client.sendall(job.read())
         self.assertIn("job-0001: 3 labels, 12 with copies", server.stdout.readline())
-        for facts in (look(page, 1280), look(early, 1280)):  # opened after and before it came
+        for facts in (measure(page, 1280), measure(early, 1280)):  # opened after and before it came
             self.assertEqual(facts["text"].count("Label printer"), 1)
             self.assertIn("1 job so far", facts["text"])
             self.assertNotIn("Waiting", facts["text"])
             self.check_labels(facts)
 
-    def test_nobody_is_shut_out(self):
+    def test_pages_are_accessible(self):
         script = checker()
         folder = os.path.join(self.home, "pages")
         os.mkdir(folder)
@@ -149,7 +149,7 @@ class Pages(unittest.TestCase):
         self.start_printer(folder)
         for name, page in pages.items():
             for width, dark in ((390, False), (390, True), (1200, False), (1200, True)):
-                facts = look(page, width, dark, script)
+                facts = measure(page, width, dark, script)
                 self.assertEqual((facts["dark"], facts["violations"]), (dark, []), (name, width))
                 self.assertGreater(facts["rules"], 10)
                 self.assertLessEqual(facts["content"], facts["width"], name)

@@ -1,6 +1,5 @@
-// Bar codes on a drawn label, and those among them that cannot be relied on to scan. Codes are
-// found by their structure, not by reading them. A code may be missed; nothing else is taken for a
-// code.
+// Finds the bar codes on a drawn label and those among them that may not scan. Codes are found by
+// their structure, not by reading them. Some may be missed, but nothing else is taken for a code.
 #pragma once
 
 #include <string>
@@ -22,16 +21,16 @@ struct CodeFault {
   DotBox box;             // around the code, in dots
 };
 
-// The codes in one colour of a label, good and bad ones, as boxes in dots.
+// The codes in one colour of a label, good and bad, as boxes in dots.
 struct Codes {
   std::vector<DotBox> bars;
   std::vector<DotBox> squares;
   std::vector<CodeFault> faults;
 };
-// Looks for codes with bars in either direction.
+// Finds square codes, and bar codes in both directions.
 Codes FindCodes(const BitImage& image, double dpi);
 
-// How many dots of a job are searched for codes at most; about a thousand labels.
+// A job's dots that are searched for codes: about a thousand labels.
 inline constexpr double kMostDotsSearched = 2e9;
 
 // "The bar code at 10, 12 mm (35 x 8 mm) ...": what is wrong and what to do.

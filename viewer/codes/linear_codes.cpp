@@ -18,10 +18,10 @@ constexpr std::uint32_t kLeastBandRows = 8;
 constexpr double kLongestGapMm = 2.2;  // white within a code; a longer one ends it
 constexpr double kWidestBarMm = 3;
 constexpr std::size_t kFewestBars = 10;
-constexpr std::size_t kFewestBands = 5;  // lower bars could be the strokes of letters
+constexpr std::size_t kFewestBands = 5;  // shorter bars could be the strokes of letters
 constexpr double kFinestDots = 1.35;     // of a bar or a space; finer ones count as a single dot
-constexpr double kFewCleanRows = 0.01;  // share of clean scan lines; with fewer a reader finds none
-constexpr double kMostCleanRows = 0.65;  // with more the widths of bars are known
+constexpr double kFewCleanRows = 0.01;   // share of clean scan lines; with fewer, none is found
+constexpr double kMostCleanRows = 0.65;  // with more, the bars can be measured
 
 using Counts = std::vector<std::uint32_t>;  // of dark dots in each column
 
@@ -99,7 +99,7 @@ bool LooksLikeBars(const Counts& counts, Stretch at, std::uint32_t rows, double 
   return IsIrregular(edges) && IsInContrast(counts, edges, rows);
 }
 
-// Whether a part of a band is the same bars as the band above.
+// Whether part of a band shows the same bars as the band above.
 bool Continues(const Region& region, const Counts& counts, Stretch at, std::uint32_t rows,
                std::uint32_t slack) {
   const auto near = [slack](std::uint32_t a, std::uint32_t b) {
@@ -125,7 +125,7 @@ std::size_t CountEdges(const BitImage& image, std::uint32_t y, Stretch at) {
   return edges + (dark ? 1 : 0);
 }
 
-// The narrowest bar or space in dots. Greys count by their share, as they would for an eye: each
+// The narrowest bar or space in dots. Greys count by their share, as they do to the eye: each
 // element reaches from the middle of its left neighbour to the middle of its right one.
 double NarrowestDots(const Counts& counts, const std::vector<std::uint32_t>& edges,
                      std::uint32_t rows) {

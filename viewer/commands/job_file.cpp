@@ -42,7 +42,7 @@ constexpr Signature kSignatures[] = {
     {"^XA"sv, "a job in another printer language"},
 };
 
-// "P4" to "P6" and a blank start a PNM picture; the P value of a job is a number and a line end.
+// "P1" to "P6" and white space start a PNM picture. In a job they are a P value, which CR LF ends.
 bool IsPnm(std::string_view file) {
   return file.size() > 3 && file[0] == 'P' && file[1] >= '1' && file[1] <= '6' &&
          (file[2] == ' ' ||
@@ -55,9 +55,9 @@ bool IsCommand(const Piece& piece) {
   return verb != Verb::Blank && verb != Verb::Comment && verb != Verb::Passed;
 }
 
-}  // namespace
-
-std::string WhatInsteadOfJob(std::string_view file) {
+// Says what a file is that holds no job: "a PNG picture", "empty", "text without a command of the
+// printer". Returns an empty string for a job, even a damaged one.
+std::string DescribeNonJob(std::string_view file) {
   if (file.empty()) return "empty";
   for (const auto& [bytes, what] : kSignatures) {
     if (file.starts_with(bytes)) return what;
@@ -72,27 +72,29 @@ std::string WhatInsteadOfJob(std::string_view file) {
                 : "text without a command of the printer";
 }
 
+}  // namespace
+
 std::string ReadJob(const std::string& path) {
   std::string job = ReadJobFile(path);
-  const std::string what = WhatInsteadOfJob(job);
+  const std::string what = DescribeNonJob(job);
   if (what.empty()) return job;
   const bool page = what.ends_with("picture") || what.ends_with("document");
   const std::string name = path == "-" ? "Standard input" : path;
-  throw CommandError(kExitInput, name + " is no job, it is " + what +
-                                     (page ? ": make a job of it with vlx print -o FILE.job"
-                                           : ": give a file that vlx print has written"));
+  throw CommandError(kExitInput, name + " is not a job: it is " + what +
+                                     (page ? "; make a job of it with vlx print -o FILE.job"
+                                           : "; give a file that vlx print has written"));
 }
 
-void CheckSheet(const std::string& output, const std::string& job) {
-  if (output.empty() || output == "-") return;
+void CheckSheet(const std::string& sheet, const std::string& job) {
+  if (sheet.empty() || sheet == "-") return;
   std::error_code error;  // of a file that does not exist yet
-  if (std::filesystem::equivalent(output, job == "-" ? "/dev/stdin" : job, error)) {
-    throw CommandError(kExitUsage, "--sheet " + output + " is the same file as the job " + job,
+  if (std::filesystem::equivalent(sheet, job == "-" ? "/dev/stdin" : job, error)) {
+    throw CommandError(kExitUsage, "--sheet " + sheet + " is the same file as the job " + job,
                        "name another file: nothing was written");
   }
-  if (!NamesFile(output)) return;
-  throw CommandError(kExitUsage, "--sheet is \"" + output + "\", but a sheet is an HTML page",
-                     "name it " + std::filesystem::path(output).stem().string() + ".html");
+  if (!NamesFile(sheet)) return;
+  throw CommandError(kExitUsage, "--sheet is \"" + sheet + "\", but a sheet is an HTML page",
+                     "name it " + std::filesystem::path(sheet).stem().string() + ".html");
 }
 
 }  // namespace viewer

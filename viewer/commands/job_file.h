@@ -2,20 +2,15 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace viewer {
 
-// Says what a file is that holds no job: "a PNG picture", "empty", "text without a command of the
-// printer". Returns an empty string for a job, a damaged one included.
-std::string WhatInsteadOfJob(std::string_view file);
-
 // Reads a job from a file, or from standard input if the path is "-". Throws CommandError (input)
-// if it cannot be read or is no job.
+// if it cannot be read or is not a job.
 std::string ReadJob(const std::string& path);
 
-// Throws CommandError (usage) if the output's path leads to the file of a job that is read, or has
-// the name of a picture, document or job.
-void CheckSheet(const std::string& output, const std::string& job);
+// Checks the path given to --sheet. Throws CommandError (usage) if it leads to the job's own file
+// or has the extension of a picture, document or job.
+void CheckSheet(const std::string& sheet, const std::string& job);
 
 }  // namespace viewer

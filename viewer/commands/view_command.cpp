@@ -50,7 +50,6 @@ class Viewing {
         m_view(job, options.dpi),
         m_highlight(options.highlight.empty() ? kDefaultHighlight : ReadColour(options.highlight)),
         m_stem(JobStem(options.job)) {
-    // Asked for nothing in particular, the pictures go to a folder named after the job.
     m_folder = options.folder;
     if (m_folder.empty() && options.sheet.empty() && !options.json) m_folder = m_stem;
     if (!options.folder.empty())
@@ -152,7 +151,7 @@ class Viewing {
   JobView m_view;
   const Colour m_highlight;
   const std::string m_stem;
-  std::string m_folder;  // empty: no pictures are written
+  std::string m_folder;  // for pictures; empty if none are wanted
   bool m_stopped = false;
   JobTotals m_totals;
   LabelStrip m_strip;

@@ -67,7 +67,7 @@ std::optional<LabelPicture> DrawLabel(const Label& label, double dpi, std::strin
   }
   if (size.width > kMostDotsASide || size.length > kMostDotsASide ||
       static_cast<std::uint64_t>(size.width * size.length) > kMostDots) {
-    why = "it is of " + Plain(label.WidthMm()) + " x " + Plain(label.size->lengthMm) +
+    why = "it is " + Plain(label.WidthMm()) + " x " + Plain(label.size->lengthMm) +
           " mm, more than can be drawn at " + Plain(dpi) + " dpi; check its size or give --dpi";
     return std::nullopt;
   }

@@ -32,7 +32,7 @@ struct Landing {
     return left >= 0 && top >= 0 && left + width <= label.width && top + height <= label.length;
   }
 };
-// Requires a placement with an image and a label with a size.
+// The placement must have an image and the label a size.
 Landing Land(const Label& label, const Placement& placement, double dpi);
 
 // The dots of a label. Where both print, black covers the highlight.
@@ -49,6 +49,7 @@ std::optional<LabelPicture> DrawLabel(const Label& label, double dpi, std::strin
 
 // Returns the counter-clockwise turn that brings a label's images upright; `before` if it has none.
 int UprightTurn(const Label& label, int before);
+// Turns both colours counter-clockwise by 0, 90, 180 or 270 degrees.
 LabelPicture Turn(const LabelPicture& picture, int degrees);
 
 // Encodes the picture as a PNG file in white, black and the highlight colour.

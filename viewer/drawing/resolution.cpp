@@ -7,10 +7,10 @@ namespace viewer {
 
 namespace {
 
-constexpr double kUsual[] = {203, 300, 600, 200, 400, 406, 305, 609, 152, 1200};
+constexpr double kUsualDpi[] = {203, 300, 600, 200, 400, 406, 305, 609, 152, 1200};
 constexpr int kLeastDpi = 100;
 constexpr int kMostDpi = 1200;
-constexpr int kLabelsLookedAt = 20;
+constexpr int kMostLabelsRead = 20;
 
 // True if the dots cover the length to within one dot; pages are cut to whole dots.
 bool Fills(std::uint32_t dots, double mm, double dpi) {
@@ -29,12 +29,12 @@ std::optional<double> GuessFrom(const Label& label) {
     const auto fillsAcross = [&](double dpi) { return Fills(across, label.WidthMm(), dpi); };
     // An image of the label's exact size determines any resolution. A cropped one only has the
     // width, so only the usual resolutions count.
-    const auto whole = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAll);
-    if (whole != std::end(kUsual)) return *whole;
+    const auto whole = std::find_if(std::begin(kUsualDpi), std::end(kUsualDpi), fillsAll);
+    if (whole != std::end(kUsualDpi)) return *whole;
     const double dpi = std::round(across * kMmAnInch / label.WidthMm());
     if (dpi >= kLeastDpi && dpi <= kMostDpi && fillsAll(dpi)) return dpi;
-    const auto cropped = std::find_if(std::begin(kUsual), std::end(kUsual), fillsAcross);
-    if (cropped != std::end(kUsual)) return *cropped;
+    const auto cropped = std::find_if(std::begin(kUsualDpi), std::end(kUsualDpi), fillsAcross);
+    if (cropped != std::end(kUsualDpi)) return *cropped;
   }
   return std::nullopt;
 }
@@ -43,7 +43,7 @@ std::optional<double> GuessFrom(const Label& label) {
 
 std::optional<double> GuessDpi(std::string_view job) {
   JobReader reader(job);
-  for (int i = 0; i < kLabelsLookedAt; ++i) {
+  for (int i = 0; i < kMostLabelsRead; ++i) {
     const std::optional<Label> label = reader.Next();
     if (!label) break;
     if (!label->size || label->WidthMm() <= 0) continue;

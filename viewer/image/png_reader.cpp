@@ -92,12 +92,12 @@ std::shared_ptr<const BitImage> ReadPng(std::string_view bytes, std::string& why
   const PngHeader header = ReadPngHeader(bytes);
   const std::string size = std::to_string(header.width) + " x " + std::to_string(header.height);
   if (!header.found) {
-    why = "is no PNG file: send one, it begins with the bytes 89 50 4E 47";
+    why = "is not a PNG file: send one, which begins with the bytes 89 50 4E 47";
     return nullptr;
   }
   if (header.width == 0 || header.height == 0 || header.width > kMostDotsASide ||
       header.height > kMostDotsASide || std::uint64_t{header.width} * header.height > kMostDots) {
-    why = "claims to be of " + size + " dots: send an image of 1 to " +
+    why = "claims to be " + size + " dots: send an image of 1 to " +
           std::to_string(kMostDotsASide) + " dots a side and " + std::to_string(kMostDots) +
           " in all";
     return nullptr;

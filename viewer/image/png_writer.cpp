@@ -15,7 +15,7 @@ void Append(png_structp png, png_bytep bytes, std::size_t size) {
 }
 void NoFlush(png_structp) {}
 
-// As in reading: the caller owns every object with a destructor.
+// libpng reports errors by a long jump, so the caller owns every object with a destructor.
 bool WriteRows(png_structp png, png_infop info, std::uint32_t width, std::uint32_t height,
                png_uint_32 dotsAMetre, const std::vector<png_color>& palette,
                const FillRow& fillRow, std::vector<std::uint8_t>& row, std::string& file) {

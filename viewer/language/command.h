@@ -3,7 +3,6 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,7 +33,8 @@ enum class Verb {
   Passed,  // unknown here; the printer gets it unchanged
 };
 
-// One value of a command: its name, its unit and what a printer accepts.
+// One value of a command: its name, its unit and what a printer accepts. A number may be anything
+// if least and most are equal.
 struct Field {
   const char* name = nullptr;
   const char* unit = "";

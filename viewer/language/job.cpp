@@ -219,7 +219,7 @@ void JobReader::PlaceImage(std::string_view field, FieldOnLabel& where, std::str
   const auto entry = m_images.find(name);
   if (entry == m_images.end()) {
     Note(place, Named(name) + " is placed but was not downloaded: send dPNG;" + Printable(name) +
-                    " before");
+                    " before it");
     return;
   }
   StoredImage& stored = entry->second;
@@ -265,7 +265,7 @@ void JobReader::NoteOverwritten(std::string_view field, const Filling& before, c
   Note(place, "Field " + Printable(field) + " is filled with image " + Printable(now.name) +
                   " again, but that image was overwritten by the download of line " +
                   std::to_string(stored.place.line) +
-                  ": the label shows the newer one; download the right one again before");
+                  ": the label shows the newer one; download the right one again first");
 }
 
 std::shared_ptr<const BitImage> JobReader::Decode(StoredImage& stored) {
@@ -300,7 +300,7 @@ void JobReader::FinishLabel(const Line& line, const Piece& piece) {
   m_labelStart = piece.place.offset + piece.bytes;
   CountCuts();
   if (!m_label.size) {
-    Note(piece.place, "A label without a size is printed: send S and its values before");
+    Note(piece.place, "A label without a size is printed: send S and its values first");
   }
 }
 

@@ -32,10 +32,10 @@ struct LabelSize {
 struct Placement {
   std::string field;
   std::string name;
-  double xMm =
-      0;  // of the image's first dot, x to the right and y downwards from the label's corner
+  // Of the image's first dot: x to the right and y downwards from the label's corner.
+  double xMm = 0;
   double yMm = 0;
-  int angle = 0;                          // 0, 90, 180 or 270 degrees to the left
+  int angle = 0;                          // 0, 90, 180 or 270 degrees counter-clockwise
   std::shared_ptr<const BitImage> image;  // null if it cannot be drawn
   std::uint64_t downloadBytes = 0;        // size of its PNG file; 0 if the printer already held it
   bool recalled = false;                  // placed by R

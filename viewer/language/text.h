@@ -10,8 +10,8 @@ namespace viewer {
 // A number with at most two decimals and no trailing zeros: "12.5".
 std::string Plain(double number);
 
-// Millimetres to one decimal: the size of a label. A head with a correction of its own widens
-// labels by hundredths, which nobody wants to read.
+// The size of a label: millimetres to one decimal. The width correction of some heads adds
+// hundredths, which nobody wants to read.
 std::string Tenths(double mm);
 
 // A number with thousands separators: "12,345".

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kPassedOn = "passed to the printer unchanged";
 
-// "speed 100 mm/s", "method thermal transfer", "angle 180 (half a turn)".
+// "speed 100 mm/s", "angle 180 (half a turn)".
 std::string ValueWords(const Value& value) {
   const Field& field = *value.field;
   std::string words = std::string(field.name) + " ";
@@ -70,7 +70,7 @@ class Explainer {
                   " dots, " + std::to_string(header.depth * header.channels) +
                   (header.depth * header.channels == 1 ? " bit" : " bits");
     } else {
-      it.words += ": no PNG file";
+      it.words += ": not a PNG file";
     }
     it.words += ", " + bytes + " bytes";
     if (!piece.whole) it.words += ", cut off";

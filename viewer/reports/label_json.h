@@ -1,8 +1,7 @@
-// Labels and faults as JSON.
+// Labels and faults as JSON, with the keys that docs/commands.md describes.
 #pragma once
 
 #include <nlohmann/json.hpp>
-#include <span>
 
 #include "viewer/drawing/job_view.h"
 
