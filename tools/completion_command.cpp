@@ -15,7 +15,7 @@ constexpr const char* kCompletionExamples = R"(Examples:
   vlx completion zsh > ~/.zsh/functions/_vlx
   vlx completion fish > ~/.config/fish/completions/vlx.fish
 
-The installed package has them already.)";
+An installed vlx has them already.)";
 
 // bash splits words at equals signs and completes what follows the last one.
 constexpr const char* kBash = R"(_vlx() {
@@ -81,7 +81,7 @@ Words ChoicesOf(const CLI::Option& option) {
   return choices;
 }
 
-// KEY=VALUE, or KEY= while the key is not whole.
+// KEY= until the key is complete, then KEY=VALUE.
 Words SettingWords(const std::string& word) {
   Words settings;
   const auto add = [&](const std::string& key, const std::string& values) {
@@ -102,7 +102,7 @@ Words PrinterNames() {
   try {
     for (const PrinterProfile& profile : PrinterProfiles()) names.push_back(profile.name);
   } catch (const HostError&) {
-    // Completion has nobody to tell.
+    // A completion cannot report it.
   }
   return names;
 }

@@ -8,6 +8,6 @@
 // vlx completion: prints the script that makes a shell complete command lines of vlx.
 Command CompletionCommand(CLI::App& program);
 
-// What the scripts ask, "vlx completion words WORD...": the words that may stand in place of the
-// last one and begin with it, one a line. words: after "vlx". Nothing of ours: files may follow.
+// Answers "vlx completion words WORD...", which the scripts call: prints the words that complete
+// the last one, one a line, and nothing where only a file name can stand. words: those after "vlx".
 int PrintCompletions(const CLI::App& program, const std::vector<std::string>& words);

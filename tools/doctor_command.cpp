@@ -29,7 +29,7 @@ Exit codes: 0 everything works, 1 something is broken)";
 
 enum class State { Works, Note, Broken };
 
-// One line: what was looked at, what it is like, and what to do about it.
+// A line of the report: what was checked, its condition, and what to do about it.
 struct Finding {
   State state;
   std::string thing;
@@ -43,7 +43,7 @@ struct Converter {
   const char* program;
   const char* package;
   const char* pages;
-  bool common = true;  // without it, labels that most people print are lost
+  bool common = true;  // most people need it
 };
 constexpr Converter kConverters[] = {
     {"pdftoppm", "poppler-utils", "PDF"},
@@ -61,7 +61,7 @@ std::string FoundInPath(const std::string& program) {
   return {};
 }
 
-void LookAtProgram(Findings& findings) {
+void CheckProgram(Findings& findings) {
   findings.push_back({State::Works, "program", std::string("vlx ") + VLX_VERSION});
   try {
     const std::string path = FindPlugin();
@@ -78,13 +78,13 @@ void LookAtProgram(Findings& findings) {
                       LibraryPath("libvlx_platform.so") + ", version " + PlatformLibraryVersion()});
 }
 
-void LookAtState(Findings& findings) {
+void CheckState(Findings& findings) {
   const std::string folder = StateFolder();
   struct stat status = {};
   if (stat(folder.c_str(), &status) != 0) {
     findings.push_back({State::Note, "state folder", folder + " does not exist: defaults apply"});
   } else if (!S_ISDIR(status.st_mode)) {
-    findings.push_back({State::Broken, "state folder", folder + " is no folder", "remove it"});
+    findings.push_back({State::Broken, "state folder", folder + " is not a folder", "remove it"});
   } else if (access(folder.c_str(), R_OK | X_OK) != 0) {
     findings.push_back({State::Broken, "state folder", folder + " may not be read",
                         "give yourself permission with chmod u+rx " + folder});
@@ -93,18 +93,18 @@ void LookAtState(Findings& findings) {
   }
   const std::string file = SystemFilePath();
   if (const std::string warning = SystemFileWarning(); !warning.empty()) {
-    findings.push_back({State::Broken, "system.toml", warning, "mend that line"});
+    findings.push_back({State::Broken, "system.toml", warning, "correct that line"});
   } else if (access(file.c_str(), F_OK) != 0) {
     findings.push_back({State::Note, "system.toml", "there is none: one printer without a target"});
   } else {
     findings.push_back({State::Works, "system.toml", file});
   }
   findings.push_back({State::Works, "code page",
-                      "texts are sent in the printer's: bytes 80 and E4 are " + AnsiToUtf8("\x80") +
+                      "of texts in jobs, in which bytes 80 and E4 are " + AnsiToUtf8("\x80") +
                           " and " + AnsiToUtf8("\xE4")});
 }
 
-void LookAtPrinter(const ListedPrinter& printer, Findings& findings) {
+void CheckPrinter(const ListedPrinter& printer, Findings& findings) {
   const PrinterProfile& profile = printer.profile;
   const std::string thing = "printer " + profile.name;
   if (!profile.settingsFile.empty()) {
@@ -113,7 +113,7 @@ void LookAtPrinter(const ListedPrinter& printer, Findings& findings) {
     } catch (const HostError& error) {
       findings.push_back(
           {State::Broken, thing, error.Fact(),
-           error.Remedy().empty() ? "mend the file, or name another one" : error.Remedy()});
+           error.Remedy().empty() ? "correct the file, or name another one" : error.Remedy()});
     }
   }
   if (!printer.fault) {
@@ -129,15 +129,15 @@ void LookAtPrinter(const ListedPrinter& printer, Findings& findings) {
                                   : std::to_string(stocks) + " in " + RegistryFilePath()});
 }
 
-void LookAtPrinters(Findings& findings) {
+void CheckPrinters(Findings& findings) {
   try {
-    for (const ListedPrinter& printer : ListPrinters()) LookAtPrinter(printer, findings);
+    for (const ListedPrinter& printer : ListPrinters()) CheckPrinter(printer, findings);
   } catch (const HostError& error) {
     findings.push_back({State::Broken, "printers", error.Fact(), error.Remedy()});
   }
 }
 
-void LookAtConverters(Findings& findings) {
+void CheckConverters(Findings& findings) {
   for (const Converter& converter : kConverters) {
     const std::string path = FoundInPath(converter.program);
     const std::string thing = std::string(converter.pages) + " pages";
@@ -160,17 +160,17 @@ std::size_t QueuesOfFilter() {
           entry.path().extension() == ".ppd" &&
           ReadWholeFile(entry.path().string(), "PPD").find("rastertovlx") != std::string::npos;
     } catch (const HostError&) {
-      // Only the administrator may read some.
+      // Some are readable by the administrator only.
     }
   }
   return queues;
 }
 
-void LookAtFilter(Findings& findings) {
+void CheckFilter(Findings& findings) {
   const std::string filter = "/usr/lib/cups/filter/rastertovlx";
   struct stat status = {};
   if (stat(filter.c_str(), &status) != 0) {
-    findings.push_back({State::Note, "print filter", "not installed: programs cannot print to it"});
+    findings.push_back({State::Note, "print filter", "not installed: other programs cannot print"});
     return;
   }
   const bool safe = status.st_uid == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
@@ -190,8 +190,8 @@ void LookAtFilter(Findings& findings) {
                                  : "none prints through the filter, as far as this user may see"});
 }
 
-constexpr void (*kExaminations[])(Findings&) = {
-    LookAtProgram, LookAtState, LookAtPrinters, LookAtConverters, LookAtFilter,
+constexpr void (*kChecks[])(Findings&) = {
+    CheckProgram, CheckState, CheckPrinters, CheckConverters, CheckFilter,
 };
 
 const char* NameOf(State state) {
@@ -200,7 +200,7 @@ const char* NameOf(State state) {
 
 int RunDoctor(bool asJson) {
   Findings findings;
-  for (const auto look : kExaminations) look(findings);
+  for (const auto check : kChecks) check(findings);
   std::size_t broken = 0;
   auto json = nlohmann::ordered_json::array();
   for (const Finding& finding : findings) {

@@ -11,5 +11,5 @@ Command VersionCommand(CLI::App& program);
 // Prints what vlx version and vlx --version print. Throws HostError (internal).
 int ShowVersion();
 
-// The layout of all help: values by their names in words, no parser types.
+// The layout of every help text: values have names and choices instead of the parser's types.
 std::shared_ptr<CLI::FormatterBase> HelpLayout();

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The paths of the temporary files; an empty one is a free place. A job has two at most, its own
-// and that of its settings record.
+// The paths of the temporary files; an empty one is free. A job has two at most, its own and that
+// of its settings record.
 volatile char g_paths[4][4096];
 
 void RemoveFiles(int signal) {

@@ -3,6 +3,6 @@
 
 #include "host/targets/file_target.h"
 
-// The program's only instance; it installs the signal handlers when the first file is made. Not
+// The program's only instance. It installs the signal handlers when the first file is made. Not
 // thread-safe.
 TemporaryFiles* InterruptedFiles();

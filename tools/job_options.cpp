@@ -43,7 +43,7 @@ std::unique_ptr<PageSource> OpenJobPages(const JobOptions& options, int dpi) {
   return std::make_unique<SelectedPages>(options.files, dpi, ParsePageRanges(options.pages));
 }
 
-// Whether something says on what paper the pages are, or are made to fit.
+// Whether the paper size is given, or pages are scaled to the default one.
 bool NamesPaper(const JobRequest& request) {
   return request.settings.NamesPaper() || request.record || request.fit != Fit::None;
 }
@@ -72,8 +72,8 @@ void AddBlockFiles(const JobRequest& request, std::vector<NamedFile>& inputs) {
   }
 }
 
-// How the options stand in --help: their group, and the name of their value where it says more than
-// the choices.
+// How the options appear in --help: their group, and a name for the value where its choices are not
+// listed.
 struct OptionLayout {
   const char* option;
   const char* group;
@@ -118,9 +118,10 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
   command.add_option("--devmode", options.devmodeFile, "Start from this raw settings record");
   command.add_option("--save-devmode", options.saveDevmodeFile, "Save the raw settings record");
   command.add_option("--printer", options.printer, "Printer named in system.toml [the first]");
-  command.add_option("--pages", options.pages,
-                     "Pages to print, as 3-7,1,12-, in this order; counted over all files [all]");
-  command.add_option("--paper", options.paper, "Paper size, as 4x6in [the first page's]");
+  command.add_option(
+      "--pages", options.pages,
+      "Pages to print, such as 3-7,1,12-, in this order; counted over all files [all]");
+  command.add_option("--paper", options.paper, "Paper size, such as 4x6in [the first page's]");
   command
       .add_option("--dpi", options.dpi,
                   "Resolution of the printer and of the pages in dots per inch [300]")
@@ -145,7 +146,7 @@ void AddJobOptions(CLI::App& command, JobOptions& options) {
       .add_option("--band-rows", options.bandRows, "Rows that the driver passes on at a time [256]")
       ->check(CLI::Range(1, 1000000));
   command.add_flag("--force", options.force, "Overwrite a file of another kind");
-  command.add_flag("--quiet", options.quiet, "Show nothing but warnings and errors");
+  command.add_flag("--quiet", options.quiet, "Show only warnings and errors");
   command.add_flag("--json", options.json, "Show the result as JSON");
   for (const OptionLayout& row : kLayout) {
     if (CLI::Option* option = command.get_option_no_throw(row.option)) {
@@ -184,7 +185,7 @@ Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile) 
   if (profile.dpi != 0) settings.Set("paper.dpi", std::to_string(profile.dpi));
   if (!options.settingsFile.empty()) settings.ReadFile(options.settingsFile);
   for (const std::string& set : options.sets) settings.Set(set);
-  // Options of their own override both.
+  // The options with a name of their own override both.
   const auto quoted = [](const std::string& text) { return "'" + text + "'"; };
   if (!options.paper.empty()) {
     settings.Set("paper.size", FormatPaperSize(ParsePaperSize(options.paper, "--paper")));

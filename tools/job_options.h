@@ -32,32 +32,32 @@ struct JobOptions {
   bool json = false;
 };
 
-// Adds the files and the options to a command.
+// Add the files and the options, or --set alone, to a command.
 void AddJobOptions(CLI::App& command, JobOptions& options);
 void AddSetOption(CLI::App& command, std::vector<std::string>& sets);
 
-// What the printer's profile says, the settings file, --set and the other options on top of each
-// other. Throws HostError.
+// Reads the printer's profile, the settings file, --set and the options with a name of their own;
+// the later ones override the earlier. Throws HostError.
 Settings ReadSettings(const JobOptions& options, const PrinterProfile& profile = {});
 
-// Guards what the job reads, and --save-devmode, which it has checked. Throws HostError (usage),
-// also if standard input is named twice.
+// Returns a guard over everything that the job reads, with --save-devmode already added. Throws
+// HostError (usage), also if standard input is named twice.
 OutputGuard GuardOutputs(const JobOptions& options, const PrinterProfile& profile,
                          const JobRequest& request);
 
-// A file with a raw settings record. Throws HostError (input).
+// Reads a raw settings record. Throws HostError (input).
 DevModeRecord ReadDevModeFile(const std::string& path);
 
-// A job as the options describe it. Throws HostError.
+// The job that the options describe. Throws HostError.
 JobRequest MakeRequest(const JobOptions& options, const Settings& settings);
 
 struct PrintedFiles {
   std::size_t pages;
-  OEMDEV devmode;  // that the plug-in worked with
+  OEMDEV devmode;  // the record that the plug-in used
 };
 
-// Prints the files' pages; the spool is not finished. On a terminal the progress is shown. Throws
-// HostError.
+// Prints the files' pages, with progress on a terminal. Finishing the spool is left to the caller.
+// Throws HostError.
 PrintedFiles PrintFiles(const JobOptions& options, JobRequest request, Spool& spool);
 
 // Prints a warning that system.toml is ignored, if it is.

@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -62,7 +62,7 @@ void OutputGuard::Add(const NamedFile& output, const OutputKind& kind) {
   const auto existing = RegularFile(output.path, STDOUT_FILENO);
   if (output.path != "-" && existing && existing->st_size > 0 && !m_force &&
       !IsOfKind(output.path, kind)) {
-    throw CommandError(kExitUsage, shown + " exists and is no " + kind.what,
+    throw CommandError(kExitUsage, shown + " exists and is not a " + kind.what,
                        "name another file, or replace it with --force");
   }
   m_taken.push_back(output);

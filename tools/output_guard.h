@@ -1,10 +1,10 @@
-// Keeps files from being lost to an output.
+// Keeps an output from overwriting a file by mistake.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// A file that the command line names, and by what: "-o", "--settings", "FILE".
+// A file of the command line, and what names it: "-o", "--settings", "FILE".
 struct NamedFile {
   std::string option;
   std::string path;  // "-" is standard input or output
@@ -28,7 +28,7 @@ class OutputGuard {
 
   // Call before anything is opened for writing. Throws CommandError (usage) if the output is one of
   // the inputs or an earlier output, under whatever path or link, or a regular file that is neither
-  // empty nor of this kind. Does nothing if the path is empty, as an option that was not given.
+  // empty nor of this kind. An empty path, of an option that was not given, is ignored.
   void Add(const NamedFile& output, const OutputKind& kind);
 
  private:

@@ -84,7 +84,7 @@ Rest RestAfter(std::size_t printed, const std::string& pagesOption) {
   return rest;
 }
 
-// What a network printer has received cannot be taken back: tells how much that is, and how to
+// What a network printer has received cannot be taken back. Reports how much that is and how to
 // print the rest. allPages: 0 if more may follow.
 [[noreturn]] void FailPartly(const std::string& pagesOption, const HostError& error,
                              const JobCost& cost, std::size_t allPages) {
@@ -102,7 +102,7 @@ Rest RestAfter(std::size_t printed, const std::string& pagesOption) {
     remedy += "if page " + last + " came out last, print the rest with --pages " + rest.pages;
   }
   throw HostError(kExitPartlySent,
-                  error.Fact() + "; it has got " + std::to_string(sent.labels) +
+                  error.Fact() + "; it has received " + std::to_string(sent.labels) +
                       (sent.labels == 1 ? " label, " : " labels, ") + std::to_string(bytes) +
                       " bytes of the job",
                   remedy);

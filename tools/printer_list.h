@@ -9,10 +9,10 @@
 
 struct ListedPrinter {
   PrinterProfile profile;
-  std::optional<std::string>
-      fault;  // why its target does not answer, empty: it does; nullopt: none
+  // Why the target does not answer; empty if it does, nullopt if the printer has no target.
+  std::optional<std::string> fault;
 };
 
 // Asks all printers at once; takes about two seconds if one does not answer. Without a system.toml
-// it is the one printer that there is. Throws HostError (settings) if a profile is malformed.
+// the list holds the default printer. Throws HostError (settings) if a profile is malformed.
 std::vector<ListedPrinter> ListPrinters();

@@ -16,8 +16,8 @@ constexpr const char* kPrintersExamples = R"(Examples:
   vlx printers --json
   vlx print --printer line3 labels.pdf
 
-A printer is a [[printer]] of system.toml. Each one that has a target is asked whether it answers;
-nothing is sent to it.)";
+A printer is a [[printer]] of system.toml. vlx connects to each one that has a target, and sends it
+nothing.)";
 
 void ShowPrinter(const ListedPrinter& printer, bool first) {
   const PrinterProfile& profile = printer.profile;

@@ -1,4 +1,4 @@
-// Tells people at a terminal how far a job is.
+// Shows a job's progress on a terminal.
 #pragma once
 
 #include <chrono>
@@ -6,8 +6,8 @@
 
 #include "host/job_observer.h"
 
-// Warnings on standard error; for a job that takes longer than a moment also labels, speed and time
-// left, if standard error is a terminal.
+// Prints warnings to standard error. If that is a terminal, a job that takes longer than a moment
+// also shows labels, speed and time left.
 class TerminalObserver final : public JobObserver {
  public:
   // quiet: warnings only.

@@ -38,7 +38,7 @@ void Print(const SettingsView& view, bool asJson) {
     std::printf("%s\n", json.str().c_str());
     return;
   }
-  std::fputs(text.empty() ? "# Everything is as it is by default.\n" : text.c_str(), stdout);
+  std::fputs(text.empty() ? "# Everything has its default value.\n" : text.c_str(), stdout);
 }
 
 int Show(const ShowOptions& options) {
@@ -103,12 +103,12 @@ Command SettingsCommand(CLI::App& program) {
   settings->footer(kSettingsExamples);
 
   CLI::App* show =
-      settings->add_subcommand("show", "Show a settings file, completed by the defaults");
-  show->add_option("FILE", options->file, "Settings file (TOML); by default only the defaults");
+      settings->add_subcommand("show", "Show a settings file, completed with the defaults");
+  show->add_option("FILE", options->file, "Settings file (TOML); without one, the defaults");
   AddSetOption(*show, options->sets);
   CLI::App* devmode =
       settings->add_subcommand("devmode", "Show a raw settings record of 2708 bytes");
-  devmode->add_option("FILE", options->file, "Record that --save-devmode has saved")->required();
+  devmode->add_option("FILE", options->file, "Record saved by --save-devmode")->required();
   for (CLI::App* command : {show, devmode}) {
     command->add_flag("--changed", options->changed, "Show only what differs from the defaults");
     command->add_flag("--json", options->json, "Print JSON");

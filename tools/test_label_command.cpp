@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* kTestLabelNotes =
     R"(The label shows offset and size in millimetres, heat, dot gain, bar codes of 1 to 4 dots a module
-and, in two colours, the register. What there is no room for is left out and named.
+and, in two colours, the register. Parts that do not fit are left out and named.
 
 Examples:
   vlx test-label -o seen.png --paper 100x150mm --dpi 300
@@ -37,7 +37,7 @@ struct TestLabelOptions {
   bool Draws() const { return output.ends_with(".png"); }
 };
 
-// What the label says of itself; every other setting can be seen with vlx settings show.
+// The settings that the label names; vlx settings show lists all of them.
 constexpr const char* kShownSettings[] = {
     "paper.size",   "paper.dpi",      "paper.offset_x",  "paper.offset_y",
     "paper.gap",    "paper.sensor",   "print.speed",     "print.darkness",
@@ -146,7 +146,7 @@ Command TestLabelCommand(CLI::App& program) {
   AddSetOption(*test, job.sets);
   test->add_option("--printer", job.printer, "Printer named in system.toml [the first]")
       ->option_text("NAME");
-  test->add_option("--paper", job.paper, "Paper size, as 4x6in [100x150mm]")
+  test->add_option("--paper", job.paper, "Paper size, such as 4x6in [100x150mm]")
       ->option_text("WIDTHxLENGTH");
   test->add_option("--dpi", job.dpi, "Resolution of the printer in dots per inch [300]")
       ->option_text("N")

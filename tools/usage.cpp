@@ -50,8 +50,8 @@ std::string Joined(const std::vector<std::string>& names) {
   return list;
 }
 
-// The pieces of the text around the separators, which stand in it one after the other; empty if
-// they do not.
+// The pieces of the text around the separators, which must occur in this order; empty if one is
+// missing.
 std::vector<std::string> Split(std::string_view text,
                                std::initializer_list<std::string_view> separators) {
   std::vector<std::string> pieces;

@@ -70,7 +70,7 @@ int Report(const CommandError& error) {
   return error.Code();
 }
 
-// Output that could not be written is never success, whatever the command thought of it.
+// If standard output could not be written the command has failed, whatever it returned.
 int WithOutput(int code) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
   const std::string why = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
@@ -81,7 +81,7 @@ int WithOutput(int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // If a reader hangs up, report an error instead of being ended by the signal.
+  // If the reader of a pipe hangs up, report an error instead of dying of the signal.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);  // the exit status of helper programs is needed
   try {

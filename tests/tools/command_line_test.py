@@ -1,4 +1,4 @@
-"""Checks the command line as people meet it: what --help shows stands in the man page and in the
+"""Checks the command line as people meet it: what --help shows is in the man page and in the
 documents and has examples, bash completes it, command lines end in the right code and words, and the
 installed tree works from where it lies.
 
@@ -102,11 +102,11 @@ def check_completion():
     }
     for line, offered in rows.items():
         found = set(completions(line))
-        expect(found == offered, f"behind '{line}' bash offers {sorted(found)}")
+        expect(found == offered, f"after '{line}' bash offers {sorted(found)}")
 
 
-# Run one after the other in a folder with two pages, page.pgm and page2.pgm, and text in notes.txt: the
-# command line, its exit code, and words of what it prints; a word behind "!" must not occur.
+# Run in this order in a folder with two pages, page.pgm and page2.pgm, and text in notes.txt: the
+# command line, its exit code, and words that it prints; a word after "!" must not occur.
 LINES = [
     # The page is the paper where none is named.
     ("vlx print page.pgm -o own.job --dpi 100", 0, " 4 mm of media"),
@@ -116,7 +116,7 @@ LINES = [
     ("vlx print page.pgm page2.pgm -o own.job --pages 3", 4, "no page 3"),
     ("vlx print page.pgm -o own.job --dpi 254 --paper 10x8mm --fit fit --place centre", 0, "scaled to 1250 %"),
     ("vlx print page.pgm -o own.job --paper 100,5x60mm", 4, "comma", "100.5x60mm"),
-    # No file is lost to an output.
+    # No output overwrites a file by mistake.
     ("vlx print page.pgm $P -o a.job", 0, "1 label"),
     ("vlx print page.pgm $P -o a.job", 0, "1 label"),
     ("vlx print page.pgm $P -o ./page.pgm", 2, "-o ./page.pgm", "same file"),
@@ -124,8 +124,8 @@ LINES = [
     ("vlx print - $P -o page.pgm <page.pgm", 2, "same file"),
     ("vlx print page.pgm $P -o new --save-devmode ./new", 2, "--save-devmode ./new"),
     ("vlx print page.pgm $P -o b.job --settings s.toml --save-devmode s.toml", 2, "s.toml"),
-    ("vlx print page.pgm $P -o notes.txt", 2, "notes.txt", "no job", "--force"),
-    ("vlx print page.pgm $P -o b.job --save-devmode notes.txt", 2, "no settings record"),
+    ("vlx print page.pgm $P -o notes.txt", 2, "notes.txt", "not a job", "--force"),
+    ("vlx print page.pgm $P -o b.job --save-devmode notes.txt", 2, "not a settings record"),
     ("vlx preview page.pgm $P -o seen.png", 0, "seen.png"),
     ("vlx preview seen.png --paper 100x150mm -o seen.png", 2, "same file"),
     ("cp page.pgm page2-0001.pgm; vlx preview page2.pgm $P -o .; ls page2*", 0, "page2-0001.png"),
@@ -156,12 +156,12 @@ LINES = [
     ("vlx print page.pgm --printer L3 -o - --set print.speed=90 --paper 9x7mm", 0, "H90,0", ",9.00"),
     ("vlx print page.pgm $P -o l1.job; vlx print page.pgm $P --set print.speed=80 -o l1.job; "
      "tail -n +6 l1.job >1; tail -n +6 l3.job >3; cmp 1 3", 1, "differ"),  # by the dot gain
-    # A printer that hangs up early: what it got, and how to go on.
+    # A printer that hangs up early: what it has received, and how to continue.
     ("python3 -c 'import socket; s = socket.create_server((\"127.0.0.1\", 0)); "
      "print(s.getsockname()[1], flush=True); s.accept()[0].recv(9)' >port & "
      "until [ -s port ]; do sleep 0.1; done; for i in $(seq 300); do cat page.pgm; done | "
      "vlx print - --paper 300x300mm --dpi 600 --to tcp://127.0.0.1:$(cat port)", 7,
-     "it has got", "bytes of the job; "),
+     "it has received", "bytes of the job; "),
     ("vlx print page.pgm --printer l3 -o s.toml --force", 2, "the printer's settings"),
     ("vlx doctor", 1, "BROKEN  printer l3", "does not answer", "1 broken", "pdftoppm"),
     ("sed -i s/203/20/ home/system.toml; vlx print page.pgm --printer l3", 4, "system.toml, line 5",
@@ -201,7 +201,7 @@ LINES = [
     ("vlx completion words help pri", 0, "print\nprinters"),
     ("cat notes.txt; test -e new -o -e b.job || vlx print page.pgm $P -o notes.txt --force", 0,
      "important", "1 label"),
-    # Pictures in other formats are no folders.
+    # A picture in another format is not taken for a folder.
     ("vlx preview page.pgm $P -o seen.jpg; code=$?; test ! -e seen.jpg && exit $code", 2, "seen.png"),
     ("vlx preview page.pgm $P -o job.pictures; ls job.pictures", 0, "page-0001.png"),
     ("vlx view a.job", 0, "a/a-0001.png", "in the folder a"),
@@ -213,7 +213,7 @@ LINES = [
     ("vlx diff a.job kept --sheet kept", 2, "same file"),
     ("vlx view a.job --sheet seen.png", 2, "seen.html"),
     ("vlx explain - </dev/null", 3, "Standard input is not a job: it is empty"),
-    # Jobs are no pages, and what a job sends from a file has to be there.
+    # A job is not a page, and a file that a job sends must exist.
     ("vlx print a.job -o b.job", 3, "a finished job", "nc -N HOST 9100 <a.job"),
     ("vlx print page.pgm $P -o b.job --set blocks.0.kind=file --set blocks.0.text=gone.txt; code=$?; "
      "test ! -e b.job && exit $code", 3, 'command block 0, "gone.txt"', "check its name"),
@@ -226,7 +226,7 @@ LINES = [
     ("vlx settings devmode /dev/zero", 3, "16 MiB"),
     # The test label.
     ("vlx test-label", 2, "--to tcp://HOST"),
-    ("vlx test-label -o page.pgm", 2, "page.pgm", "no job"),
+    ("vlx test-label -o page.pgm", 2, "page.pgm", "not a job"),
     ("vlx test-label -o test.job && vlx lint test.job", 1, "1 label", "single dot"),
     ("vlx test-label -o small.png --paper 30x20mm", 0, "no room for: bars 4", "small.png: 1 label"),
 ]

@@ -89,7 +89,7 @@ Block DotGain(const TestLabelJob& job) {
           }};
 }
 
-// Codes of bars say their module in dots and their angle: 3090.
+// A bar code's text is its module in dots and its angle: 3090.
 Block Bars(const TestLabelJob& job, int dots, bool lying) {
   const std::string digits = std::to_string(dots) + (lying ? "090" : "000");
   const std::string row = LinearSymbol(digits).front();

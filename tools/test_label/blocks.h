@@ -15,7 +15,7 @@ struct TestLabelJob {
   std::vector<std::string> settings;  // "speed 100"
 
   int Dots(double mm) const;
-  // The stroke of the text: readable at any resolution.
+  // The stroke of the text, which makes it readable at any resolution.
   int TextDots() const;
   int LineDots() const;
   int TextWidth(const std::string& text) const;
@@ -27,7 +27,7 @@ struct Block {
   std::function<void(Canvas&, Spot)> draw;
 };
 
-// All blocks, the most important first. widthDots: of the room for them.
+// All blocks, the most important first. widthDots: the width that they may take.
 std::vector<Block> TestBlocks(const TestLabelJob& job, int widthDots);
 
 // A symbol as rows of modules, for Canvas::Symbol. Throws CommandError (internal).

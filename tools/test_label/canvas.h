@@ -23,8 +23,8 @@ struct Extent {
 
 class Canvas {
  public:
-  // page: shaped already; it becomes white and must outlive the canvas. textDots: the stroke of the
-  // text in dots.
+  // page: has its size; it is cleared to white and must outlive the canvas. textDots: the stroke of
+  // the text.
   Canvas(PageImage& page, int textDots);
 
   // What lies beyond the page is cut off.

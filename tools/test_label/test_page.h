@@ -1,4 +1,4 @@
-// The test label as a page: a frame with rulers, and inside as many blocks as there is room for.
+// The test label as a page: a frame with rulers, and in it as many blocks as fit.
 #pragma once
 
 #include "host/pages/page_raster.h"
