@@ -258,7 +258,7 @@ bool Driver::CallHook(ULONG index, Arguments... arguments) {
     hookResult = reinterpret_cast<Function>(m_hooks.pdrvfn[i].pfn)(&m_surface, arguments...);
     return hookResult != FALSE;
   }
-  return false;  // it was never handed out
+  return false;  // the plug-in never handed it out
 }
 
 bool Driver::StartDocument() {

@@ -1,5 +1,5 @@
-// The printer driver's side of the plug-in, through its binary interface alone. A verb returns
-// whether the plug-in reported success; the driver carries on either way and judges nothing.
+// A printer driver that uses the plug-in through its binary interface alone. A verb returns whether
+// the plug-in reported success; the driver carries on either way and judges nothing.
 // Without an object a verb does nothing and succeeds.
 #pragma once
 
@@ -14,7 +14,7 @@
 #include "host/driver/driver_helper.h"
 #include "tests/driver/plugin.h"
 
-// What becomes of one spool write.
+// What happens to a spool write.
 enum class WriteFault { None, Nothing, Short, Raise };
 
 // One band of a page. Shape, size and place may contradict each other.
@@ -35,7 +35,7 @@ class Driver final : public DriverHelper {
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 
-  // Opens another printer than "Label Printer" for the devices that come.
+  // Opens another printer than "Label Printer" for the next devices.
   bool ChoosePrinter(std::basic_string<WCHAR> name);
 
   // The object. ReleaseObject also disables the device before the last reference goes.
@@ -45,14 +45,14 @@ class Driver final : public DriverHelper {
   bool LockServer();
   bool UnlockServer();
 
-  // The driver instance and its device context. EnableDevice disables the one before.
+  // The driver instance and its device context. EnableDevice first disables the previous context.
   bool EnableDriver();
   bool DisableDriver();
   bool EnableDevice();
   bool DisableDevice();
   bool PublishHelper();
   bool PassRaster();  // through FilterGraphics
-  // All of them: ready for a document.
+  // Ready for a document: object, driver and device.
   bool Open() { return CreateObject() && EnableDriver() && EnableDevice(); }
 
   // A document, page by page.
@@ -85,7 +85,7 @@ class Driver final : public DriverHelper {
   std::basic_string<WCHAR> documentName = WTEXT("job");
   DWORD jobId = 7;
   std::map<ULONG, BOOL> answers;  // of the driver's own functions, by index; TRUE if not set
-  bool notesCalls = false;        // calls of those for documents and pages stand among the writes
+  bool notesCalls = false;        // put the calls of those for documents and pages into writes
   std::function<void(std::string_view bytes)> spooler;  // takes the writes; or null
 
   // What the plug-in did.

@@ -1,5 +1,5 @@
-// Fixture for jobs through the loaded plug-in, in a state folder of their own: a driver on pages of
-// 60 x 40 pixels, and what it was given as a list of events.
+// Fixture for jobs through the loaded plug-in, in a state folder of their own: a driver with pages
+// of 60 x 40 pixels, and what it received as a list of events.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The system's loader of modules.
+// The system's module loader.
 #pragma once
 
 #include <string>

@@ -16,7 +16,7 @@ HPALETTE APIENTRY CreatePalette(ULONG, ULONG, ULONG*, ULONG, ULONG, ULONG) {
 
 BOOL APIENTRY DeletePalette(HPALETTE) { return TRUE; }
 
-// Puts the function where the loader found none of that name to import.
+// Supplies a function that the module imports if gdi32 lacks it.
 void Supply(HMODULE module, const char* missing, ULONG_PTR function) {
   if (GetProcAddress(GetModuleHandleW(L"gdi32"), missing) != nullptr) return;
   auto* const base = reinterpret_cast<BYTE*>(module);

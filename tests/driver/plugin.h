@@ -5,11 +5,11 @@
 
 #include "platform/com.h"
 
-// At most one at a time; every driver ends before it.
+// Only one may exist at a time, and it outlives every driver.
 class Plugin {
  public:
-  // Loads the plug-in of that path; of this build, or the one that the environment names in
-  // VLX_TEST_PLUGIN, if the path is empty. Throws std::runtime_error if there is none.
+  // Loads the plug-in at that path; if the path is empty, the one that VLX_TEST_PLUGIN names or
+  // that of this build. Throws std::runtime_error if it cannot be loaded.
   explicit Plugin(const std::string& path = {});
   ~Plugin();
   Plugin(const Plugin&) = delete;
@@ -17,7 +17,8 @@ class Plugin {
 
   static constexpr CLSID kClass = {
       0x6D6ABF26, 0x9F38, 0x11D1, {0x88, 0x2A, 0x00, 0xC0, 0x4F, 0xB9, 0x61, 0xEC}};
-  static inline HRESULT(STDAPICALLTYPE* GetClassObject)(REFCLSID rclsid, REFIID riid, void** ppv) = nullptr;
+  static inline HRESULT(STDAPICALLTYPE* GetClassObject)(REFCLSID rclsid, REFIID riid,
+                                                        void** ppv) = nullptr;
   static inline HRESULT(STDAPICALLTYPE* CanUnloadNow)() = nullptr;
 
   // Whether the plug-in of this build is in this process.

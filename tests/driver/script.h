@@ -13,7 +13,7 @@
 // P helper interface published, F raster data passed on,
 // S document, E its end, X its abort, p page started, i a band, s page sent,
 // a b c whole pages, r device context reset within the document.
-// False if the plug-in reported a failure. An unknown letter does nothing and is true.
+// Returns false if the plug-in reported a failure. An unknown letter does nothing and returns true.
 bool DoVerb(Driver& driver, char verb);
 
 // Runs the verbs as a driver does: a document in which something fails is aborted, and the verbs
