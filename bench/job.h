@@ -19,8 +19,8 @@ struct JobSettings {
   bool flagBlankBands = true;  // as a driver does that knows what it has drawn
 };
 
-// A state folder of its own for the platform, with the PNG setting that VLX_BENCH_PNG names. While
-// it stands VLX_HOME names it.
+// A state folder of its own for the platform, with the PNG setting that VLX_BENCH_PNG names.
+// VLX_HOME names the folder while it exists.
 class BenchHome {
  public:
   BenchHome();

@@ -130,7 +130,7 @@ void Stages(benchmark::State& state, Path path, Size size) {
     StageTimes times;
     StageClock clock;
   } split;
-  // Each call of the platform passes by here: encoding begins with its first.
+  // Every platform call runs this hook; encoding begins with the call named here.
   PlatformSetFaultHook(
       [](const char* call, void* context) {
         auto& [times, clock] = *static_cast<Split*>(context);
@@ -227,7 +227,7 @@ void RegisterAll() {
       add("stages/" + name, Stages, path, size);
       RegisterBenchmark(("size/" + name).c_str(), PngSize, path, size)->Iterations(1);
       RegisterBenchmark(("memory/" + name).c_str(), Memory, path, size)->Iterations(1);
-      if (path.twoColors || path.ditherer == eOrdered) continue;  // theirs differ
+      if (path.twoColors || path.ditherer == eOrdered) continue;  // the peers have no equivalent
       for (const PeerCall& peer : Peers()) add(peer.name + ("/" + name), Peer, &peer, path, size);
     }
   }

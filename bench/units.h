@@ -1,5 +1,4 @@
-// What the other figures are measured in: work that every program for labels has to do, in its
-// plainest form.
+// The units of the other figures: work that every label program has to do, in its plainest form.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +8,7 @@
 // textbooks print it: one pixel after the other, row by row, in place. levels: widthPx a row.
 void TextbookFloydSteinberg(std::span<std::uint8_t> levels, int widthPx);
 
-// The size in bytes of what libpng makes of a PNG file at its level 9, without row filters.
+// The size in bytes of the PNG file when libpng compresses it at level 9, without row filters.
 std::size_t LibpngLevel9Bytes(std::span<const char> png);
 
 // CPU time of pages by stage, in microseconds.

@@ -1,5 +1,5 @@
-// Pages as pictures of all formats that this process reads by itself. A page that is taken has the
-// pixels that it says.
+// Page files of every format that needs no helper program. A page that is accepted holds as many
+// pixels as it claims.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Registry exports: a malformed one is refused in words.
+// Registry exports: a malformed one is refused with a message.
 
 #include <cstdint>
 #include <stdexcept>

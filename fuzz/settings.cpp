@@ -1,4 +1,4 @@
-// Settings files: taken, or refused with an error that names the fault.
+// Settings files: accepted, or refused with an error that names the fault.
 
 #include "host/settings/settings.h"
 

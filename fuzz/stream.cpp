@@ -1,5 +1,5 @@
-// Job streams as a printer gets them. Every byte belongs to one piece, every label is drawn or says
-// why not, and what is said about a job is text.
+// Job streams as a printer receives them. Every byte belongs to one piece, every label is drawn or
+// has a reason why not, and reports on a job are valid text.
 
 #include <cstdlib>
 #include <new>
