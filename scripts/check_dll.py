@@ -52,7 +52,7 @@ class Module:
 
 def differences(what, found, expected):
     for name in sorted(found - expected):
-        yield f"{what}: {name} is too much"
+        yield f"{what}: {name} is unexpected"
     for name in sorted(expected - found):
         yield f"{what}: {name} is missing"
 

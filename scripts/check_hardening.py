@@ -1,5 +1,5 @@
 """Checks that a module or program was linked hardened: read-only relocations bound at the start, no
-executable stack, stack protector, checked string functions where any is used."""
+executable stack, stack protector, protected indirect jumps on x86-64."""
 
 import re
 import subprocess

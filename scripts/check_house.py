@@ -1,6 +1,6 @@
 """Checks a source tree against the house's rules: who may include whom, the plug-in without the
-operating system, no circles of files, files of a readable length. Prints what is wrong; exits 1 when
-something is."""
+operating system, no include cycles, files of a readable length. Prints what is wrong; exits 1 if
+anything is."""
 
 import os
 import re
@@ -43,7 +43,7 @@ def sources(root):
 
 
 def include_fault(folder, kind, target):
-    """What is wrong with one include of a file in the folder, None when nothing is."""
+    """What is wrong with one include of a file in the folder; None if nothing is."""
     if folder not in MAY_INCLUDE:
         return None
     if kind == "<":
@@ -65,8 +65,8 @@ def include_fault(folder, kind, target):
     return None
 
 
-def circles(includes):
-    """The circles of files, a header and its source counted as one, by Tarjan's algorithm."""
+def cycles(includes):
+    """The include cycles, with a header and its source as one file, by Tarjan's algorithm."""
     number, lowest, stack, found = {}, {}, [], []
 
     def visit(file):
@@ -78,10 +78,10 @@ def circles(includes):
             if other in stack:
                 lowest[file] = min(lowest[file], lowest[other])
         if lowest[file] == number[file]:
-            circle = stack[stack.index(file):]
-            del stack[-len(circle):]
-            if len(circle) > 1:
-                found.append(sorted(circle))
+            cycle = stack[stack.index(file):]
+            del stack[-len(cycle):]
+            if len(cycle) > 1:
+                found.append(sorted(cycle))
 
     for file in sorted(includes):
         if file not in number:
@@ -106,8 +106,8 @@ def faults(root):
             fault = match and include_fault(folder, match.group(1), match.group(2))
             if fault:
                 yield f"{path}:{number}: {fault}"
-    for circle in circles({file: others - {file} for file, others in includes.items()}):
-        yield f"{circle[0]}.h: is in a circle with {', '.join(circle[1:])}"
+    for cycle in cycles({file: others - {file} for file, others in includes.items()}):
+        yield f"{cycle[0]}.h: is in an include cycle with {', '.join(cycle[1:])}"
     if count == 0:
         yield f"{root} holds no sources"
 

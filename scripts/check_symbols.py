@@ -1,7 +1,7 @@
 """Prints bar codes beside a photo through the plug-in and reads them back from its 1-bit images.
 
-Usage: check_symbols.py VLX. Exits 1 when a symbol cannot be read or reads otherwise, 77 when a program that
-makes or reads symbols is missing."""
+Usage: check_symbols.py VLX. Exits 1 if a symbol cannot be read or reads wrong, 77 if a program that makes or
+reads symbols is missing."""
 
 import math
 import os

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that are missing; does nothing when none is. Without an argument those
-# that vlx is built with; tests, torture, windows or pictures: those that need more, too.
+# Installs the Debian packages that are missing. Without an argument those that vlx is built with; with
+# tests, torture, windows or pictures the packages of that group as well.
 set -euo pipefail
 
 packages=(
@@ -17,7 +17,7 @@ tests=(
 torture=(clang clang-tidy libclang-rt-14-dev locales)
 pictures=(chromium imagemagick fonts-dejavu-core)
 
-# An npm that is there already need not be the package's.
+# npm may be installed already without Debian's package.
 command -v npm >/dev/null || tests+=(npm)
 
 case "${1:-}" in

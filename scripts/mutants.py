@@ -74,7 +74,7 @@ def blank_texts(line):
 
 
 def condition_end(code, start):
-    """The index of the parenthesis that closes the one at start; -1 if it is on another line."""
+    """The index of the parenthesis that closes the one at start; -1 if that is on another line."""
     depth = 0
     for i in range(start, len(code)):
         depth += {"(": 1, ")": -1}.get(code[i], 0)
