@@ -75,7 +75,7 @@ bool IsText(std::string_view head) {
 }
 
 // The file's name quoted for a shell.
-std::string Quoted(const std::string& name) {
+std::string ShellWord(const std::string& name) {
   constexpr const char* kPlain =
       "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_./,+-:@%";
   if (name == "standard input") return "FILE";
@@ -87,7 +87,7 @@ std::string Quoted(const std::string& name) {
 
 HostError Refusal(const ForeignFormat& format, const std::string& name) {
   std::string command = format.command;
-  command.replace(command.find('$'), 1, Quoted(name));
+  command.replace(command.find('$'), 1, ShellWord(name));
   return HostError(kExitInput, name + ": seems to be " + format.name + ", which cannot be printed",
                    "convert it: " + command);
 }
@@ -99,7 +99,7 @@ HostError ForeignFormatError(std::string_view head, const std::string& name,
   const std::string lower = LowerCase(head);
   if (head.starts_with(";Created: ")) {
     return HostError(kExitInput, name + ": is a finished job, not a page",
-                     "send it as it is: nc -N HOST 9100 <" + Quoted(name));
+                     "send it as it is: nc -N HOST 9100 <" + ShellWord(name));
   }
   for (const ForeignFormat& format : kForeignFormats) {
     if (lower.compare(std::min(format.at, lower.size()), format.bytes.size(), format.bytes) == 0) {

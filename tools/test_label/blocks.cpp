@@ -12,7 +12,7 @@ constexpr int kQuietModules = 10;  // on either side of bars
 constexpr double kCodeHeightMm = 8;
 constexpr double kTextMm = 65;  // longer lines are broken
 
-Block Settings(const TestLabelJob& job, int widthDots) {
+Block SettingLines(const TestLabelJob& job, int widthDots) {
   std::vector<std::string> lines;
   for (const std::string& setting : job.settings) {
     if (!lines.empty() && job.TextWidth(lines.back() + ", " + setting) <= widthDots) {
@@ -157,7 +157,8 @@ int TestLabelJob::TextWidth(const std::string& text) const {
 }
 
 std::vector<Block> TestBlocks(const TestLabelJob& job, int widthDots) {
-  std::vector<Block> blocks = {Settings(job, std::min(widthDots, job.Dots(kTextMm))), Heat(job)};
+  std::vector<Block> blocks = {SettingLines(job, std::min(widthDots, job.Dots(kTextMm))),
+                               Heat(job)};
   for (int dots = 1; dots <= kMostModuleDots; ++dots) blocks.push_back(Bars(job, dots, false));
   for (int dots = kMostModuleDots; dots > 0; --dots) blocks.push_back(Bars(job, dots, true));
   if (job.highlight) blocks.push_back(Register(job));

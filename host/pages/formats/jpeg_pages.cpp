@@ -20,7 +20,7 @@ constexpr long kMostMemory = 1L << 30;  // of a progressive file's coefficients
 constexpr int kMostScans = 200;         // programs write about ten
 
 // What libjpeg's callbacks share with the reader. Exceptions must not pass through libjpeg.
-struct ReadState {
+struct JpegState {
   jpeg_error_mgr errors;  // must be first: StateOf casts its address
   jpeg_progress_mgr progress;
   jpeg_source_mgr source;
@@ -31,10 +31,10 @@ struct ReadState {
   JOCTET buffer[1 << 14];
 };
 
-ReadState& StateOf(j_common_ptr jpeg) { return *reinterpret_cast<ReadState*>(jpeg->err); }
+JpegState& StateOf(j_common_ptr jpeg) { return *reinterpret_cast<JpegState*>(jpeg->err); }
 
 void OnError(j_common_ptr jpeg) {
-  ReadState& state = StateOf(jpeg);
+  JpegState& state = StateOf(jpeg);
   state.errors.format_message(jpeg, state.reason);
   std::longjmp(state.jump, 1);
 }
@@ -49,12 +49,12 @@ void OnMessage(j_common_ptr jpeg, int level) {
 
 void OnProgress(j_common_ptr jpeg) {
   if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number <= kMostScans) return;
-  ReadState& state = StateOf(jpeg);
+  JpegState& state = StateOf(jpeg);
   std::snprintf(state.reason, sizeof state.reason, "it has more than %d scans", kMostScans);
   std::longjmp(state.jump, 1);
 }
 
-std::size_t ReadInput(ReadState& state) {
+std::size_t ReadInput(JpegState& state) {
   try {
     return state.input->Read(state.buffer, sizeof state.buffer);
   } catch (...) {
@@ -64,7 +64,7 @@ std::size_t ReadInput(ReadState& state) {
 }
 
 boolean FillBuffer(j_decompress_ptr jpeg) {
-  ReadState& state = StateOf(reinterpret_cast<j_common_ptr>(jpeg));
+  JpegState& state = StateOf(reinterpret_cast<j_common_ptr>(jpeg));
   state.source.bytes_in_buffer = ReadInput(state);
   state.source.next_input_byte = state.buffer;
   if (state.source.bytes_in_buffer > 0) return TRUE;
@@ -85,8 +85,8 @@ void SkipBytes(j_decompress_ptr jpeg, long count) {
 
 void DoNothing(j_decompress_ptr) {}
 
-struct Reader {
-  explicit Reader(PageInput& input) {
+struct JpegReader {
+  explicit JpegReader(PageInput& input) {
     jpeg.err = jpeg_std_error(&state.errors);
     state.errors.error_exit = OnError;
     state.errors.emit_message = OnMessage;
@@ -96,16 +96,16 @@ struct Reader {
     state.input = &input;
     state.reason[0] = '\0';
   }
-  ~Reader() { jpeg_destroy_decompress(&jpeg); }
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
+  ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
+  JpegReader(const JpegReader&) = delete;
+  JpegReader& operator=(const JpegReader&) = delete;
 
-  ReadState state = {};
+  JpegState state = {};
   jpeg_decompress_struct jpeg = {};
 };
 
 // On an error libjpeg jumps out of these two functions: no object in them has a destructor.
-bool ReadHeader(jpeg_decompress_struct* jpeg, ReadState* state) {
+bool ReadHeader(jpeg_decompress_struct* jpeg, JpegState* state) {
   if (setjmp(state->jump) != 0) return false;
   jpeg_create_decompress(jpeg);
   jpeg->mem->max_memory_to_use = kMostMemory;
@@ -139,7 +139,7 @@ void MixInks(const JSAMPLE* inks, std::uint32_t widthPx, bool paperIs255, std::u
   }
 }
 
-bool ReadRows(jpeg_decompress_struct* jpeg, ReadState* state, PageImage* page, JSAMPLE* line) {
+bool ReadRows(jpeg_decompress_struct* jpeg, JpegState* state, PageImage* page, JSAMPLE* line) {
   if (setjmp(state->jump) != 0) return false;
   jpeg_start_decompress(jpeg);
   while (jpeg->output_scanline < page->heightPx) {
@@ -170,7 +170,7 @@ class JpegPage final : public PageSource {
   bool Next(PageImage& page) override {
     if (m_done) return false;
     m_done = true;
-    const auto reader = std::make_unique<Reader>(m_input);
+    const auto reader = std::make_unique<JpegReader>(m_input);
     if (!ReadHeader(&reader->jpeg, &reader->state)) Fail(reader->state);
     const jpeg_decompress_struct& jpeg = reader->jpeg;
     ShapePage(page, jpeg.output_width, jpeg.output_height, m_input.Name());
@@ -190,7 +190,7 @@ class JpegPage final : public PageSource {
   std::optional<std::size_t> Count() const override { return 1; }
 
  private:
-  [[noreturn]] void Fail(const ReadState& state) const {
+  [[noreturn]] void Fail(const JpegState& state) const {
     if (state.inputError) std::rethrow_exception(state.inputError);
     throw HostError(kExitInput,
                     m_input.Name() + ": is not a whole JPEG file (" + state.reason + ")",

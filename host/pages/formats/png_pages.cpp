@@ -11,19 +11,19 @@
 namespace {
 
 // What libpng's callbacks share with the reader. Exceptions must not pass through libpng.
-struct ReadState {
+struct PngState {
   PageInput& input;
   std::string reason;
   std::exception_ptr inputError;
 };
 
 void OnError(png_structp png, png_const_charp message) {
-  static_cast<ReadState*>(png_get_error_ptr(png))->reason = message;
+  static_cast<PngState*>(png_get_error_ptr(png))->reason = message;
   png_longjmp(png, 1);
 }
 void OnWarning(png_structp, png_const_charp) {}
 
-bool ReadInput(ReadState& state, png_bytep bytes, std::size_t size) {
+bool ReadInput(PngState& state, png_bytep bytes, std::size_t size) {
   try {
     return state.input.Read(bytes, size) == size;
   } catch (...) {
@@ -32,7 +32,7 @@ bool ReadInput(ReadState& state, png_bytep bytes, std::size_t size) {
   }
 }
 void OnRead(png_structp png, png_bytep bytes, std::size_t size) {
-  if (!ReadInput(*static_cast<ReadState*>(png_get_io_ptr(png)), bytes, size)) {
+  if (!ReadInput(*static_cast<PngState*>(png_get_io_ptr(png)), bytes, size)) {
     png_error(png, "it ends early");
   }
 }
@@ -55,7 +55,7 @@ void SetTransforms(png_structp png, png_infop info) {
 }
 
 // On an error libpng jumps out of these two functions: no object in them has a destructor.
-bool ReadHeader(png_structp png, png_infop info, ReadState* state) {
+bool ReadHeader(png_structp png, png_infop info, PngState* state) {
   if (setjmp(png_jmpbuf(png)) != 0) return false;
   png_set_read_fn(png, state, OnRead);
   png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);  // ShapePage has its own limit
@@ -72,16 +72,16 @@ bool ReadRows(png_structp png, png_infop info, png_bytep* rows, std::size_t rowB
   return true;
 }
 
-struct Reader {
-  explicit Reader(PageInput& input) : state{input, {}, nullptr} {
+struct PngReader {
+  explicit PngReader(PageInput& input) : state{input, {}, nullptr} {
     png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state, OnError, OnWarning);
     info = png == nullptr ? nullptr : png_create_info_struct(png);
   }
-  ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
+  ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
+  PngReader(const PngReader&) = delete;
+  PngReader& operator=(const PngReader&) = delete;
 
-  ReadState state;
+  PngState state;
   png_structp png;
   png_infop info;
 };
@@ -93,7 +93,7 @@ class PngPage final : public PageSource {
   bool Next(PageImage& page) override {
     if (m_done) return false;
     m_done = true;
-    Reader reader(m_input);
+    PngReader reader(m_input);
     if (reader.info == nullptr) throw std::bad_alloc();
     if (!ReadHeader(reader.png, reader.info, &reader.state)) Fail(reader.state);
     ShapePage(page, png_get_image_width(reader.png, reader.info),
@@ -109,7 +109,7 @@ class PngPage final : public PageSource {
   std::optional<std::size_t> Count() const override { return 1; }
 
  private:
-  [[noreturn]] void Fail(const ReadState& state) const {
+  [[noreturn]] void Fail(const PngState& state) const {
     if (state.inputError) std::rethrow_exception(state.inputError);
     throw HostError(kExitInput, m_input.Name() + ": is not a whole PNG file (" + state.reason + ")",
                     "export it again");
