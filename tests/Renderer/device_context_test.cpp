@@ -124,6 +124,13 @@ TEST_F(DeviceContext, SelectedStockGivesTheMargins) {
   }
 }
 
+TEST_F(DeviceContext, WithoutARecordThereAreNoMargins) {
+  Set("dwUnprintableLeft=2000 dwUnprintableTop=1000");
+  const auto record = std::move(driver.devmode);
+  EXPECT_EQ(Geometry(), (std::array<LONG, 8>{-100000, -59900, 1181, 708, 1181, 708, 0, 0}));
+  EXPECT_EQ(PaperLines().size(), 3u);  // neither a stock nor the lack of one
+}
+
 TEST_F(DeviceContext, OlderRecordIsConvertedFirst) {
   driver.devmode->header.dwVersion = 0;
   driver.devmode->dwRotation = 4;

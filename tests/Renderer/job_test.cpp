@@ -57,8 +57,11 @@ TEST_F(Job, HooksWithoutADeviceFail) {
   EXPECT_EQ(NewLog(),
             Events{"error\tRendering\tA document hook was called without a device state"});
   EXPECT_FALSE(driver.StartPage());
+  EXPECT_FALSE(driver.StartBanding());
   EXPECT_FALSE(driver.SendPage());
+  SetLastError(0);
   EXPECT_FALSE(driver.EndDocument());
+  EXPECT_EQ(GetLastError(), 87u);
   EXPECT_EQ(Take(), Events{});
   driver.Surface().dhpdev = &driver.Device();
   DRVPROCS nothing = {};
@@ -235,13 +238,10 @@ TEST_F(Job, BoundsOfThePrinterClampTheLabel) {
     int bounds;
     SHORT width, length;
     std::string size;
-  } rows[] = {{0, 650, 150, "15.00,18.00,65.00"},
-              {0, 500, 50, "10.00,13.00,60.00"},
-              {0, 701, 201, "20.00,23.00,70.00"},
-              {0, -1, -1, "20.00,23.00,70.00"},
-              {0, 600, 100, "10.00,13.00,60.00"},
-              {0, 697, 198, "19.80,22.80,69.70"},
-              {0, -32768, 200, "20.00,23.00,70.00"},
+  } rows[] = {{0, 650, 150, "15.00,18.00,65.00"}, {0, 500, 50, "10.00,13.00,60.00"},
+              {0, 701, 201, "20.00,23.00,70.00"}, {0, -1, -1, "20.00,23.00,70.00"},
+              {0, 600, 100, "10.00,13.00,60.00"}, {0, 599, 99, "10.00,13.00,60.00"},
+              {0, 697, 198, "19.80,22.80,69.70"}, {0, -32768, 200, "20.00,23.00,70.00"},
               {1, 550, 150, "15.00,18.00,50.00"}};  // the upper bound comes first
   for (const auto& row : rows) {
     home.WriteFile("system.toml",

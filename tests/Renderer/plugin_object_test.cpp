@@ -3,6 +3,14 @@
 
 namespace {
 
+// A driver that has every interface, and none.
+class HollowDriver final : public IUnknown {
+ public:
+  HRESULT QueryInterface(REFIID, void**) override { return S_OK; }
+  ULONG AddRef() override { return 1; }
+  ULONG Release() override { return 1; }
+};
+
 class PluginObject : public JobTest {
  protected:
   void SetUp() override {
@@ -31,6 +39,9 @@ TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
       S_OK);
   EXPECT_EQ(factory->QueryInterface(IID_IClassFactory, &out), S_OK);
   EXPECT_EQ(factory->Release(), 1u);
+  EXPECT_EQ(factory->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(factory->QueryInterface(IID_IPrintOemUni2, &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
   out = &driver;
   EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
@@ -64,6 +75,7 @@ TEST_F(PluginObject, AnswersTwoInterfaces) {
     EXPECT_EQ(out, object);
     EXPECT_EQ(object->Release(), 1u);
   }
+  EXPECT_EQ(object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
   for (const IID& unknown : {kIPrintOemUni, kQuiet}) {
     out = &driver;
     EXPECT_EQ(object->QueryInterface(unknown, &out), E_NOINTERFACE);
@@ -136,6 +148,8 @@ TEST_F(PluginObject, KeepsTheFirstHelperAndWritesThroughIt) {
   Driver other;
   BYTE raster[] = {'a', 'b', 'c'};
   EXPECT_EQ(object->FilterGraphics(nullptr, raster, 3), S_FALSE);
+  HollowDriver hollow;
+  EXPECT_EQ(object->PublishDriverInterface(&hollow), E_FAIL);
   EXPECT_EQ(object->PublishDriverInterface(object), E_FAIL);
   EXPECT_EQ(LastLogLine(),
             "error\tRendering\tRenderer.COemUni2.PublishDriverInterface END (E_FAIL, "
@@ -235,6 +249,7 @@ TEST_F(PluginObject, DeclinesWithTwoLines) {
   INT result = 5;
   EXPECT_EQ(object->CommandCallback(nullptr, 1, 0, nullptr, &result), S_OK);
   EXPECT_EQ(result, 0);
+  EXPECT_EQ(object->CommandCallback(nullptr, 1, 0, nullptr, nullptr), S_OK);
   EXPECT_EQ(object->Compression(nullptr, nullptr, nullptr, 0, 0, nullptr), E_NOTIMPL);
   EXPECT_EQ(NewLog(), Events{});
 }
@@ -257,21 +272,26 @@ TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
                                                           &bitmap) == Gdiplus::Ok &&
            Gdiplus::DllExports::GdipDisposeImage(bitmap) == Gdiplus::Ok;
   };
+  const Gdiplus::GdiplusStartupInput input;
   for (const bool disables : {true, false}) {
+    ULONG_PTR hostToken = 0;
     {
       const Plugin plugin;
       Driver driver;
       EXPECT_TRUE(driver.CreateObject());
+      EXPECT_EQ(driver.Object()->DisableDriver(), S_OK);  // nothing to stop yet
       EXPECT_TRUE(driver.EnableDriver());
       EXPECT_TRUE(driver.EnableDriver());
       driver.DisableDriver();
       EXPECT_TRUE(runsGdiPlus());
       if (disables) driver.DisableDriver();
       EXPECT_EQ(runsGdiPlus(), !disables);
-      driver.driverStarts = 0;  // the module's end stops what still runs
+      if (disables) Gdiplus::GdiplusStartup(&hostToken, &input, nullptr);
+      driver.driverStarts = 0;  // the module's end stops what still runs, but not the host's GDI+
     }
     EXPECT_FALSE(Plugin::IsLoaded());
-    EXPECT_FALSE(runsGdiPlus());
+    EXPECT_EQ(runsGdiPlus(), disables);
+    Gdiplus::GdiplusShutdown(hostToken);
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include "commands/custom_blocks.h"
 #include "commands/job_stream.h"
-#include "tests/support/temp_home.h"
+#include "tests/support/logged_home.h"
 
 namespace {
 
@@ -59,17 +59,21 @@ TEST(CustomBlocks, KindDecidesHowTheTextBecomesBytes) {
 }
 
 TEST(CustomBlocks, FileIsSentWholeInTextMode) {
-  const TempHome home;
+  const LoggedHome home;
   home.WriteFile("block", std::string(10000, 'q') + "\r\n\\n");
   EXPECT_EQ(ExpandCustomBlock(1, home.Path("block")), std::string(10000, 'q') + "\n\\n");
   home.WriteFile("long", "");
   std::filesystem::resize_file(home.Path("long"), 70'000'000);
   EXPECT_EQ(ExpandCustomBlock(1, home.Path("long")).size(), 70'000'000u);
+  EXPECT_EQ(home.LogLines(), std::vector<std::string>{});
   // The last one opens and cannot be read.
   for (const std::string& path :
        {home.Path("missing"), home.Path(""), std::string(), std::string("/proc/self/mem")}) {
     EXPECT_EQ(ExpandCustomBlock(1, path), "") << path;
   }
+  EXPECT_EQ(home.LogLines(),
+            std::vector<std::string>{
+                "error\t\tThe file of a custom command block was read only in part"});
 }
 
 TEST(FormatFixed, RoundsTheFloatQuotientHalfAwayFromZero) {

@@ -34,6 +34,8 @@ TEST_F(StockCatalogue, ReadsValuesOverDefaults) {
       "\"PaperWidth\"=hex:01,02,03\n\"DisplayName\"=hex(1):41,00,42\n\"Id\"=\"{0000000A-000b-000C-"
       "0D0E-0f1011121314}\"\n");
   ASSERT_EQ(list.size(), 2u);
+  // One whose name has no room does not hide those after it.
+  EXPECT_EQ(Load("[S1" + std::string(300, 'x') + "]\n[S2]\n").size(), 1u);
   const StockItem& empty = list.front();
   EXPECT_EQ(std::tuple(empty.dwPaperWidth, empty.dwPaperLength, empty.dwSensorType,
                        empty.dwNumberCopies, empty.displayName),
@@ -92,6 +94,9 @@ TEST_F(StockCatalogue, NameHasRoomFor129Characters) {
     const StockList list = Load("[S1]\n\"DisplayName\"=\"" + name + "\"\n");
     EXPECT_EQ(list.front().displayName.size(), length == 129 ? 129u : 0u);
   }
+  std::string unterminated = "[S1]\n\"DisplayName\"=hex(1):6e,00";
+  for (int i = 1; i < 130; ++i) unterminated += ",6e,00";
+  EXPECT_EQ(Load(unterminated + "\n").front().displayName, u"");
 }
 
 TEST_F(StockCatalogue, StockWithoutIdentityComesFirst) {

@@ -1,71 +1,12 @@
-// What the images of a page are, and where they are placed.
+// What the images of a page are.
+
+#include "tests/imaging/pages.h"
 
 #include <set>
 
-#include "platform/extensions.h"
-#include "tests/driver/job_test.h"
+#include "config/vlx_shared.h"
 
 namespace {
-
-class Pages : public JobTest {
- protected:
-  ~Pages() override {
-    PlatformSetFaultHook(nullptr, nullptr);
-    unsetenv("VLX_SAVE_BITMAPS");
-  }
-
-  using Picture = DWORD (*)(LONG x, LONG y);
-  // A document of one page, of that size and those colours.
-  void Print(LONG width, LONG height, Picture picture) {
-    driver.widthPx = width;
-    driver.heightPx = height;
-    driver.paint = picture;
-    driver.writes.clear();
-    EXPECT_TRUE(driver.PrintDocument("a"));
-  }
-  // Lets one platform call fail, the n-th of that name.
-  void FailCall(const char* name, int n) {
-    m_failing = {name, n};
-    PlatformSetFaultHook(
-        [](const char* call, void* context) {
-          auto& failing = *static_cast<std::pair<std::string, int>*>(context);
-          return failing.first == call && --failing.second == 0;
-        },
-        &m_failing);
-  }
-  // The names of the stages saved since SaveStages, sorted.
-  Events Stages() const {
-    Events names;
-    for (const auto& entry : std::filesystem::directory_iterator(home.Path("stages"))) {
-      names.push_back(entry.path().stem());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-  PngImage Stage(const std::string& name) const {
-    std::ifstream file(home.Path("stages/" + name + ".png"), std::ios::binary);
-    return DecodePng({std::istreambuf_iterator<char>(file), {}});
-  }
-  void SaveStages() {
-    std::filesystem::remove_all(home.Path("stages"));
-    std::filesystem::create_directory(home.Path("stages"));
-    setenv("VLX_SAVE_BITMAPS", home.Path("stages").c_str(), 1);
-  }
-
- private:
-  std::pair<std::string, int> m_failing;
-};
-
-DWORD Grey(LONG, LONG) { return 0x606060; }
-DWORD Paper(LONG, LONG) { return 0xFFFFFF; }
-DWORD DotAt30And40(LONG x, LONG y) { return x == 30 && y == 40 ? 0 : 0xFFFFFF; }
-DWORD Speckles(LONG x, LONG y) { return x * x % 3 == 0 || (x + 3 * y) % 5 == 0 ? 0 : 0xFFFFFF; }
-DWORD Orange(LONG, LONG) { return 0xFF6030; }
-// Black, and to the right of it red, away from the edges.
-DWORD TwoBlocks(LONG x, LONG y) {
-  if (y < 8 || y >= 24) return 0xFFFFFF;
-  return x >= 12 && x < 20 ? 0x000000 : x >= 30 && x < 44 ? 0xFF0000 : 0xFFFFFF;
-}
 
 TEST_F(Pages, DithererAndItsParameterReachTheDots) {
   for (const std::string mode : {"1", "2"}) {
@@ -81,17 +22,41 @@ TEST_F(Pages, DithererAndItsParameterReachTheDots) {
   }
 }
 
-TEST_F(Pages, ToleranceCountsInHundredths) {
-  std::set<std::vector<unsigned char>> pictures;
-  for (const char* tolerance : {"0", "60"}) {
-    Set("dwColorMode=2 nColorTolerance=" + std::string(tolerance));
-    Print(64, 64, Orange);
-    PngImage both = Image("0");
-    const PngImage background = Image("1");
-    both.grey.insert(both.grey.end(), background.grey.begin(), background.grey.end());
-    pictures.insert(both.grey);
+// The record has the colour as 0xBBGGRR and the tolerance in hundredths.
+TEST_F(Pages, ColourAndToleranceReachTheSplit) {
+  constexpr INT kSize = 64;
+  Gdiplus::Bitmap page(kSize, kSize, PixelFormat24bppRGB);
+  Gdiplus::BitmapData data = {};
+  const Gdiplus::Rect whole(0, 0, kSize, kSize);
+  page.LockBits(&whole, Gdiplus::ImageLockModeWrite, PixelFormat24bppRGB, &data);
+  for (INT i = 0; i < kSize * kSize; ++i) {
+    const DWORD color = Mixtures(i % kSize, i / kSize);
+    BYTE* pixel = static_cast<BYTE*>(data.Scan0) + i / kSize * data.Stride + 3 * (i % kSize);
+    for (int shift : {0, 8, 16}) *pixel++ = static_cast<BYTE>(color >> shift);
   }
-  EXPECT_EQ(pictures.size(), 2u);
+  page.UnlockBits(&data);
+  for (const auto& [record, argb] :
+       {std::pair(0x4A2C86, 0xFF862C4Au), {0x4B2D87, 0xFF872D4Bu}, {0x0000FF, 0xFFFF0000u}}) {
+    for (const int hundredths : {0, 37, 60}) {
+      Set("dwColorMode=2 nColorTolerance=" + std::to_string(hundredths) +
+          " crHighlightColor=" + std::to_string(record));
+      Print(kSize, kSize, Mixtures);
+      Gdiplus::Bitmap *background = nullptr, *highlight = nullptr;
+      ASSERT_EQ(BitmapHelper::SplitImage(&page, argb, hundredths / 100.0, eFloydSteinberg, 0,
+                                         &background, &highlight),
+                1);
+      for (const auto& [name, expected] : {std::pair("0", highlight), {"1", background}}) {
+        const PngImage image = Image(name);
+        expected->LockBits(&whole, Gdiplus::ImageLockModeRead, PixelFormat24bppRGB, &data);
+        for (INT i = 0; i < kSize * kSize; ++i) {
+          const auto* row = static_cast<const BYTE*>(data.Scan0) + i / kSize * data.Stride;
+          ASSERT_EQ(image.At(i % kSize, i / kSize), row[3 * (i % kSize)]) << record << ": " << i;
+        }
+        expected->UnlockBits(&data);
+        BitmapHelper::DeleteBitmap(expected);
+      }
+    }
+  }
 }
 
 TEST_F(Pages, PageWithoutColourModeIsNotSent) {
@@ -109,7 +74,8 @@ TEST_F(Pages, PageWithoutColourModeIsNotSent) {
 TEST_F(Pages, ShortBufferIsCompletedWithWhite) {
   SaveStages();
   for (const bool withMemory : {true, false}) {
-    EXPECT_TRUE(driver.StartDocument());
+    if (!withMemory) Set("dwUnprintableTop=1000");
+    EXPECT_TRUE(driver.EnableDevice() && driver.StartDocument());
     EXPECT_TRUE(driver.StartPage());
     SendOddBand(driver, 12, 9, 36 * 4, {0, 0}, false);  // four rows of nine
     EXPECT_TRUE(driver.SendPage());
@@ -149,10 +115,12 @@ TEST_F(Pages, FailedStageEndsThePage) {
     EXPECT_TRUE(driver.PrintPage('a'));
     Set("dwSpeed=55");
     Take();
+    NewLog();
     FailCall("GdipCreateBitmapFromScan0", n);
     EXPECT_FALSE(driver.StartPage());
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_EQ(Take(), Events{"DrvStartPage"}) << n;
+    for (const std::string& line : NewLog()) EXPECT_EQ(line.find("SendImage"), line.npos) << line;
     // The page that comes has been prepared all the same.
     EXPECT_TRUE(driver.SendBand());
     EXPECT_TRUE(driver.SendPage());
@@ -160,10 +128,12 @@ TEST_F(Pages, FailedStageEndsThePage) {
     const Events last = Take();
     EXPECT_EQ(last[last.size() - 3].find("H55,") != std::string::npos, n > 3) << n;
   }
-  for (const int n : {1, 2}) {  // the quarter turn
+  for (const auto& [call, n] : {std::pair("GdipImageRotateFlip", 1),  // the quarter turn
+                                {"GdipImageRotateFlip", 2},
+                                {"GdipAlloc", 5}}) {
     EXPECT_TRUE(driver.StartDocument());
     EXPECT_TRUE(driver.PrintPage('a'));
-    FailCall("GdipImageRotateFlip", n);
+    FailCall(call, n);
     EXPECT_FALSE(driver.StartPage());
     PlatformSetFaultHook(nullptr, nullptr);
     EXPECT_TRUE(driver.AbortDocument());
@@ -188,6 +158,7 @@ TEST_F(Pages, ImageThatCannotBeEncodedIsNotSent) {
       {"IStream::Seek", 1, "", ""},
       {"IStream::Read", 1, "", ""},
       {"LocalAlloc", 2, "", ""},
+      {"IStream::Read", 1, "dwColorMode=2 dwSpeed=100", ""},
       {"IStream::Read", 2, "dwColorMode=2", ""}};
   for (const auto& [call, n, fields, line] : rows) {
     Set(fields);
@@ -227,88 +198,23 @@ TEST_F(Pages, FirstPageOpensWithBlocksAndErase) {
   EXPECT_EQ(Take()[4], "two\r\n");
 }
 
-TEST_F(Pages, CropKeepsContentAndMovesTheImage) {
-  const struct {
-    std::string fields;
-    Picture picture;
-    unsigned width, height;
-    int dot;  // the only black one, counted row by row
-    std::string place;
-  } rows[] = {{"dwRotation=0", DotAt30And40, 90, 1, 30, "100.00,45.00,180"},  // 40 rows: 5.00 mm
-              {"dwRotation=1", DotAt30And40, 1, 200, 40, "0.00,96.25,90"},    // 30 columns: 3.75 mm
-              {"dwRotation=3", DotAt30And40, 1, 200, 40, "50.00,3.75,270"},
-              {"dwRotation=5", DotAt30And40, 90, 1, 30, "50.00,95.00,270"},
-              {"dwRotation=0", Paper, 90, 1, -1, "100.00,50.00,180"},
-              {"dwRotation=1", Paper, 1, 200, -1, "0.00,100.00,90"}};
-  driver.publicDevmode.dmPaperWidth = 1000;
-  driver.publicDevmode.dmPaperLength = 500;
-  const auto placed = [this] { return driver.writes[driver.writes.size() - 3]; };
-  for (const auto& row : rows) {
-    Set("bCropToContent=1 " + row.fields);
-    Print(90, 200, row.picture);
-    std::vector<unsigned char> dots(row.width * row.height, 255);
-    if (row.dot >= 0) dots[row.dot] = 0;
-    EXPECT_EQ(Image().width, row.width);
-    EXPECT_EQ(Image().grey, dots) << row.fields;
-    EXPECT_TRUE(placed().ends_with("\r\nI:Image0;" + row.place + ";0")) << placed();
+TEST_F(Pages, ImageWithoutDotsLeavesTheHeldOne) {
+  Set("dwColorMode=2");
+  static DWORD missing;
+  driver.paint = [](LONG x, LONG y) {
+    return TwoBlocks(x, y) == missing ? 0xFFFFFF : TwoBlocks(x, y);
+  };
+  EXPECT_TRUE(driver.StartDocument());
+  for (const DWORD color : {0xFFFFFF, 0x000000, 0xFFFFFF, 0xFF0000, 0xFFFFFF}) {
+    missing = color;
+    EXPECT_TRUE(driver.PrintPage('a'));
   }
-  driver.publicDevmode.dmYResolution = 1;
-  Set("dwRotation=2");
-  Print(90, 200, DotAt30And40);
-  EXPECT_TRUE(placed().ends_with("\r\nI:Image0;0.00,1016.00,0;0")) << placed();
-}
-
-TEST_F(Pages, CropByColumnsKeepsEveryBit) {
-  for (const auto& [first, last] : {std::pair(3, 60), {5, 13}, {8, 23}, {9, 61}, {1, 8}}) {
-    static LONG from, to;
-    from = first;
-    to = last;
-    Set("bCropToContent=1 dwRotation=1");
-    Print(62, 7, [](LONG x, LONG y) {
-      return x >= from && x <= to ? Speckles(x - from, y) & Speckles(to - x, y) : 0xFFFFFF;
-    });
-    const PngImage cropped = Image();
-    ASSERT_EQ(cropped.width, static_cast<unsigned>(last - first + 1)) << first;
-    for (LONG y = 0; y < 7; ++y) {
-      for (LONG x = 0; x <= last - first; ++x) {
-        EXPECT_EQ(cropped.At(x, y), driver.paint(first + x, y) & 0xFF) << first << ": " << x;
-      }
-    }
-  }
-}
-
-TEST_F(Pages, HighlightIsTheColourOfTheRecord) {
-  for (const auto& [color, ink] :
-       {std::pair("255", 0xFF0000u), {"65280", 0x00FF00u}, {"16711680", 0x0000FFu}}) {
-    static DWORD painted;
-    painted = ink;
-    Set("dwColorMode=2 crHighlightColor=" + std::string(color));
-    Print(16, 8, [](LONG x, LONG) { return x < 8 ? painted : 0xFFFFFF; });
-    EXPECT_EQ(Image("0").At(3, 3), 0) << color;
-    EXPECT_EQ(Image("1").width, 0u) << color;  // nothing is left for black
-  }
+  EXPECT_TRUE(driver.EndDocument());
+  const Events events = Take();
+  EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x40 1-bit>"), 2);
 }
 
 // Two images can differ and yet be alike where they have content.
-TEST_F(Pages, CroppedImagesAreComparedUncropped) {
-  Set("dwColorMode=2 bCropToContent=1");
-  static LONG down;
-  down = 0;
-  driver.paint = [](LONG x, LONG y) { return TwoBlocks(x, y - down); };
-  EXPECT_TRUE(driver.StartDocument());
-  EXPECT_TRUE(driver.PrintPage('a'));
-  down = 8;
-  Take();
-  for (const int downloads : {2, 2, 0}) {
-    EXPECT_TRUE(downloads != 0 ? driver.PrintPage('a') : driver.EndDocument());
-    const Events events = Take();
-    EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x16 1-bit>"), downloads);
-  }
-  // Content in the first row is content.
-  Print(60, 40, [](LONG x, LONG y) { return TwoBlocks(x, y + 8); });
-  EXPECT_EQ(std::pair(Image("0").height, Image("1").height), std::pair(16u, 16u));
-}
-
 TEST_F(Pages, StagesAreSavedByJobPageAndName) {
   driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   Set("dwColorMode=2 bCropToContent=1 dwUnprintableTop=1000 dwUnprintableRight=500");
@@ -355,6 +261,10 @@ TEST_F(Pages, StagesAreSavedByJobPageAndName) {
               "job00003_page0001_e_1C_Background1BPP", "job00003_page0001_f_1C_Background1BPP_Opt",
               "job00003_page0001_g_1C_Background_TopSideSameAsBottom"}));
   EXPECT_EQ(Stage("job00003_page0001_g_1C_Background_TopSideSameAsBottom").width, 120u);
+  SaveStages();
+  driver.paint = [](LONG, LONG) { return DWORD{0}; };  // nothing to crop
+  EXPECT_TRUE(driver.PrintDocument("a"));
+  EXPECT_EQ(Stages().size(), 4u);
 }
 
 TEST_F(Pages, BothSidesShowTheOneColourImageTwice) {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <random>
+#include <vector>
 
 #include "config/vlx_shared.h"
 #include "tests/support/record.h"
@@ -29,8 +30,10 @@ class DevMode : public ::testing::Test {
 };
 
 TEST_F(DevMode, DefaultIsACurrentOneColourRecord) {
+  room = 0;
   EXPECT_EQ(Call(OEMDM_SIZE), S_OK);
   EXPECT_EQ(needed, 2708u);
+  room = sizeof(OEMDEV);
   const OEMDEV record = Default();
   const OEM_DMEXTRAHEADER current = {2708, 0x564C5831, 1};
   EXPECT_EQ(std::memcmp(&record.header, &current, sizeof current), 0);
@@ -49,13 +52,34 @@ TEST_F(DevMode, RefusesWithoutTouchingTheOutput) {
   refused(0, &record, 87);
   refused(5, &record, 87);
   refused(OEMDM_MERGE, nullptr, 87);
-  refused(OEMDM_CONVERT, &record, 87, 11);
+  refused(OEMDM_CONVERT, std::vector<BYTE>(11).data(), 87, 11);
   record.header.dwSize = 11;
   refused(OEMDM_MERGE, &record, 87);
   record.header = {2708, 0x564C5832, 1};
   refused(OEMDM_CONVERT, &record, 87);
   room = 2707;
   refused(OEMDM_DEFAULT, nullptr, 122);
+  DevModeCall nowhere(nullptr, out);
+  nowhere.block.pOEMDMOut = nullptr;
+  EXPECT_EQ(hrOEMDevMode(client, nullptr, WTEXT(""), OEMDM_DEFAULT, &nowhere.block), E_FAIL);
+}
+
+TEST_F(DevMode, WhatIsInRangeIsKept) {
+  const OEMDEV defaults = Default();
+  for (const char* fields : {"dwSensorType=0 dwRotation=3 dwColorMode=2 wDitherer=5",
+                             "dwSensorType=5 dwRotation=1 dwInitialCutSent=1 szModelCode=K7"}) {
+    OEMDEV record = defaults;
+    SetFields(record, fields);
+    EXPECT_EQ(Call(OEMDM_CONVERT, &record), S_OK);
+    EXPECT_EQ(std::memcmp(&out, &record, sizeof out), 0) << fields;
+  }
+  OEMDEV header = {};  // what a header does not cover has the defaults
+  header.header = {12, 0x564C5831, 1};
+  DevModeCall sizeless(&header, out);  // the public devmode does not tell
+  sizeless.block.pPublicDMIn = &sizeless.publicDevmode;
+  EXPECT_EQ(hrOEMDevMode(client, nullptr, WTEXT(""), OEMDM_CONVERT, &sizeless.block), S_OK);
+  EXPECT_EQ(Call(OEMDM_CONVERT, &header, 12), S_OK);
+  EXPECT_EQ(std::memcmp(&out, &defaults, sizeof out), 0);
 }
 
 TEST_F(DevMode, RecordFromOutsideIsRepaired) {
@@ -73,6 +97,9 @@ TEST_F(DevMode, RecordFromOutsideIsRepaired) {
   expected.reserved00C[5] = 0x5A;
   EXPECT_EQ(std::memcmp(&repaired, &expected, sizeof repaired), 0);
   EXPECT_EQ(repaired.dwColorMode, 1u);
+  record.dwColorMode = 3;
+  EXPECT_EQ(Call(OEMDM_MERGE, &record), S_OK);
+  EXPECT_EQ(out.dwColorMode, 1u);
 }
 
 TEST_F(DevMode, ConversionLeavesACurrentRecordAlone) {
