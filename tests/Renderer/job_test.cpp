@@ -72,6 +72,20 @@ TEST_F(Job, HooksWithoutADeviceFail) {
   driver.Device().pDrvProcs = procedures;
 }
 
+TEST_F(Job, DocumentWithoutANameLeavesTheLastErrorAlone) {
+  for (ULONG i = 0; i < driver.Hooks().c; ++i) {
+    const DRVFN& hook = driver.Hooks().pdrvfn[i];
+    if (hook.iFunc != INDEX_DrvStartDoc) continue;
+    SetLastError(5);
+    EXPECT_TRUE(reinterpret_cast<PFN_DrvStartDoc>(hook.pfn)(&driver.Surface(), nullptr, 9));
+    EXPECT_EQ(GetLastError(), 5u);
+  }
+  const Events events = Take();
+  ASSERT_FALSE(events.empty());
+  EXPECT_TRUE(events[0].ends_with(";Print job name: \r\n")) << events[0];
+  EXPECT_TRUE(driver.AbortDocument());
+}
+
 TEST_F(Job, AbortWritesNothingMore) {
   EXPECT_TRUE(driver.StartDocument());
   EXPECT_TRUE(driver.PrintPage('a'));

@@ -1,5 +1,7 @@
+#include "config/vlx_shared.h"
 #include "platform/gdiplus.h"
 #include "tests/driver/job_test.h"
+#include "tests/torture/faults.h"
 
 namespace {
 
@@ -50,6 +52,31 @@ TEST_F(PluginObject, FactoryHandsOutWhatItHasAndNothingElse) {
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IClassFactory, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(Plugin::CanUnloadNow(), S_OK);
+  EXPECT_EQ(factory->Release(), 0u);
+}
+
+TEST_F(PluginObject, NeedsMemoryForFactoryAndObject) {
+  driver.ReleaseObject();
+  IClassFactory* factory = nullptr;
+  const auto get = [&factory] {
+    const InPlugin inside(true);
+    return Plugin::GetClassObject(Plugin::kClass, IID_IClassFactory,
+                                  reinterpret_cast<void**>(&factory));
+  };
+  Arm(Domain::Memory, 1, false);
+  EXPECT_EQ(get(), E_OUTOFMEMORY);
+  Disarm();
+  EXPECT_EQ(factory, nullptr);
+  EXPECT_EQ(LastLogLine(), "error\t\tDllGetClassObject: Out of Memory!");
+  ASSERT_EQ(get(), S_OK);
+  void* out = &driver;
+  Arm(Domain::Memory, 1, false);
+  {
+    const InPlugin inside(true);
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, &out), E_OUTOFMEMORY);
+  }
+  Disarm();
+  EXPECT_EQ(out, nullptr);
   EXPECT_EQ(factory->Release(), 0u);
 }
 
@@ -290,6 +317,7 @@ TEST(PluginModule, LeavesTheProcessWhenItIsUnloaded) {
       driver.driverStarts = 0;  // the module's end stops what still runs, but not the host's GDI+
     }
     EXPECT_FALSE(Plugin::IsLoaded());
+    EXPECT_FALSE(ConfigsCache::ReleaseInstance());  // the module has let go of it
     EXPECT_EQ(runsGdiPlus(), disables);
     Gdiplus::GdiplusShutdown(hostToken);
   }

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "config/vlx_shared.h"
+#include "tests/torture/faults.h"
 
 namespace {
 
@@ -181,6 +182,29 @@ TEST_F(Pages, ImageThatCannotBeEncodedIsNotSent) {
     expected.push_back("trace\tRendering\tSendImageToPrinter END (0)");
     ASSERT_GE(log.size(), 2 + expected.size());
     EXPECT_EQ((Events{log.begin() + 2, log.begin() + 2 + expected.size()}), expected);
+    EXPECT_TRUE(driver.AbortDocument());
+  }
+}
+
+// Also if there is no memory for the commands of the page that comes.
+TEST_F(Pages, EmittedPageHasItsLineInTheLog) {
+  const std::string end = "trace\tRendering\tProcessImageData END (";
+  bool failed = true;
+  for (long n = 1; failed; ++n) {
+    EXPECT_TRUE(driver.StartDocument());
+    EXPECT_TRUE(driver.PrintPage('a'));
+    NewLog();
+    Arm(Domain::Memory, n, false);
+    const bool passed = driver.StartPage();
+    Disarm();
+    failed = HasFailed();
+    const Events log = NewLog();
+    const auto lines = [&log](const std::string& text) {
+      return std::count_if(log.begin(), log.end(),
+                           [&](const std::string& line) { return line.find(text) != line.npos; });
+    };
+    EXPECT_TRUE(passed || lines("SendImageToPrinter END") == 0 || lines(end) == 1) << n;
+    EXPECT_FALSE(passed && lines(end + "0)") != 0) << n;
     EXPECT_TRUE(driver.AbortDocument());
   }
 }
