@@ -115,9 +115,9 @@ class FaultRun {
   }
 
   static std::string FailedNames() {
-    std::string names;
-    for (const std::string& name : Failed()) names += (names.empty() ? "" : ", ") + name;
-    return names;
+    std::string list;
+    for (const std::string& name : Failed()) list += (list.empty() ? "" : ", ") + name;
+    return list;
   }
 
   Report& m_report;
