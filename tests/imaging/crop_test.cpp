@@ -68,6 +68,7 @@ TEST_F(Pages, ImageThatCannotBeCroppedIsSentWhole) {
   EXPECT_EQ(Image().height, 200u);
 }
 
+// Two images can differ and yet be alike where they have content.
 TEST_F(Pages, CroppedImagesAreComparedUncropped) {
   Set("dwColorMode=2 bCropToContent=1");
   static LONG down;

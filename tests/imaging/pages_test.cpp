@@ -238,7 +238,6 @@ TEST_F(Pages, ImageWithoutDotsLeavesTheHeldOne) {
   EXPECT_EQ(std::count(events.begin(), events.end(), "<png 60x40 1-bit>"), 2);
 }
 
-// Two images can differ and yet be alike where they have content.
 TEST_F(Pages, StagesAreSavedByJobPageAndName) {
   driver.publicDevmode.dmOrientation = DMORIENT_LANDSCAPE;
   Set("dwColorMode=2 bCropToContent=1 dwUnprintableTop=1000 dwUnprintableRight=500");
